@@ -1,0 +1,28 @@
+# Installed tree: the library, its headers under include/krtbss, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(
+    TARGETS krtbss
+    EXPORT krtbssTargets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/krtbss)
+install(
+    DIRECTORY "${PROJECT_SOURCE_DIR}/src/"
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/krtbss
+    FILES_MATCHING
+    PATTERN "*.h"
+    PATTERN "private" EXCLUDE)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/krtbss)
+install(EXPORT krtbssTargets NAMESPACE krtbss:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/krtbssConfig.cmake.in "${CMAKE_BINARY_DIR}/krtbssConfig.cmake"
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/krtbssConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${CMAKE_BINARY_DIR}/krtbssConfig.cmake" "${CMAKE_BINARY_DIR}/krtbssConfigVersion.cmake"
+        DESTINATION ${package_dir})
+
+configure_file(cmake/krtbss.pc.in "${CMAKE_BINARY_DIR}/krtbss.pc" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/krtbss.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

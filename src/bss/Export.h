@@ -1,0 +1,13 @@
+// KRTBSS_API marks what the library's module gives to its clients.
+//
+// Everything else is hidden. A class that is thrown carries it too, so that a client which was itself built with
+// hidden visibility catches the class by type.
+
+#ifndef BSS_EXPORT_H
+#define BSS_EXPORT_H
+
+#include "platform/export.h"
+
+#define KRTBSS_API PLATFORM_API
+
+#endif

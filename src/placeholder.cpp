@@ -1,0 +1,1 @@
+// Keeps the module buildable until its first source.
