@@ -1,0 +1,82 @@
+#include "bss/math/WGaussianFunction.h"
+
+#include "bss/math/private/FunctionSupport.h"
+
+#include <cmath>
+
+namespace bss {
+
+namespace {
+
+constexpr std::size_t cCoefficients = 5;
+constexpr double cHalfWidthPerFullWidth = 0.60056120439;
+constexpr double cTiny = 1e-100;
+constexpr double cCut = 25.0;
+
+std::array<double, cCoefficients> CoefficientsWithWidth(std::vector<double>& coefficients) {
+    auto c = detail::FirstCoefficients<cCoefficients>(coefficients);
+    if (c[2] == 0.0) {
+        c[2] = cTiny;
+        if (coefficients.size() > 2) {
+            coefficients[2] = cTiny;
+        }
+    }
+    return c;
+}
+
+double Peak(double u) {
+    return std::fabs(u) < cCut ? std::exp(u * -1.0 * u) : 0.0;
+}
+
+} // namespace
+
+WGaussianFunction::WGaussianFunction() {
+    m_Coefficients.assign(cCoefficients, 0.0);
+    WGaussianFunction::SetFunctionType();
+}
+WGaussianFunction::WGaussianFunction(const WGaussianFunction& other) = default;
+WGaussianFunction& WGaussianFunction::operator=(const WGaussianFunction& other) = default;
+WGaussianFunction::~WGaussianFunction() = default;
+
+double WGaussianFunction::Evaluate(double x) {
+    const auto c = CoefficientsWithWidth(m_Coefficients);
+    const double u = (x - c[1]) / (c[2] * cHalfWidthPerFullWidth);
+    return c[0] * Peak(u) + c[3] + c[4] * x;
+}
+
+WFunction* WGaussianFunction::clone() const {
+    return detail::CloneOrNull(*this);
+}
+
+std::wstring WGaussianFunction::GetCoefficientName(long index) const {
+    switch (index) {
+    case 0:
+        return L"amplitude";
+    case 1:
+        return L"center";
+    case 2:
+        return L"width";
+    case 3:
+        return L"offset";
+    case 4:
+        return L"slope";
+    default:
+        return std::wstring();
+    }
+}
+
+void WGaussianFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
+    const auto c = CoefficientsWithWidth(m_Coefficients);
+    const double halfWidth = c[2] * cHalfWidthPerFullWidth;
+    const double u = (x - c[1]) / halfWidth;
+    const double g = Peak(u);
+    const double w = 2.0 * c[0] * g * u;
+    detail::StoreDerivatives<cCoefficients>(derivatives, cCoefficients,
+                                            {g, w / halfWidth, (w * u) / c[2], 1.0, x});
+}
+
+void WGaussianFunction::SetFunctionType() {
+    m_eType = etGaussian;
+}
+
+} // namespace bss

@@ -1,0 +1,58 @@
+// What the function classes share and no client sees.
+
+#ifndef BSS_MATH_PRIVATE_FUNCTIONSUPPORT_H
+#define BSS_MATH_PRIVATE_FUNCTIONSUPPORT_H
+
+#include "bss/math/WFunction.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <new>
+#include <vector>
+
+namespace bss::detail {
+
+// The first N coefficients. SetCoefficients takes a vector of any length, so one may be missing: it counts as
+// 0.0, as WFunction::GetCoefficient has it.
+template <std::size_t N>
+inline std::array<double, N> FirstCoefficients(const std::vector<double>& coefficients) {
+    std::array<double, N> first{};
+    if (coefficients.size() >= N) [[likely]] {
+        std::copy_n(coefficients.begin(), N, first.begin());
+    } else {
+        std::copy(coefficients.begin(), coefficients.end(), first.begin());
+    }
+    return first;
+}
+
+// Makes derivatives as long as there are coefficients: the values first, 0.0 behind them.
+template <std::size_t N>
+inline void StoreDerivatives(std::vector<double>& derivatives, std::size_t count,
+                             const std::array<double, N>& values) {
+    derivatives.resize(count);
+    if (count >= N) [[likely]] {
+        std::copy_n(values.begin(), N, derivatives.begin());
+        std::fill(derivatives.begin() + N, derivatives.end(), 0.0);
+    } else {
+        std::copy_n(values.begin(), count, derivatives.begin());
+    }
+}
+
+// A copy on the heap, or null where memory runs out, for the object or for what it holds.
+template <class Function>
+Function* CloneOrNull(const Function& function) {
+    try {
+        return new Function(function);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// The standard error that derivatives and the function's covariance give, as WFunction::Evaluate(x, y, sigma)
+// tells.
+double ErrorBar(const WFunction& function, const std::vector<double>& derivatives);
+
+} // namespace bss::detail
+
+#endif
