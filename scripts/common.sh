@@ -1,0 +1,97 @@
+# Shared by the scripts of this folder; sourced, with `bash` or `sh`. Leaves the shell in the project's root.
+
+cd "$(dirname "${BASH_SOURCE:-$0}")/.." 2>/dev/null || cd "$(git rev-parse --show-toplevel)" || exit 1
+[ -f CMakePresets.json ] || cd ..
+
+say() { printf '\n== krtbss: %s\n' "$*"; }
+
+fail() {
+    printf '\n== krtbss: FAILED: %s\n' "$*" >&2
+    exit 1
+}
+
+# The Debian packages behind each job.
+packages_of() {
+    case $1 in
+    build) echo g++ cmake ninja-build ccache libboost-dev ;;
+    test) echo googletest nlohmann-json3-dev pkg-config python3 ;;
+    lint) echo clang-format clang-tidy python3 git ;;
+    windows) echo g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64 ;;
+    bench) echo libbenchmark-dev libgsl-dev libcminpack-dev pkg-config ;;
+    esac
+}
+
+is_installed() { dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed; }
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+# try_packages JOB...: installs what is missing for the jobs. On failure says why in the variable `why` and returns 1.
+try_packages() {
+    missing=
+    for job in "$@"; do
+        for package in $(packages_of "$job"); do
+            is_installed "$package" || missing="$missing $package"
+        done
+    done
+    missing=$(echo $missing | tr ' ' '\n' | sort -u | tr '\n' ' ')
+    missing=${missing% }
+    [ -n "$missing" ] || return 0
+    if ! command -v apt-get >/dev/null; then
+        why="this machine has no apt-get; install what these Debian packages hold yourself: $missing"
+        return 1
+    fi
+    if [ "$(id -u)" -ne 0 ] && ! command -v sudo >/dev/null; then
+        why="neither root nor sudo here; ask somebody to install: $missing"
+        return 1
+    fi
+    say "installing missing packages: $missing"
+    for attempt in 1 2 3; do
+        as_root apt-get update -q || echo "(apt-get update was not whole; going on with the lists there are)"
+        if as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends $missing; then
+            return 0
+        fi
+        [ "$attempt" = 3 ] || { echo "(attempt $attempt of 3 did not succeed)"; sleep 5; }
+    done
+    why="apt-get could not install: $missing (its messages are above: no network, no rights, or no such package)"
+    return 1
+}
+
+need_packages() {
+    why=
+    try_packages "$@" || fail "$why"
+}
+
+jobs() { nproc 2>/dev/null || echo 2; }
+
+# build_preset PRESET [TARGET...]
+build_preset() {
+    preset=$1
+    shift
+    say "configuring and building: $preset"
+    mkdir -p build
+    if ! cmake --preset "$preset" >"build/configure-$preset.log" 2>&1; then
+        cat "build/configure-$preset.log"
+        fail "CMake could not configure the preset $preset (its messages are above)"
+    fi
+    if [ $# -gt 0 ]; then
+        cmake --build --preset "$preset" -j "$(jobs)" --target "$@" || fail "the preset $preset does not build"
+    else
+        cmake --build --preset "$preset" -j "$(jobs)" || fail "the preset $preset does not build"
+    fi
+}
+
+# run_tests PRESET LABEL: runs the tests of a built preset; the last line has the counts. Returns 1 if any failed.
+run_tests() {
+    say "running the tests: $2"
+    rm -rf "build/$1/test-results"
+    status=0
+    ctest --preset "$1" -j "$(jobs)" || status=1
+    python3 scripts/count-tests "$2" "build/$1" || status=1
+    return $status
+}
