@@ -1,0 +1,69 @@
+// Catches failures of the library by type, across the module's border, and uses each kind of header that is
+// installed. Exit status 0 if all is as it should be; otherwise the number of the line that is not.
+
+#include "bss/exception/WExceptionCatalogue.h"
+#include "bss/exception/WFileEventLog.h"
+#include "bss/math/WBroadeningFunction.h"
+#include "bss/math/WLinearLeastSquaresFit.h"
+#include "bss/math/WMathUtil.h"
+#include "bss/math/WPolynomialFunction.h"
+#include "bss/net/WSystemTimeEx.h"
+
+#include <iostream>
+#include <sstream>
+
+#define REQUIRE(condition)                                                                                   \
+    if (!(condition)) {                                                                                      \
+        std::cerr << "line " << __LINE__ << ": " #condition "\n";                                            \
+        return __LINE__ & 0xff;                                                                              \
+    }
+
+/// Whether `call` throws an Event that the handler of just this class catches.
+template <class Event, class Call>
+bool Catches(Call call) {
+    try {
+        call();
+    } catch (const Event&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+    return false;
+}
+
+int main() {
+    REQUIRE(Catches<bss::WNEDivideByZero>([] { bss::WBroadeningFunction().Evaluate(1.0); }))
+    REQUIRE(Catches<bss::WNestedException>([] { bss::WBroadeningFunction().Evaluate(1.0); }))
+    REQUIRE(Catches<bss::WNENoSolution>([] {
+        double r1 = 0;
+        double r2 = 0;
+        bss::WMathUtil::QuadraticRoots(1.0, 0.0, 1.0, r1, r2);
+    }))
+    REQUIRE(Catches<bss::WNEFitFailed>([] {
+        bss::WLinearLeastSquaresFit fit;
+        fit.InitializeFit();
+        fit.PerformFit();
+    }))
+    // Thrown inside the module from text, caught here by type.
+    REQUIRE(Catches<bss::WNESocketException>([] {
+        std::wstring record = L"7020,WNESocketException,,MAJOR   ,10061,,,,,,,,";
+        for (wchar_t& c : record) {
+            c = c == L',' ? L'\0' : c;
+        }
+        bss::WNestedExceptionData data(record.data());
+        bss::WExceptionEventInfo::ThrowFromList(data, nullptr);
+    }))
+    // Thrown and caught here, logged by the library.
+    std::wostringstream text;
+    try {
+        const bss::WNEODBCError cause(L"locked");
+        throw bss::WNEDataIOError(L"writing", &cause);
+    } catch (const bss::WNestedException& e) {
+        bss::WFileEventLog log(text, L"consumer");
+        e.Log(log);
+    }
+    REQUIRE(text.str().find(L"1.2911 WNEODBCError           : ODBC Error: locked\n") != std::wstring::npos)
+
+    REQUIRE(bss::WSystemTimeEx().GetYear() >= 2000)
+    std::cout << "consumer: all is as it should be\n";
+}
