@@ -32,11 +32,11 @@ public:
     ~WGaussianFunction() override;
 
     using WFunction::Evaluate;
-    // A width of exactly 0.0 is replaced by 1e-100 in the object itself; ComputeDerivatives does the same.
+    /// A width of exactly 0.0 is replaced by 1e-100 in the object itself; ComputeDerivatives does the same.
     double Evaluate(double x) override;
     WFunction* clone() const override;
     std::wstring GetCoefficientName(long index) const override;
-    // Always five entries.
+    /// Always five entries.
     void ComputeDerivatives(double x, std::vector<double>& derivatives) override;
 
 protected:

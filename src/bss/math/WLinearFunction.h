@@ -30,36 +30,36 @@ public:
     WLinearFunction& operator=(const WLinearFunction& other);
     ~WLinearFunction() override;
 
-    // Also sets the number of basis functions to the new length.
+    /// Also sets the number of basis functions to the new length.
     void SetCoefficients(const std::vector<double>& coefficients) override;
 
-    // The sum of c[i] * b[i] over the coefficients, from the first on; 0.0 without coefficients.
+    /// The sum of c[i] * b[i] over the coefficients, from the first on; 0.0 without coefficients.
     double Evaluate(double x) override;
-    // As that of WFunction, with the basis values standing for the derivatives.
+    /// As that of WFunction, with the basis values standing for the derivatives.
     void Evaluate(double x, double& y, double& sigma) override;
 
     std::wstring GetCoefficientName(long index) const override;
 
-    // The basis values at x, one per coefficient, 0.0 where there is no basis function.
+    /// The basis values at x, one per coefficient, 0.0 where there is no basis function.
     void ComputeDerivatives(double x, std::vector<double>& derivatives) override;
 
-    // Sets the number of basis functions to n, with n coefficients of 0.0 and a covariance of n by n zeros; n
-    // below 1 leaves all three empty. Throws std::length_error for more than 32 bits count; std::bad_alloc
-    // changes nothing.
+    /// Sets the number of basis functions to n, with n coefficients of 0.0 and a covariance of n by n zeros;
+    /// n below 1 leaves all three empty. Throws std::length_error for more than 32 bits count; std::bad_alloc
+    /// changes nothing.
     virtual void SetNumberOfBasisFunctions(long n);
 
-    // Resizes the basis values to n and the covariance to n by n; what is new is 0.0, what is there stays.
-    // Coefficients and the number of basis functions are not touched. A negative n does nothing.
+    /// Resizes the basis values to n and the covariance to n by n; what is new is 0.0, what is there stays.
+    /// Coefficients and the number of basis functions are not touched. A negative n does nothing.
     virtual void ExtendBasisFunctionsToCount(long n);
 
-    // Leaves the values of the basis functions at x in m_BasisFunctions.
+    /// Leaves the values of the basis functions at x in m_BasisFunctions.
     virtual void BasisFunctionEvaluation(double x) = 0;
 
-    // Copies out the values of the last BasisFunctionEvaluation.
+    /// Copies out the values of the last BasisFunctionEvaluation.
     virtual void GetBasisFunctions(std::vector<double>& values);
 
 protected:
-    // No coefficients until told; the type stays 0.
+    /// No coefficients until told; the type stays 0.
     WLinearFunction();
 
     std::int32_t m_nBasisFunctions = 0;

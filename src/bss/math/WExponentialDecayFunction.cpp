@@ -1,0 +1,49 @@
+#include "bss/math/WExponentialDecayFunction.h"
+
+#include "bss/math/private/FunctionSupport.h"
+
+#include <cmath>
+
+namespace bss {
+
+namespace {
+
+constexpr std::size_t cCoefficients = 4;
+constexpr double cTiny = 1e-100;
+
+} // namespace
+
+WExponentialDecayFunction::WExponentialDecayFunction() {
+    WExponentialDecayFunction::SetFunctionType();
+}
+WExponentialDecayFunction::WExponentialDecayFunction(const WExponentialDecayFunction& other) = default;
+WExponentialDecayFunction&
+WExponentialDecayFunction::operator=(const WExponentialDecayFunction& other) = default;
+WExponentialDecayFunction::~WExponentialDecayFunction() = default;
+
+double WExponentialDecayFunction::Evaluate(double x) {
+    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const double timeConstant = c[3] == 0.0 ? cTiny : c[3];
+    const double z = (x - c[2]) / timeConstant;
+    return std::exp(-z) * c[1] + c[0];
+}
+
+WFunction* WExponentialDecayFunction::clone() const {
+    return detail::CloneOrNull(*this);
+}
+
+void WExponentialDecayFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
+    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const double timeConstant = c[3] == 0.0 ? cTiny : c[3];
+    const double z = (x - c[2]) / timeConstant;
+    const double e = std::exp(-z);
+    const double slope = c[1] / timeConstant;
+    detail::StoreDerivatives<cCoefficients>(derivatives, m_Coefficients.size(),
+                                            {1.0, e, e * slope, slope * z * e});
+}
+
+void WExponentialDecayFunction::SetFunctionType() {
+    m_eType = etExponentialDecay;
+}
+
+} // namespace bss

@@ -1,0 +1,54 @@
+#include "bss/math/WFermiDiracFunction.h"
+
+#include "bss/math/private/FunctionSupport.h"
+
+#include <cmath>
+
+namespace bss {
+
+namespace {
+
+constexpr std::size_t cCoefficients = 3;
+constexpr double cTiny = 1e-100;
+
+} // namespace
+
+WFermiDiracFunction::WFermiDiracFunction() {
+    m_Coefficients.assign(cCoefficients, 0.0);
+    WFermiDiracFunction::SetFunctionType();
+}
+WFermiDiracFunction::WFermiDiracFunction(const WFermiDiracFunction& other) = default;
+WFermiDiracFunction& WFermiDiracFunction::operator=(const WFermiDiracFunction& other) = default;
+WFermiDiracFunction::~WFermiDiracFunction() = default;
+
+double WFermiDiracFunction::Evaluate(double x) {
+    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const double width = c[2] == 0.0 ? cTiny : c[2];
+    const double z = (x - c[1]) / width;
+    return (1.0 - 1.0 / (std::exp(z) + 1.0)) * c[0];
+}
+
+WFunction* WFermiDiracFunction::clone() const {
+    return detail::CloneOrNull(*this);
+}
+
+std::wstring WFermiDiracFunction::GetCoefficientName(long index) const {
+    return WFunction::GetCoefficientName(index);
+}
+
+void WFermiDiracFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
+    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const double width = c[2] == 0.0 ? cTiny : c[2];
+    const double z = (x - c[1]) / width;
+    const double p = std::exp(z);
+    const double q = std::exp(p) + 1.0;
+    const double byCenter = (c[0] / width) * -1.0 * p / (q * q);
+    detail::StoreDerivatives<cCoefficients>(derivatives, m_Coefficients.size(),
+                                            {1.0 - 1.0 / q, byCenter, byCenter * z});
+}
+
+void WFermiDiracFunction::SetFunctionType() {
+    m_eType = etFermiDirac;
+}
+
+} // namespace bss
