@@ -1,0 +1,137 @@
+// Last error, system texts, message templates.
+//
+//     if (!SystemTimeToFileTime(&time, &ticks)) {
+//         const DWORD error = GetLastError();
+//         throw ... L"cannot convert the time: " + platform::SystemText(error) + L" (" +
+//         std::to_wstring(error) + L")"
+//     }
+//
+// FormatMessageW fills the inserts %1 to %99 of a template; memory that it allocates is freed by LocalFree.
+//
+// Threads: the last error belongs to the calling thread. All calls may be used from any thread.
+
+#ifndef PLATFORM_ERROR_H
+#define PLATFORM_ERROR_H
+
+#include "platform/export.h"
+#include "platform/types.h"
+
+#include <string>
+
+#ifndef _WIN32
+#include <cstdarg>
+
+namespace platform {
+
+inline constexpr DWORD NO_ERROR = 0;
+inline constexpr DWORD ERROR_SUCCESS = 0;
+inline constexpr DWORD ERROR_INVALID_FUNCTION = 1;
+inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
+inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
+inline constexpr DWORD ERROR_TOO_MANY_OPEN_FILES = 4;
+inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
+inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
+inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
+inline constexpr DWORD ERROR_BAD_FORMAT = 11;
+inline constexpr DWORD ERROR_INVALID_DATA = 13;
+inline constexpr DWORD ERROR_OUTOFMEMORY = 14;
+inline constexpr DWORD ERROR_NOT_SAME_DEVICE = 17;
+inline constexpr DWORD ERROR_NO_MORE_FILES = 18;
+inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
+inline constexpr DWORD ERROR_NOT_READY = 21;
+inline constexpr DWORD ERROR_WRITE_FAULT = 29;
+inline constexpr DWORD ERROR_READ_FAULT = 30;
+inline constexpr DWORD ERROR_GEN_FAILURE = 31;
+inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+inline constexpr DWORD ERROR_LOCK_VIOLATION = 33;
+inline constexpr DWORD ERROR_HANDLE_EOF = 38;
+inline constexpr DWORD ERROR_HANDLE_DISK_FULL = 39;
+inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
+inline constexpr DWORD ERROR_FILE_EXISTS = 80;
+inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
+inline constexpr DWORD ERROR_BROKEN_PIPE = 109;
+inline constexpr DWORD ERROR_DISK_FULL = 112;
+inline constexpr DWORD ERROR_CALL_NOT_IMPLEMENTED = 120;
+inline constexpr DWORD ERROR_SEM_TIMEOUT = 121;
+inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
+inline constexpr DWORD ERROR_INVALID_NAME = 123;
+inline constexpr DWORD ERROR_MOD_NOT_FOUND = 126;
+inline constexpr DWORD ERROR_PROC_NOT_FOUND = 127;
+inline constexpr DWORD ERROR_NEGATIVE_SEEK = 131;
+inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
+inline constexpr DWORD ERROR_BUSY = 170;
+inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
+inline constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
+inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
+inline constexpr DWORD ERROR_FILE_TOO_LARGE = 223;
+inline constexpr DWORD ERROR_MORE_DATA = 234;
+inline constexpr DWORD ERROR_NO_WORK_DONE = 235;
+inline constexpr DWORD WAIT_TIMEOUT = 258;
+inline constexpr DWORD ERROR_DIRECTORY = 267;
+inline constexpr DWORD ERROR_POSSIBLE_DEADLOCK = 1131;
+inline constexpr DWORD ERROR_INVALID_ADDRESS = 487;
+inline constexpr DWORD ERROR_ARITHMETIC_OVERFLOW = 534;
+inline constexpr DWORD ERROR_OPERATION_ABORTED = 995;
+inline constexpr DWORD ERROR_INVALID_FLAGS = 1004;
+inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
+inline constexpr DWORD ERROR_IO_DEVICE = 1117;
+inline constexpr DWORD ERROR_TOO_MANY_LINKS = 1142;
+inline constexpr DWORD ERROR_NOT_FOUND = 1168;
+inline constexpr DWORD ERROR_CANCELLED = 1223;
+inline constexpr DWORD ERROR_PRIVILEGE_NOT_HELD = 1314;
+inline constexpr DWORD ERROR_NO_SYSTEM_RESOURCES = 1450;
+inline constexpr DWORD ERROR_TIMEOUT = 1460;
+inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME = 1921;
+inline constexpr DWORD ERROR_RESOURCE_LANG_NOT_FOUND = 1815;
+inline constexpr DWORD ERROR_MR_MID_NOT_FOUND = 317;
+
+inline constexpr DWORD FORMAT_MESSAGE_ALLOCATE_BUFFER = 0x00000100;
+inline constexpr DWORD FORMAT_MESSAGE_IGNORE_INSERTS = 0x00000200;
+inline constexpr DWORD FORMAT_MESSAGE_FROM_STRING = 0x00000400;
+inline constexpr DWORD FORMAT_MESSAGE_FROM_HMODULE = 0x00000800;
+inline constexpr DWORD FORMAT_MESSAGE_FROM_SYSTEM = 0x00001000;
+inline constexpr DWORD FORMAT_MESSAGE_ARGUMENT_ARRAY = 0x00002000;
+inline constexpr DWORD FORMAT_MESSAGE_MAX_WIDTH_MASK = 0x000000FF;
+
+inline constexpr WORD LANG_NEUTRAL = 0;
+inline constexpr WORD SUBLANG_DEFAULT = 1;
+constexpr WORD MAKELANGID(WORD language, WORD sublanguage) {
+    return static_cast<WORD>((sublanguage << 10) | language);
+}
+
+inline constexpr UINT LMEM_FIXED = 0x0000;
+inline constexpr UINT LMEM_ZEROINIT = 0x0040;
+inline constexpr UINT LPTR = 0x0040;
+
+PLATFORM_API DWORD WINAPI GetLastError();
+PLATFORM_API void WINAPI SetLastError(DWORD error);
+
+/// Fixed memory, zeroed with LMEM_ZEROINIT. Null and the last error if there is none or for another flag.
+PLATFORM_API HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T bytes);
+/// Null when the memory is freed; null memory is ignored.
+PLATFORM_API HLOCAL WINAPI LocalFree(HLOCAL memory);
+
+/// Fills a template (FROM_STRING) or gives the system's text of an error number (FROM_SYSTEM). The result is
+/// the count of characters without the closing NUL, 0 on failure. `size` counts characters. With
+/// ALLOCATE_BUFFER `buffer` points to a wchar_t* which receives memory for LocalFree of at least `size`
+/// characters.
+PLATFORM_API DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD messageId, DWORD languageId,
+                                         LPWSTR buffer, DWORD size, std::va_list* arguments);
+
+/// The Win32 number of an errno value; ERROR_GEN_FAILURE for one that has none.
+PLATFORM_API DWORD ErrorFromErrno(int number);
+
+} // namespace platform
+
+using namespace platform; // NOLINT(google-build-using-namespace)
+#endif
+
+namespace platform {
+
+/// The system's text of an error number without line ends or blanks behind it; "Unknown error" if there is
+/// none. Leaves the last error as it is.
+PLATFORM_API std::wstring SystemText(DWORD error);
+
+} // namespace platform
+
+#endif

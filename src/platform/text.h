@@ -1,0 +1,104 @@
+// Conversion between wide text, narrow text and UTF-16 code units.
+//
+// wchar_t holds UTF-16 on Windows and UTF-32 on Linux. What leaves the process, or is counted, summed or
+// compared as bytes, is UTF-16 code units on both:
+//
+//     const auto units = platform::Utf16FromWide(text);    // no copy on Windows
+//     Write(units.data(), units.size() * 2);
+//     std::wstring back = platform::WideFromUtf16(platform::Utf16View(units));
+//
+// That pair is lossless for any sequence of 16-bit values: a lone surrogate, U+FFFE or NUL passes unchanged.
+// Narrow text is in the current code page on Windows and UTF-8 on Linux:
+//
+//     std::wstring wide = platform::WidenText(message.what());
+//     std::string narrow = platform::NarrowText(wide);
+//
+// Threads: all calls may be used from any thread.
+
+#ifndef PLATFORM_TEXT_H
+#define PLATFORM_TEXT_H
+
+#include "platform/export.h"
+#include "platform/types.h"
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#ifndef _WIN32
+
+namespace platform {
+
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_THREAD_ACP = 3;
+inline constexpr UINT CP_UTF8 = 65001;
+
+inline constexpr DWORD MB_PRECOMPOSED = 0x00000001;
+inline constexpr DWORD MB_ERR_INVALID_CHARS = 0x00000008;
+inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x00000080;
+inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x00000400;
+
+/// Counts are of char and wchar_t; -1 as length takes the text to its NUL, which is converted too. With room
+/// 0 the count that is needed is the result. 0 and the last error on failure.
+PLATFORM_API int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, LPWSTR wide,
+                                            int room);
+PLATFORM_API int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length,
+                                            LPSTR narrow, int room, LPCSTR defaultChar,
+                                            BOOL* usedDefaultChar);
+
+} // namespace platform
+
+using namespace platform; // NOLINT(google-build-using-namespace)
+#endif
+
+namespace platform {
+
+/// One 16-bit code unit: wchar_t itself where that has 16 bits.
+using Utf16Unit = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
+using Utf16View = std::basic_string_view<Utf16Unit>;
+using Utf16String = std::basic_string<Utf16Unit>;
+
+/// The code units of a wide text: a view of the text where wchar_t is a code unit (it must outlive the
+/// result), otherwise a string. Values above U+10FFFF, which no code units can express, become U+FFFD.
+using Utf16Result = std::conditional_t<sizeof(wchar_t) == 2, Utf16View, Utf16String>;
+
+PLATFORM_API Utf16String EncodeUtf16(std::wstring_view text);
+PLATFORM_API std::wstring DecodeUtf16(Utf16View units);
+PLATFORM_API std::size_t CountUtf16(std::wstring_view text);
+
+template <typename Result = Utf16Result>
+Result Utf16FromWide(std::wstring_view text) {
+    if constexpr (std::is_same_v<Result, std::wstring_view>) {
+        return text;
+    } else {
+        return EncodeUtf16(text);
+    }
+}
+
+/// How many code units a wide text has.
+inline std::size_t Utf16Length(std::wstring_view text) {
+    return sizeof(wchar_t) == sizeof(Utf16Unit) ? text.size() : CountUtf16(text);
+}
+
+/// The wide text of code units: a view of them where wchar_t is a code unit (they must outlive the result).
+template <typename Result = std::conditional_t<sizeof(wchar_t) == 2, std::wstring_view, std::wstring>>
+Result WideFromUtf16(Utf16View units) {
+    if constexpr (std::is_same_v<Result, Utf16View>) {
+        return units;
+    } else {
+        return DecodeUtf16(units);
+    }
+}
+
+/// Narrow text in the current code page (UTF-8 on Linux) to wide. What is no text there becomes U+FFFD or
+/// what the system puts in its place. NULs inside pass.
+PLATFORM_API std::wstring WidenText(std::string_view text);
+/// Wide text to narrow, likewise.
+PLATFORM_API std::string NarrowText(std::wstring_view text);
+/// UTF-8 to wide, whatever the code page.
+PLATFORM_API std::wstring WideFromUtf8(std::string_view text);
+PLATFORM_API std::string Utf8FromWide(std::wstring_view text);
+
+} // namespace platform
+
+#endif

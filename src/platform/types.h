@@ -1,0 +1,143 @@
+// Integer, handle and result types of the Win32 API, with the widths that they have on Windows.
+//
+// On Windows these are the system's own. On Linux they live in namespace platform and are visible everywhere,
+// so that one source reads the same on both:
+//
+//     DWORD error = GetLastError();           // exactly 32 bits, on every target
+//     LONGLONG ticks = 10'000'000;            // always long long
+//
+// There are no A and W macros: the wide names are the names.
+
+#ifndef PLATFORM_TYPES_H
+#define PLATFORM_TYPES_H
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <cstddef>
+#include <cstdint>
+
+#define WINAPI
+#define CALLBACK
+#define APIENTRY
+#define STDAPICALLTYPE
+
+namespace platform {
+
+using BOOL = int;
+using BOOLEAN = unsigned char;
+using CHAR = char;
+using UCHAR = unsigned char;
+using BYTE = unsigned char;
+using SHORT = short;
+using USHORT = unsigned short;
+using WORD = unsigned short;
+using WCHAR = wchar_t;
+using INT = int;
+using UINT = unsigned int;
+using LONG = int;
+using ULONG = unsigned int;
+using DWORD = unsigned int;
+using LONGLONG = long long;
+using ULONGLONG = unsigned long long;
+using FLOAT = float;
+
+using INT_PTR = std::intptr_t;
+using UINT_PTR = std::uintptr_t;
+using LONG_PTR = std::intptr_t;
+using ULONG_PTR = std::uintptr_t;
+using DWORD_PTR = std::uintptr_t;
+using SIZE_T = std::size_t;
+
+using PVOID = void*;
+using LPVOID = void*;
+using LPCVOID = const void*;
+using LPBOOL = BOOL*;
+using LPBYTE = BYTE*;
+using LPDWORD = DWORD*;
+using LPLONG = LONG*;
+using LPSTR = char*;
+using PSTR = char*;
+using LPCSTR = const char*;
+using PCSTR = const char*;
+using LPCCH = const char*;
+using LPWSTR = wchar_t*;
+using PWSTR = wchar_t*;
+using LPCWSTR = const wchar_t*;
+using PCWSTR = const wchar_t*;
+using LPCWCH = const wchar_t*;
+
+/// A kernel object or a standard stream.
+using HANDLE = void*;
+/// Memory of LocalAlloc.
+using HLOCAL = void*;
+/// A loaded module: the address of its entry in the dynamic linker's list, which is also what dlopen gives.
+struct HINSTANCE__;
+using HINSTANCE = HINSTANCE__*;
+using HMODULE = HINSTANCE;
+
+using LANGID = WORD;
+using LCID = DWORD;
+
+using HRESULT = LONG;
+using SCODE = LONG;
+
+inline constexpr BOOL FALSE = 0;
+inline constexpr BOOL TRUE = 1;
+inline constexpr DWORD MAX_PATH = 260;
+/// Time-outs of all bits set mean for ever.
+inline constexpr DWORD INFINITE = 0xFFFFFFFF;
+
+/// What calls that open something give on failure, where null could be a value.
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1));
+
+inline constexpr HRESULT S_OK = 0;
+inline constexpr HRESULT S_FALSE = 1;
+inline constexpr HRESULT E_NOTIMPL = static_cast<HRESULT>(0x80004001U);
+inline constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002U);
+inline constexpr HRESULT E_POINTER = static_cast<HRESULT>(0x80004003U);
+inline constexpr HRESULT E_ABORT = static_cast<HRESULT>(0x80004004U);
+inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005U);
+inline constexpr HRESULT E_UNEXPECTED = static_cast<HRESULT>(0x8000FFFFU);
+inline constexpr HRESULT E_ACCESSDENIED = static_cast<HRESULT>(0x80070005U);
+inline constexpr HRESULT E_HANDLE = static_cast<HRESULT>(0x80070006U);
+inline constexpr HRESULT E_OUTOFMEMORY = static_cast<HRESULT>(0x8007000EU);
+inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057U);
+inline constexpr HRESULT DISP_E_TYPEMISMATCH = static_cast<HRESULT>(0x80020005U);
+inline constexpr HRESULT DISP_E_BADVARTYPE = static_cast<HRESULT>(0x80020008U);
+inline constexpr HRESULT DISP_E_OVERFLOW = static_cast<HRESULT>(0x8002000AU);
+inline constexpr HRESULT DISP_E_ARRAYISLOCKED = static_cast<HRESULT>(0x8002000DU);
+
+constexpr bool SUCCEEDED(HRESULT result) {
+    return result >= 0;
+}
+constexpr bool FAILED(HRESULT result) {
+    return result < 0;
+}
+constexpr WORD LOWORD(DWORD_PTR value) {
+    return static_cast<WORD>(value & 0xFFFF);
+}
+constexpr WORD HIWORD(DWORD_PTR value) {
+    return static_cast<WORD>((value >> 16) & 0xFFFF);
+}
+constexpr BYTE LOBYTE(DWORD_PTR value) {
+    return static_cast<BYTE>(value & 0xFF);
+}
+constexpr BYTE HIBYTE(DWORD_PTR value) {
+    return static_cast<BYTE>((value >> 8) & 0xFF);
+}
+
+} // namespace platform
+
+using namespace platform; // NOLINT(google-build-using-namespace): these are the names of the whole library
+#endif
+
+static_assert(sizeof(BOOL) == 4 && sizeof(INT) == 4 && sizeof(UINT) == 4);
+static_assert(sizeof(BYTE) == 1 && sizeof(CHAR) == 1);
+static_assert(sizeof(SHORT) == 2 && sizeof(USHORT) == 2 && sizeof(WORD) == 2);
+static_assert(sizeof(LONG) == 4 && sizeof(ULONG) == 4 && sizeof(DWORD) == 4 && sizeof(HRESULT) == 4);
+static_assert(sizeof(LONGLONG) == 8 && sizeof(ULONGLONG) == 8);
+static_assert(sizeof(FLOAT) == 4);
+static_assert(sizeof(HANDLE) == sizeof(void*) && sizeof(DWORD_PTR) == sizeof(void*));
+
+#endif
