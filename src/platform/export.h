@@ -1,5 +1,6 @@
 // PLATFORM_API: exported from the library's module when it is built, imported from it elsewhere.
-// PLATFORM_TYPE_API: for class templates, whose code is in the client: only their type information has to be shared.
+// PLATFORM_TYPE_API: for class templates, whose code is in the client: only their type information has to be
+// shared.
 
 #ifndef PLATFORM_EXPORT_H
 #define PLATFORM_EXPORT_H

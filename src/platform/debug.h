@@ -1,0 +1,30 @@
+// Text for a developer's debugger.
+//
+//     OutputDebugStringW(L"cannot open the file\n");
+//
+// On Linux the text goes nowhere unless the environment variable KRTBSS_DEBUG_OUTPUT says where: "stderr", or
+// the name of a file, to which it is appended as UTF-8. No line end is added. The last error stays as it is.
+//
+// Threads: may be called from any thread; the texts of two calls do not mix.
+
+#ifndef PLATFORM_DEBUG_H
+#define PLATFORM_DEBUG_H
+
+#include "platform/export.h"
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+namespace platform {
+
+/// Null is ignored.
+PLATFORM_API void WINAPI OutputDebugStringW(LPCWSTR text);
+/// Narrow text is UTF-8.
+PLATFORM_API void WINAPI OutputDebugStringA(LPCSTR text);
+
+} // namespace platform
+
+using namespace platform; // NOLINT(google-build-using-namespace)
+#endif
+
+#endif

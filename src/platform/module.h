@@ -1,0 +1,56 @@
+// Loaded modules: programs and shared libraries.
+//
+//     HMODULE module = nullptr;
+//     constexpr DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+//     GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT; GetModuleHandleExW(flags,
+//     reinterpret_cast<LPCWSTR>(&SomeFunction), &module); wchar_t path[MAX_PATH]; GetModuleFileNameW(module,
+//     path, MAX_PATH);
+//
+// A handle is the module's entry in the dynamic linker's list. The library's own entry routine,
+//
+//     extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved);
+//
+// is called after the library's static objects have been made (DLL_PROCESS_ATTACH) and before they are
+// destroyed (DLL_PROCESS_DETACH).
+//
+// Threads: all calls may be used from any thread.
+
+#ifndef PLATFORM_MODULE_H
+#define PLATFORM_MODULE_H
+
+#include "platform/export.h"
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+namespace platform {
+
+inline constexpr DWORD DLL_PROCESS_DETACH = 0;
+inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
+inline constexpr DWORD DLL_THREAD_ATTACH = 2;
+inline constexpr DWORD DLL_THREAD_DETACH = 3;
+
+inline constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_PIN = 1;
+inline constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT = 2;
+inline constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS = 4;
+
+/// To be cast to the function's own type.
+using FARPROC = INT_PTR (*)();
+
+/// The module that an address belongs to, or the program for a null address. Both flags are needed, and no
+/// others are supported: nothing is counted. FALSE, a null module and ERROR_MOD_NOT_FOUND if the address is
+/// in none.
+PLATFORM_API BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
+/// The path of a module's file; null means the program. The count without NUL; `size` and
+/// ERROR_INSUFFICIENT_BUFFER if the path had to be cut; 0 and ERROR_MOD_NOT_FOUND if there is no such module.
+PLATFORM_API DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD size);
+/// A function or object that the module itself exports by name. Null and ERROR_PROC_NOT_FOUND if there is
+/// none.
+PLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
+
+} // namespace platform
+
+using namespace platform; // NOLINT(google-build-using-namespace)
+#endif
+
+#endif

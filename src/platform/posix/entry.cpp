@@ -1,0 +1,42 @@
+// Calls the library's entry routine. This file is the last of the library, so that its object is made last
+// and destroyed first.
+
+#include "platform/module.h"
+
+extern "C" {
+/// The library links without it.
+__attribute__((weak, visibility("hidden"))) BOOL WINAPI DllMain(HINSTANCE module, DWORD reason,
+                                                                void* reserved);
+}
+
+namespace platform {
+
+namespace {
+
+class ModuleEntry {
+public:
+    ModuleEntry() {
+        constexpr DWORD flags =
+            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+        GetModuleHandleExW(flags, reinterpret_cast<LPCWSTR>(this), &m_module);
+        Call(DLL_PROCESS_ATTACH);
+    }
+    ModuleEntry(const ModuleEntry&) = delete;
+    ModuleEntry& operator=(const ModuleEntry&) = delete;
+    ~ModuleEntry() { Call(DLL_PROCESS_DETACH); }
+
+private:
+    void Call(DWORD reason) {
+        if (&DllMain != nullptr) {
+            DllMain(m_module, reason, nullptr);
+        }
+    }
+
+    HMODULE m_module = nullptr;
+};
+
+ModuleEntry g_entry;
+
+} // namespace
+
+} // namespace platform

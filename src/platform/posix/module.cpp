@@ -1,0 +1,153 @@
+#include "platform/module.h"
+
+#include "platform/error.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <climits>
+#include <dlfcn.h>
+#include <link.h>
+#include <string>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+/// The module that an address lies in; null if it is in none.
+link_map* MapOfAddress(const void* address) {
+    Dl_info info{};
+    link_map* map = nullptr;
+    return dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) != 0 ? map : nullptr;
+}
+
+link_map* FirstMap() {
+    link_map* map = MapOfAddress(reinterpret_cast<const void*>(&FirstMap));
+    while (map != nullptr && map->l_prev != nullptr) {
+        map = map->l_prev;
+    }
+    return map;
+}
+
+struct Search {
+    const link_map* wanted;
+    std::string name;
+    bool found;
+};
+
+/// Runs under the lock that the dynamic linker holds while it changes its list.
+int FindInList(dl_phdr_info*, std::size_t, void* argument) {
+    auto* const search = static_cast<Search*>(argument);
+    for (const link_map* map = FirstMap(); map != nullptr; map = map->l_next) {
+        if (map == search->wanted) {
+            search->found = true;
+            search->name = map->l_name == nullptr ? "" : map->l_name;
+            break;
+        }
+    }
+    return 1;
+}
+
+/// The linker's name for a module, empty for the program. False if there is no such module.
+bool FindModule(HMODULE module, std::string* name) {
+    if (module == nullptr) {
+        name->clear();
+        return true;
+    }
+    Search search{reinterpret_cast<const link_map*>(module), {}, false};
+    dl_iterate_phdr(&FindInList, &search);
+    *name = search.name;
+    return search.found;
+}
+
+std::string ProgramPath() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
+    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+}
+
+/// The linker keeps names as they were given to it.
+std::string AbsolutePath(const std::string& name) {
+    char folder[PATH_MAX];
+    if (name.empty() || name[0] == '/' || getcwd(folder, sizeof(folder)) == nullptr) {
+        return name;
+    }
+    return std::string(folder) + "/" + name;
+}
+
+} // namespace
+
+BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
+    if (module == nullptr) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    *module = nullptr;
+    constexpr DWORD supported =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if ((flags & ~(supported | GET_MODULE_HANDLE_EX_FLAG_PIN)) != 0) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    if (flags != supported) {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        return FALSE;
+    }
+    const link_map* const map = address == nullptr ? FirstMap() : MapOfAddress(address);
+    if (map == nullptr) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return FALSE;
+    }
+    *module = reinterpret_cast<HMODULE>(const_cast<link_map*>(map));
+    return TRUE;
+}
+
+DWORD GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD size) {
+    std::string name;
+    if (!FindModule(module, &name)) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return 0;
+    }
+    const std::wstring wide = WideFromUtf8(name.empty() ? ProgramPath() : AbsolutePath(name));
+    if (path == nullptr || size <= wide.size()) {
+        if (path != nullptr && size != 0) {
+            std::copy_n(wide.begin(), size - 1, path);
+            path[size - 1] = L'\0';
+        }
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return path == nullptr ? 0 : size;
+    }
+    std::copy(wide.begin(), wide.end(), path);
+    path[wide.size()] = L'\0';
+    return static_cast<DWORD>(wide.size());
+}
+
+FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
+    std::string file;
+    if (!FindModule(module, &file)) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    constexpr std::uintptr_t lastOrdinal = 0xFFFF;
+    if (reinterpret_cast<std::uintptr_t>(name) <= lastOrdinal) {
+        SetLastError(name == nullptr ? ERROR_INVALID_PARAMETER : ERROR_NOT_SUPPORTED);
+        return nullptr;
+    }
+    void* address = nullptr;
+    // Modules that were there at the start of the program have a scope to be searched only when they are
+    // opened anew.
+    if (void* const handle = dlopen(file.empty() ? nullptr : file.c_str(), RTLD_LAZY | RTLD_NOLOAD)) {
+        address = dlsym(handle, name);
+        // The search goes on to the libraries that the module needs, whose exports are not its own.
+        if (address != nullptr && MapOfAddress(address) != handle) {
+            address = nullptr;
+        }
+        dlclose(handle);
+    }
+    if (address == nullptr) {
+        SetLastError(ERROR_PROC_NOT_FOUND);
+    }
+    return reinterpret_cast<FARPROC>(address);
+}
+
+} // namespace platform

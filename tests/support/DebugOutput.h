@@ -1,0 +1,117 @@
+// Catches what the process writes as debug output.
+//
+//     DebugOutput output;
+//     OutputDebugStringW(L"text");
+//     EXPECT_EQ(output.Text(), L"text");
+//
+// One object at a time. On Linux the output is led to a file of its own through the environment variable; on Windows the
+// exceptions are watched by which the system passes the text to a debugger.
+
+#ifndef TESTS_SUPPORT_DEBUGOUTPUT_H
+#define TESTS_SUPPORT_DEBUGOUTPUT_H
+
+#include "platform/text.h"
+
+#include <string>
+
+#ifdef _WIN32
+
+#include <windows.h>
+
+#include <mutex>
+
+class DebugOutput {
+public:
+    DebugOutput() {
+        Active() = this;
+        m_handler = AddVectoredExceptionHandler(1, &Watch);
+    }
+    DebugOutput(const DebugOutput&) = delete;
+    DebugOutput& operator=(const DebugOutput&) = delete;
+    ~DebugOutput() {
+        RemoveVectoredExceptionHandler(m_handler);
+        Active() = nullptr;
+    }
+
+    /// All text since construction
+    std::wstring Text() {
+        const std::lock_guard lock(m_guard);
+        return m_text;
+    }
+
+private:
+    static DebugOutput*& Active() {
+        static DebugOutput* active = nullptr;
+        return active;
+    }
+
+    /// Parameters: count of characters with the NUL, address of the text. Where the wide form is passed on, the system raises
+    /// the narrow one too if nobody has taken the wide one.
+    static LONG CALLBACK Watch(EXCEPTION_POINTERS* pointers) {
+        constexpr DWORD narrowText = 0x40010006;
+        constexpr DWORD wideText = 0x4001000A;
+        const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
+        if (Active() == nullptr || (record.ExceptionCode != narrowText && record.ExceptionCode != wideText)) {
+            return EXCEPTION_CONTINUE_SEARCH;
+        }
+        const std::lock_guard lock(Active()->m_guard);
+        if (record.ExceptionCode == wideText) {
+            Active()->m_text += reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]);
+        } else {
+            Active()->m_text += platform::WidenText(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
+        }
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+
+    std::mutex m_guard;
+    std::wstring m_text;
+    void* m_handler = nullptr;
+};
+
+#else
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <unistd.h>
+
+class DebugOutput {
+public:
+    DebugOutput() {
+        if (const char* const before = std::getenv(kVariable)) {
+            m_before = before;
+        }
+        char name[] = "/tmp/krtbss-debug-XXXXXX";
+        close(mkstemp(name));
+        m_file = name;
+        setenv(kVariable, name, 1);
+    }
+    DebugOutput(const DebugOutput&) = delete;
+    DebugOutput& operator=(const DebugOutput&) = delete;
+    ~DebugOutput() {
+        if (m_before) {
+            setenv(kVariable, m_before->c_str(), 1);
+        } else {
+            unsetenv(kVariable);
+        }
+        unlink(m_file.c_str());
+    }
+
+    /// All text since construction
+    std::wstring Text() {
+        std::ifstream file(m_file, std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        return platform::WideFromUtf8(bytes);
+    }
+
+private:
+    static constexpr const char* kVariable = "KRTBSS_DEBUG_OUTPUT";
+
+    std::optional<std::string> m_before;
+    std::string m_file;
+};
+
+#endif
+
+#endif
