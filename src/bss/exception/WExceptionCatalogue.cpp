@@ -1,0 +1,2 @@
+#define BSS_DEFINE_CATALOGUE
+#include "bss/exception/WExceptionCatalogue.h"

@@ -1,0 +1,32 @@
+#include "bss/exception/WFileEventLog.h"
+
+#include "bss/exception/WExceptionEventInfo.h"
+#include "bss/exception/WLogParams.h"
+#include "bss/exception/private/ConsoleBuffer.h"
+
+namespace bss {
+
+WFileEventLog::WFileEventLog(std::wostream& stream, const std::wstring& appName)
+    : m_stream(ConsoleBufferFor(stream)) {
+    m_sAppName = appName;
+    m_stream.exceptions(stream.exceptions());
+}
+
+WFileEventLog::~WFileEventLog() = default;
+
+bool WFileEventLog::Log(const std::vector<const WLogParams*>& params) {
+    // A failure that the stream has recovered from since is no reason to stay silent.
+    m_stream.clear();
+    if (params.empty()) {
+        m_stream << L"Empty LogParams list\n" << std::flush;
+        return false;
+    }
+    m_stream << GetHeader(params.front()->GetEventInfo(), m_sMachineName.c_str(), m_sAppName.c_str(), false);
+    for (const WLogParams* entry : params) {
+        m_stream << FormatEventMessage(*entry, false, m_sMachineName.c_str(), m_sAppName.c_str(), true, true)
+                 << L'\n' << std::flush;
+    }
+    return true;
+}
+
+} // namespace bss

@@ -1,1 +1,0 @@
-// Keeps the module buildable until its first source.

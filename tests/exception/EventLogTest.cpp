@@ -1,0 +1,177 @@
+#include "bss/exception/WExceptionCatalogue.h"
+#include "bss/exception/WFileEventLog.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <deque>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <limits>
+#include <sstream>
+
+namespace {
+
+using bss::WExceptionEventInfo;
+using bss::WExceptionEventLog;
+using bss::WFileEventLog;
+using bss::WLogParams;
+
+std::wstring Formatted(const wchar_t* message, std::initializer_list<const wchar_t*> arguments) {
+    static std::deque<WExceptionEventInfo> infos; // descriptors stay in the list
+    WLogParams params;
+    params.SetEventInfo(&infos.emplace_back(30100, L"EventLogTestEvent", message, nullptr, bss::MINOR));
+    int i = 0;
+    for (const wchar_t* argument : arguments) {
+        params.SetFormatArg(i++, argument);
+    }
+    return WExceptionEventLog::FormatEventMessage(params, false, nullptr, nullptr, false, false);
+}
+
+template <class Value>
+std::wstring ArgumentText(Value value) {
+    WLogParams params;
+    params.FormatEventArgument(3, value);
+    const wchar_t* text = params.GetFormatArg(3);
+    return text == nullptr ? L"(null)" : text;
+}
+
+TEST(EventLog, WritesHeaderAndALinePerLink) {
+    std::wostringstream stream;
+    WFileEventLog log(stream, L"Scanner");
+    const bss::WNEODBCError cause(L"locked");
+    const bss::WNEWhileHandling marker(L"x", &cause);
+    marker.Log(log);
+    EXPECT_EQ(L"******** MINOR    LocalHost::Scanner  ********\n"
+              L"0.10 WNEWhileHandling         : name- x\n"
+              L"1.2911 WNEODBCError           : ODBC Error: locked\n",
+              stream.str());
+    stream.str(L"");
+    marker.LogThis(log);
+    EXPECT_EQ(L"******** MINOR    LocalHost::Scanner  ********\n"
+              L"0.10 WNEWhileHandling         : name- x\n",
+              stream.str());
+    EXPECT_EQ(L"LocalHost", log.GetMachineName());
+    EXPECT_EQ(L"Scanner", log.GetAppName());
+}
+
+TEST(EventLog, EmptyListIsSaidAndFalse) {
+    std::wostringstream stream;
+    WFileEventLog log(stream, L"Scanner");
+    EXPECT_FALSE(log.Log({}));
+    EXPECT_EQ(L"Empty LogParams list\n", stream.str());
+    EXPECT_TRUE(log.LogAdvisoryMessage(L"anything"));
+}
+
+TEST(EventLog, StreamExceptionsPass) {
+    std::wostringstream stream;
+    stream.exceptions(std::ios::badbit);
+    struct Failing : std::wstreambuf {
+        std::streamsize xsputn(const wchar_t*, std::streamsize) override {
+            throw std::runtime_error("disk full");
+        }
+    } buffer;
+    static_cast<std::wostream&>(stream).rdbuf(&buffer);
+    WFileEventLog log(stream, L"Scanner");
+    EXPECT_THROW(bss::WNENoSolution().Log(log), std::runtime_error);
+}
+
+TEST(EventLog, ColumnLongerThanItsWidthIsNotCut) {
+    static const WExceptionEventInfo info(30101, L"EventOfAVeryLongNameThatFillsTheColumn", L"text", nullptr,
+                                          bss::CRITICAL);
+    WLogParams params;
+    params.SetEventInfo(&info);
+    EXPECT_EQ(L"******** CRITICAL m::a  ********\r\n7.1429 EventOfAVeryLongNameThatFillsTheColumn: text",
+              WExceptionEventLog::FormatEventMessage(params, true, L"m", L"a", true, true));
+    EXPECT_EQ(L"******** CRITICAL m::a  ********\n", WExceptionEventLog::GetHeader(info, L"m", L"a", false));
+    EXPECT_EQ(L"******** CRITICAL ::  ********\n",
+              WExceptionEventLog::GetHeader(info, nullptr, nullptr, false));
+}
+
+TEST(EventLog, TemplateInserts) {
+    EXPECT_EQ(L"a-b-", Formatted(L"%1-%2-%3", {L"a", L"b"}));
+    EXPECT_EQ(L"%1 %% x", Formatted(L"%1 %2", {L"%1 %%", L"x"}));
+    EXPECT_EQ(L"87654321", Formatted(L"%8%7%6%5%4%3%2%1", {L"1", L"2", L"3", L"4", L"5", L"6", L"7", L"8"}));
+    EXPECT_EQ(std::wstring(70000, L'x'), Formatted(L"%1%1", {std::wstring(35000, L'x').c_str()}));
+    EXPECT_EQ(L"UNABLE TO FORMAT MESSAGE", Formatted(L"", {}));
+}
+
+TEST(EventLog, ArgumentTexts) {
+    EXPECT_EQ(L"-1", ArgumentText(static_cast<short>(-1)));
+    EXPECT_EQ(L"65", ArgumentText('A'));
+    EXPECT_EQ(L"-2147483648", ArgumentText(std::numeric_limits<int>::min()));
+    EXPECT_EQ(L"-2147483648", ArgumentText(-2147483647L - 1));
+    EXPECT_EQ(L"255", ArgumentText(static_cast<unsigned char>(255)));
+    EXPECT_EQ(L"65535", ArgumentText(static_cast<unsigned short>(65535)));
+    EXPECT_EQ(L"4294967295", ArgumentText(4294967295U));
+    EXPECT_EQ(L"4294967295", ArgumentText(4294967295UL));
+    EXPECT_EQ(L"0xff", ArgumentText(LONGLONG{255}));
+    EXPECT_EQ(L"0xffffffffffffffff", ArgumentText(LONGLONG{-1}));
+    EXPECT_EQ(L"0.1", ArgumentText(0.1F));
+    EXPECT_EQ(L"0.333333333333333", ArgumentText(1.0 / 3.0));
+    EXPECT_EQ(L"1E+20", ArgumentText(1e20));
+    EXPECT_EQ(L"text", ArgumentText(L"text"));
+    EXPECT_EQ(L"", ArgumentText(std::wstring()));
+    EXPECT_EQ(L"narrow", ArgumentText(std::string("narrow")));
+    EXPECT_EQ(L"(null)", ArgumentText(static_cast<const wchar_t*>(nullptr)));
+}
+
+TEST(EventLog, IndicesOutsideAreHarmless) {
+    WLogParams params;
+    params.FormatEventArgument(8, 1);
+    params.FormatEventArgument(-1, L"x");
+    for (int i = -1; i <= 8; ++i) {
+        EXPECT_EQ(nullptr, params.GetFormatArg(i));
+    }
+}
+
+TEST(EventLog, ParametersAreOrderedByTheirDescriptorsTimes) {
+    static const WExceptionEventInfo earlier(30102, L"Earlier", L"", nullptr, bss::MINOR);
+    static WExceptionEventInfo later(30103, L"Later", L"", nullptr, bss::MINOR);
+    const bss::WSystemTimeEx start(earlier.GetDateTime());
+    while (bss::WSystemTimeEx(later.GetDateTime()) - start < 1) {
+        later = WExceptionEventInfo(30103, L"Later", L"", nullptr, bss::MINOR);
+    }
+    WLogParams a;
+    WLogParams b;
+    EXPECT_FALSE(a < b);
+    a.SetEventInfo(&earlier);
+    EXPECT_FALSE(a < b);
+    b.SetEventInfo(&later);
+    EXPECT_TRUE(a < b || later.GetDateTime().wMilliseconds == 0);
+    EXPECT_FALSE(a < a);
+}
+
+TEST(EventLog, DefaultLogIsMadeOnFirstUse) {
+    EXPECT_FALSE(WExceptionEventLog::IsValid());
+    WExceptionEventLog& log = WExceptionEventLog::GetEventLog();
+    EXPECT_TRUE(WExceptionEventLog::IsValid());
+    EXPECT_EQ(&log, &WExceptionEventLog::GetEventLog());
+    EXPECT_EQ(L"Unknown", log.GetAppName());
+    EXPECT_EQ(300, WExceptionEventLog::GetMaxFormatMsgLength());
+}
+
+std::string OutputOfDefaultLogProgram(const std::string& argument) {
+    const std::string file = testing::TempDir() + "default_log_output.txt";
+    const std::string command = std::string(DEFAULT_LOG_PROGRAM) + " " + argument + " > " + file;
+    EXPECT_EQ(0, std::system(command.c_str())) << command;
+    std::ifstream stream(file, std::ios::binary);
+    std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    stream.close();
+    std::remove(file.c_str());
+    std::erase(text, '\r');
+    return text;
+}
+
+TEST(EventLog, TextOutsideAsciiReachesTheConsoleWholeWithoutALocale) {
+    const std::string expected =
+        "before\n"
+        "******** MAJOR    LocalHost::Unknown  ********\n"
+        "2.3809 WNEDataIOError         : Data I/O Error: \xc2\xb5m\n"
+        "1.2911 WNEODBCError           : ODBC Error: Tabelle \xc2\xbbGr\xc3\xb6\xc3\x9f"
+        "e\xc2\xab \xe2\x80\x94 \xe7\xb2\x92\xe5\xbe\x84 \xf0\x9f\x94\xac\n"
+        "after\n";
+    EXPECT_EQ(expected, OutputOfDefaultLogProgram(""));
+    EXPECT_EQ(expected, OutputOfDefaultLogProgram("unsynchronised"));
+}
+
+} // namespace
