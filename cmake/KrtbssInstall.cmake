@@ -26,3 +26,14 @@ install(FILES "${CMAKE_BINARY_DIR}/krtbssConfig.cmake" "${CMAKE_BINARY_DIR}/krtb
 configure_file(cmake/krtbss.pc.in "${CMAKE_BINARY_DIR}/krtbss.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/krtbss.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+if(MINGW)
+    # The compiler's runtime goes along: program and DLL have to share one.
+    foreach(runtime IN ITEMS libgcc_s_seh-1.dll libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll)
+        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${runtime} OUTPUT_VARIABLE runtime_file
+                        OUTPUT_STRIP_TRAILING_WHITESPACE)
+        if(IS_ABSOLUTE "${runtime_file}")
+            install(FILES "${runtime_file}" DESTINATION ${CMAKE_INSTALL_BINDIR})
+        endif()
+    endforeach()
+endif()
