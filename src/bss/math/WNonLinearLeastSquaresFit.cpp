@@ -28,6 +28,72 @@ double ruledWeight(double weight) {
     return isOne ? 100.0 : weight;
 }
 
+constexpr std::size_t pointsOfBlock = 64;
+
+// The weighted derivatives of some points, n a point, with their weights and residuals.
+struct Block {
+    const double* derivatives;
+    const double* weights;
+    const double* residuals;
+    std::size_t points;
+};
+
+// Adds a block to beta and to the upper triangle of the normal matrix, for n coefficients.
+template <std::size_t n>
+void addBlockOf(const Block& block, double* beta, double* normal) {
+    double b[n];
+    double a[n][n];
+    for (std::size_t j = 0; j < n; ++j) {
+        b[j] = beta[j];
+        for (std::size_t k = j; k < n; ++k) {
+            a[j][k] = normal[j * n + k];
+        }
+    }
+    for (std::size_t i = 0; i < block.points; ++i) {
+        const double* d = block.derivatives + i * n;
+        for (std::size_t j = 0; j < n; ++j) {
+            b[j] += d[j] * block.weights[i] * block.residuals[i];
+            for (std::size_t k = j; k < n; ++k) {
+                a[j][k] += d[j] * d[k];
+            }
+        }
+    }
+    for (std::size_t j = 0; j < n; ++j) {
+        beta[j] = b[j];
+        for (std::size_t k = j; k < n; ++k) {
+            normal[j * n + k] = a[j][k];
+        }
+    }
+}
+
+void addBlockOfMany(std::size_t n, const Block& block, double* beta, double* normal) {
+    for (std::size_t i = 0; i < block.points; ++i) {
+        const double* d = block.derivatives + i * n;
+        for (std::size_t j = 0; j < n; ++j) {
+            beta[j] += d[j] * block.weights[i] * block.residuals[i];
+            for (std::size_t k = j; k < n; ++k) {
+                normal[j * n + k] += d[j] * d[k];
+            }
+        }
+    }
+}
+
+// The models of the library have two to five coefficients.
+void addBlock(std::size_t n, const Block& block, double* beta, double* normal) {
+    switch (n) {
+    case 2:
+        return addBlockOf<2>(block, beta, normal);
+    case 3:
+        return addBlockOf<3>(block, beta, normal);
+    case 4:
+        return addBlockOf<4>(block, beta, normal);
+    case 5:
+        return addBlockOf<5>(block, beta, normal);
+    default:
+        return addBlockOfMany(n, block, beta, normal);
+    }
+}
+
 void writeRow(std::wostringstream& text, const std::vector<double>& values) {
     text << L"[";
     const wchar_t* separator = L"";
@@ -334,37 +400,43 @@ void WNonLinearLeastSquaresFit::ComputeAMatrix() {
     m_bNormalEquationsFinite = IsFinite(m_adBeta) && IsFinite(m_Covariance);
 }
 
+// The points go block by block: first their derivatives by the model's virtual calls, then the sums, which so
+// stay in registers. Each sum takes the points in their order, so the blocks change no bit of it.
 void WNonLinearLeastSquaresFit::SumNormalEquations() {
     const std::size_t n = m_adBeta.size();
     const std::size_t points = GetNumberOfPoints();
     const std::vector<double>& weights = PointWeights();
     const bool hasResiduals = HasResidualsOfCoefficients();
     std::vector<double>& d = m_adDerivatives;
-    for (std::size_t i = 0; i < points; ++i) {
-        const double x = (*m_pX)[i];
-        const double residual = hasResiduals ? m_adResiduals[i] : (*m_pY)[i] - m_pFunction->Evaluate(x);
-        m_pFunction->ComputeDerivatives(x, d);
-        if (d.size() != n) {
-            d.resize(n, 0.0);
+    m_adBlock.resize(pointsOfBlock * n);
+    double blockResiduals[pointsOfBlock];
+    for (std::size_t first = 0; first < points; first += pointsOfBlock) {
+        const std::size_t count = std::min(pointsOfBlock, points - first);
+        double* row = m_adBlock.data();
+        for (std::size_t i = 0; i < count; ++i, row += n) {
+            const double x = (*m_pX)[first + i];
+            blockResiduals[i] =
+                hasResiduals ? m_adResiduals[first + i] : (*m_pY)[first + i] - m_pFunction->Evaluate(x);
+            m_pFunction->ComputeDerivatives(x, d);
+            if (d.size() != n) {
+                d.resize(n, 0.0);
+            }
+            for (const std::int32_t index : m_anFixed) {
+                d[static_cast<std::size_t>(index)] = 0.0;
+            }
+            const double weight = weights[first + i];
+            for (std::size_t k = 0; k < n; ++k) {
+                row[k] = d[k] * weight;
+            }
+            // Again: 0.0 times a weight that is infinite is not a number.
+            for (const std::int32_t index : m_anFixed) {
+                row[index] = 0.0;
+            }
         }
-        for (const std::int32_t index : m_anFixed) {
-            d[static_cast<std::size_t>(index)] = 0.0;
-        }
-        const double weight = weights[i];
-        for (std::size_t k = 0; k < n; ++k) {
-            d[k] *= weight;
-            m_adBeta[k] += d[k] * weight * residual;
-        }
-        // Again: 0.0 times a residual that is not a number is none.
+        addBlock(n, {m_adBlock.data(), weights.data() + first, blockResiduals, count}, m_adBeta.data(),
+                 m_adNormal.data());
         for (const std::int32_t index : m_anFixed) {
             m_adBeta[static_cast<std::size_t>(index)] = 0.0;
-            d[static_cast<std::size_t>(index)] = 0.0;
-        }
-        for (std::size_t j = 0; j < n; ++j) {
-            double* row = m_adNormal.data() + j * n;
-            for (std::size_t k = j; k < n; ++k) {
-                row[k] += d[j] * d[k];
-            }
         }
     }
 }

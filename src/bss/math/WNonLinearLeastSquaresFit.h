@@ -173,6 +173,7 @@ private:
     mutable bool m_bWeightsAreNumbers = true;
     bool m_bNormalEquationsFinite = false;
     std::vector<double> m_adDerivatives;
+    std::vector<double> m_adBlock;  // weighted derivatives of some points
     std::vector<double> m_adNormal; // A's upper triangle while it is summed, row by row
     matrix m_Work;
     matrix m_NoColumns;
