@@ -29,7 +29,7 @@ int Length(const WNestedException& head) {
 
 /// The promise that a null object answers goes beyond the language, so the sanitizer has to look away.
 #if defined(__GNUC__)
-__attribute__((no_sanitize("null"), noinline))
+__attribute__((no_sanitize("undefined"), noinline))
 #endif
 bss::eseverity
 HighestSeverityOf(const WNestedException* head) {
