@@ -16,10 +16,10 @@
 #include "platform/export.h"
 #include "platform/types.h"
 
+#include <cstdarg>
 #include <string>
 
 #ifndef _WIN32
-#include <cstdarg>
 
 namespace platform {
 

@@ -148,16 +148,15 @@ PLATFORM_API void WINAPI VariantInit(VARIANT* value);
 /// Frees what the value owns and makes it VT_EMPTY. DISP_E_BADVARTYPE for a kind that is not known here.
 PLATFORM_API HRESULT WINAPI VariantClear(VARIANT* value);
 /// Clears the target and copies: text deep, references as they are. Copying onto itself does nothing.
-PLATFORM_API HRESULT WINAPI VariantCopy(VARIANT* target, const VARIANT* source);
+PLATFORM_API HRESULT WINAPI VariantCopy(VARIANT* target, VARIANT* source);
 /// Converts into `target`, which may be `source`; on failure the target keeps its value. Numbers are rounded
 /// half to even. DISP_E_OVERFLOW if the value does not fit, DISP_E_TYPEMISMATCH if it is none of the kind or
 /// the pair of kinds is not supported, DISP_E_BADVARTYPE for no kind at all, E_INVALIDARG for an unknown
 /// flag.
-PLATFORM_API HRESULT WINAPI VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags,
-                                              VARTYPE kind);
+PLATFORM_API HRESULT WINAPI VariantChangeType(VARIANT* target, VARIANT* source, USHORT flags, VARTYPE kind);
 /// Numbers have a decimal point: locales other than English and the defaults are refused with E_INVALIDARG.
-PLATFORM_API HRESULT WINAPI VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID locale,
-                                                USHORT flags, VARTYPE kind);
+PLATFORM_API HRESULT WINAPI VariantChangeTypeEx(VARIANT* target, VARIANT* source, LCID locale, USHORT flags,
+                                                VARTYPE kind);
 
 static_assert(sizeof(VARIANT) == 16 && offsetof(VARIANT, llVal) == 8);
 

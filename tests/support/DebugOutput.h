@@ -4,8 +4,8 @@
 //     OutputDebugStringW(L"text");
 //     EXPECT_EQ(output.Text(), L"text");
 //
-// One object at a time. On Linux the output is led to a file of its own through the environment variable; on Windows the
-// exceptions are watched by which the system passes the text to a debugger.
+// One object at a time. On Linux the output is led to a file of its own through the environment variable; on
+// Windows the exceptions are watched by which the system passes the text to a debugger.
 
 #ifndef TESTS_SUPPORT_DEBUGOUTPUT_H
 #define TESTS_SUPPORT_DEBUGOUTPUT_H
@@ -45,8 +45,8 @@ private:
         return active;
     }
 
-    /// Parameters: count of characters with the NUL, address of the text. Where the wide form is passed on, the system raises
-    /// the narrow one too if nobody has taken the wide one.
+    /// Parameters: count of characters with the NUL, address of the text. Where the wide form is passed on,
+    /// the system raises the narrow one too if nobody has taken the wide one.
     static LONG CALLBACK Watch(EXCEPTION_POINTERS* pointers) {
         constexpr DWORD narrowText = 0x40010006;
         constexpr DWORD wideText = 0x4001000A;
@@ -58,7 +58,8 @@ private:
         if (record.ExceptionCode == wideText) {
             Active()->m_text += reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]);
         } else {
-            Active()->m_text += platform::WidenText(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
+            Active()->m_text +=
+                platform::WidenText(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
         }
         return EXCEPTION_CONTINUE_EXECUTION;
     }

@@ -13,9 +13,9 @@ constexpr std::int64_t kFirstDay = posix::DaysFromDate({100, 1, 1}) - kDayZero;
 constexpr std::int64_t kLastDay = posix::DaysFromDate({9999, 12, 31}) - kDayZero;
 static_assert(kFirstDay == -657434 && kLastDay == 2958465);
 
-/// Years of two digits are those from 1930 to 2029.
+/// Years of two digits are those from 1950 to 2049.
 std::int64_t FullYear(WORD year) {
-    return year > 99 ? year : year < 30 ? year + 2000 : year + 1900;
+    return year > 99 ? year : year < 50 ? year + 2000 : year + 1900;
 }
 
 } // namespace

@@ -17,8 +17,9 @@ struct Decoded {
     bool valid;
 };
 
-/// The next code point. Malformed text is taken in the longest pieces that could have begun a character (the
-/// Unicode Standard, "maximal subparts"), each of which counts as one replacement character.
+/// The next code point. Malformed text is replaced as the system does it: by one character for each piece
+/// that began like a character, the second byte with it if that is the one that makes the form invalid, and
+/// for each other byte.
 Decoded DecodeUtf8(const unsigned char* text, std::size_t length) {
     const unsigned lead = text[0];
     if (lead < 0x80) {
@@ -37,12 +38,15 @@ Decoded DecodeUtf8(const unsigned char* text, std::size_t length) {
             return {kReplacement, i, false};
         }
         const unsigned byte = text[i];
+        if (byte < 0x80 || byte > 0xBF) {
+            return {kReplacement, i, false};
+        }
         // The second byte is narrowed where it could make an overlong form, a surrogate or a value above
         // U+10FFFF.
         const unsigned lowest = i == 1 && lead == 0xE0 ? 0xA0 : i == 1 && lead == 0xF0 ? 0x90 : 0x80;
         const unsigned highest = i == 1 && lead == 0xED ? 0x9F : i == 1 && lead == 0xF4 ? 0x8F : 0xBF;
         if (byte < lowest || byte > highest) {
-            return {kReplacement, i, false};
+            return {kReplacement, 2, false};
         }
         codePoint = (codePoint << 6U) | (byte & 0x3FU);
     }

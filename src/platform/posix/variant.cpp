@@ -404,7 +404,7 @@ HRESULT VariantClear(VARIANT* value) {
     return S_OK;
 }
 
-HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
+HRESULT VariantCopy(VARIANT* target, VARIANT* source) {
     if (target == source) {
         return S_OK;
     }
@@ -428,11 +428,11 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
     return S_OK;
 }
 
-HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, VARTYPE kind) {
+HRESULT VariantChangeType(VARIANT* target, VARIANT* source, USHORT flags, VARTYPE kind) {
     return VariantChangeTypeEx(target, source, LOCALE_USER_DEFAULT, flags, kind);
 }
 
-HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID locale, USHORT flags, VARTYPE kind) {
+HRESULT VariantChangeTypeEx(VARIANT* target, VARIANT* source, LCID locale, USHORT flags, VARTYPE kind) {
     constexpr USHORT knownFlags =
         VARIANT_NOVALUEPROP | VARIANT_ALPHABOOL | VARIANT_NOUSEROVERRIDE | VARIANT_LOCALBOOL;
     if (target == nullptr || source == nullptr || (flags & ~knownFlags) != 0 || !HasDecimalPoint(locale)) {

@@ -1,0 +1,245 @@
+#include "platform/console.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+#ifdef _WIN32
+#include <vector>
+
+namespace {
+
+/// Leads a standard stream to a file while it lives.
+class StreamToFile {
+public:
+    explicit StreamToFile(DWORD stream) : m_stream(stream), m_before(GetStdHandle(stream)) {
+        wchar_t folder[MAX_PATH];
+        wchar_t name[MAX_PATH];
+        GetTempPathW(MAX_PATH, folder);
+        GetTempFileNameW(folder, L"krt", 0, name);
+        m_file = CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                             FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        SetStdHandle(stream, m_file);
+    }
+    StreamToFile(const StreamToFile&) = delete;
+    StreamToFile& operator=(const StreamToFile&) = delete;
+    ~StreamToFile() {
+        SetStdHandle(m_stream, m_before);
+        CloseHandle(m_file);
+    }
+
+    std::string Content() {
+        std::string content(GetFileSize(m_file, nullptr), '\0');
+        DWORD read = 0;
+        SetFilePointer(m_file, 0, nullptr, FILE_BEGIN);
+        ReadFile(m_file, content.data(), static_cast<DWORD>(content.size()), &read, nullptr);
+        return content.substr(0, read);
+    }
+
+private:
+    DWORD m_stream;
+    HANDLE m_before;
+    HANDLE m_file;
+};
+
+} // namespace
+#else
+#include <csignal>
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/time.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+int DescriptorOf(DWORD stream) {
+    return stream == STD_OUTPUT_HANDLE ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+/// Leads a standard stream to a descriptor while it lives. The descriptor becomes the object's.
+class StreamTo {
+public:
+    StreamTo(DWORD stream, int target)
+        : m_stream(DescriptorOf(stream)), m_before(fcntl(m_stream, F_DUPFD_CLOEXEC, 10)), m_target(target) {
+        dup2(target, m_stream);
+    }
+    StreamTo(const StreamTo&) = delete;
+    StreamTo& operator=(const StreamTo&) = delete;
+    ~StreamTo() {
+        dup2(m_before, m_stream);
+        close(m_before);
+        close(m_target);
+    }
+
+private:
+    int m_stream;
+    int m_before;
+    int m_target;
+};
+
+int TemporaryFile() {
+    char name[] = "/tmp/krtbss-console-XXXXXX";
+    const int file = mkstemp(name);
+    unlink(name);
+    return file;
+}
+
+class StreamToFile {
+public:
+    explicit StreamToFile(DWORD stream) : m_file(TemporaryFile()), m_redirection(stream, m_file) {}
+
+    std::string Content() {
+        std::string content(1'000'000, '\0');
+        const ssize_t length = pread(m_file, content.data(), content.size(), 0);
+        return content.substr(0, length < 0 ? 0 : static_cast<std::size_t>(length));
+    }
+
+private:
+    int m_file;
+    StreamTo m_redirection;
+};
+
+} // namespace
+#endif
+
+TEST(Console, UnknownStreamsAndHandlesAreRefused) {
+    DWORD written = 7;
+    DWORD mode = 0;
+    EXPECT_EQ(GetStdHandle(1), INVALID_HANDLE_VALUE);
+    SetLastError(0);
+    EXPECT_FALSE(WriteFile(INVALID_HANDLE_VALUE, "a", 1, &written, nullptr));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(written, 0U);
+    EXPECT_FALSE(GetConsoleMode(INVALID_HANDLE_VALUE, &mode));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+    SetLastError(0);
+    EXPECT_FALSE(platform::WriteConsoleText(STD_INPUT_HANDLE, L"text"));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+}
+
+TEST(Console, FilesAreNoConsoles) {
+    const StreamToFile output(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    DWORD written = 0;
+    SetLastError(0);
+    EXPECT_FALSE(GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode));
+    EXPECT_FALSE(WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), L"a", 1, &written, nullptr));
+    EXPECT_NE(GetLastError(), 0U);
+}
+
+TEST(Console, TextReachesFilesAsUtf8WithoutALocale) {
+    for (const DWORD stream : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
+        StreamToFile file(stream);
+        const bool first = platform::WriteConsoleText(stream, L"r\u00FCckw\u00E4rts \u20AC \U0001F600\n");
+        const bool second = platform::WriteConsoleText(stream, L"");
+        const bool third = platform::WriteConsoleText(stream, std::wstring(50'000, L'\u00FC'));
+        EXPECT_TRUE(first && second && third);
+        std::string expected = "r\xC3\xBC"
+                               "ckw\xC3\xA4rts \xE2\x82\xAC \xF0\x9F\x98\x80\n";
+        for (int i = 0; i < 50'000; ++i) {
+            expected += "\xC3\xBC";
+        }
+        EXPECT_TRUE(file.Content() == expected);
+    }
+}
+
+#ifndef _WIN32
+TEST(Console, TextIsWrittenWholeThroughInterruptionsAndFullPipes) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
+    struct sigaction action {};
+    struct sigaction before {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGALRM, &action, &before); // without SA_RESTART
+    std::string got;
+    std::thread reader;
+    bool written = false;
+    {
+        const StreamTo output(STD_OUTPUT_HANDLE, ends[1]);
+        const pthread_t writer = pthread_self();
+        reader = std::thread([&got, &ends, writer] {
+            char piece[3'001];
+            for (;;) {
+                const ssize_t count = read(ends[0], piece, sizeof(piece));
+                if (count == 0) {
+                    break;
+                }
+                if (count > 0) {
+                    got.append(piece, static_cast<std::size_t>(count));
+                    if (got.size() < 400'000) {
+                        pthread_kill(writer, SIGALRM);
+                    }
+                } else {
+                    usleep(50);
+                }
+            }
+        });
+        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, std::wstring(500'000, L'y'));
+    }
+    reader.join();
+    close(ends[0]);
+    sigaction(SIGALRM, &before, nullptr);
+    EXPECT_TRUE(written);
+    EXPECT_TRUE(got == std::string(500'000, 'y')) << got.size();
+}
+
+TEST(Console, LostReadersAndFullDisksAreReported) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    struct sigaction ignored {};
+    struct sigaction before {};
+    ignored.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &ignored, &before);
+    bool written = true;
+    DWORD error = 0;
+    {
+        const StreamTo output(STD_OUTPUT_HANDLE, ends[1]);
+        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, L"text");
+        error = GetLastError();
+    }
+    sigaction(SIGPIPE, &before, nullptr);
+    EXPECT_FALSE(written);
+    EXPECT_EQ(error, ERROR_BROKEN_PIPE);
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    if (full == -1) {
+        GTEST_SKIP() << "no /dev/full here";
+    }
+    {
+        const StreamTo output(STD_OUTPUT_HANDLE, full);
+        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, L"text");
+        error = GetLastError();
+    }
+    EXPECT_FALSE(written);
+    EXPECT_EQ(error, ERROR_DISK_FULL);
+}
+
+TEST(Console, TerminalsTakeWideText) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (terminal == -1 || grantpt(terminal) != 0 || unlockpt(terminal) != 0) {
+        GTEST_SKIP() << "no pseudo-terminals here";
+    }
+    const int program = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_NE(program, -1);
+    DWORD mode = 0;
+    DWORD count = 0;
+    BOOL isConsole = FALSE;
+    BOOL direct = FALSE;
+    bool written = false;
+    {
+        const StreamTo output(STD_OUTPUT_HANDLE, program);
+        isConsole = GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode);
+        direct = WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), L"a\u00FC", 2, &count, nullptr);
+        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, L"\u20AC");
+    }
+    char bytes[20];
+    const ssize_t length = read(terminal, bytes, sizeof(bytes));
+    close(terminal);
+    EXPECT_TRUE(isConsole && direct && written);
+    EXPECT_EQ(count, 2U);
+    ASSERT_GT(length, 0);
+    EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(length)), "a\xC3\xBC\xE2\x82\xAC");
+}
+#endif

@@ -1,0 +1,76 @@
+#include "platform/error.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <thread>
+
+TEST(LastError, BelongsToTheThread) {
+    // Both threads set theirs before one of them looks.
+    std::atomic<int> ready = 0;
+    DWORD seen[2] = {0, 0};
+    const auto run = [&ready, &seen](int index, DWORD error) {
+        SetLastError(error);
+        ++ready;
+        while (ready != 2) {
+        }
+        seen[index] = GetLastError();
+    };
+    std::thread first(run, 0, static_cast<DWORD>(ERROR_ACCESS_DENIED));
+    std::thread second(run, 1, static_cast<DWORD>(ERROR_INVALID_HANDLE));
+    first.join();
+    second.join();
+    EXPECT_EQ(seen[0], static_cast<DWORD>(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(seen[1], static_cast<DWORD>(ERROR_INVALID_HANDLE));
+}
+
+TEST(LocalMemory, IsZeroedOnDemandAndFreedToNull) {
+    auto* const memory = static_cast<char*>(LocalAlloc(LPTR, 4096));
+    ASSERT_NE(memory, nullptr);
+    for (int i = 0; i < 4096; ++i) {
+        ASSERT_EQ(memory[i], 0);
+    }
+    EXPECT_EQ(LocalFree(memory), nullptr);
+    EXPECT_EQ(LocalFree(nullptr), nullptr);
+    const HLOCAL empty = LocalAlloc(LMEM_FIXED, 0);
+    EXPECT_NE(empty, nullptr);
+    LocalFree(empty);
+}
+
+TEST(SystemText, HasNoLineEndAndKeepsTheLastError) {
+    SetLastError(ERROR_DISK_FULL);
+    const std::wstring text = platform::SystemText(ERROR_FILE_NOT_FOUND);
+    ASSERT_FALSE(text.empty());
+    EXPECT_EQ(text.find_first_of(L"\r\n"), std::wstring::npos);
+    EXPECT_NE(text.back(), L' ');
+    EXPECT_NE(text, platform::SystemText(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(platform::SystemText(0xEFFFFFFF), L"Unknown error");
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DISK_FULL));
+}
+
+#ifndef _WIN32
+TEST(Errno, HasTheNumberOfItsMeaningAndATextForIt) {
+    const struct {
+        int number;
+        DWORD error;
+    } rows[] = {{0, ERROR_SUCCESS},
+                {ENOENT, ERROR_FILE_NOT_FOUND},
+                {EACCES, ERROR_ACCESS_DENIED},
+                {EPERM, ERROR_ACCESS_DENIED},
+                {EEXIST, ERROR_ALREADY_EXISTS},
+                {EINVAL, ERROR_INVALID_PARAMETER},
+                {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
+                {ENOSPC, ERROR_DISK_FULL},
+                {EPIPE, ERROR_BROKEN_PIPE},
+                {ETIMEDOUT, ERROR_TIMEOUT},
+                {987654, ERROR_GEN_FAILURE}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(platform::ErrorFromErrno(row.number), row.error) << row.number;
+    }
+    for (int number = 0; number < 134; ++number) {
+        EXPECT_NE(platform::SystemText(platform::ErrorFromErrno(number)), L"Unknown error")
+            << std::strerror(number);
+    }
+}
+#endif

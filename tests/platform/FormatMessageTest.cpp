@@ -1,0 +1,188 @@
+#include "platform/error.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+constexpr DWORD kFromString = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY;
+
+/// Arguments 1 to 4 are texts, 5 and 6 the numbers 42 and -3, 7 a character, 8 to 10 the numbers 6, 3 and 7,
+/// 11 to 99 texts.
+std::va_list* Arguments() {
+    static DWORD_PTR arguments[99];
+    const wchar_t* const texts[] = {L"one", L"%1two\n", L"", L"four"};
+    for (std::size_t i = 0; i < 4; ++i) {
+        arguments[i] = reinterpret_cast<DWORD_PTR>(texts[i]);
+    }
+    arguments[4] = 42;
+    arguments[5] = static_cast<DWORD_PTR>(-3);
+    arguments[6] = L'Z';
+    arguments[7] = 6;
+    arguments[8] = 3;
+    arguments[9] = 7;
+    for (std::size_t i = 10; i < 99; ++i) {
+        arguments[i] = reinterpret_cast<DWORD_PTR>(L"many");
+    }
+    return reinterpret_cast<std::va_list*>(arguments);
+}
+
+/// The text, or "error N".
+std::wstring Format(const wchar_t* source, DWORD flags = kFromString, std::va_list* arguments = Arguments()) {
+    wchar_t* text = nullptr;
+    SetLastError(0);
+    const DWORD length = FormatMessageW(flags | FORMAT_MESSAGE_ALLOCATE_BUFFER, source, 0, 0,
+                                        reinterpret_cast<LPWSTR>(&text), 300, arguments);
+    if (length == 0) {
+        EXPECT_EQ(text, nullptr);
+        return L"error " + std::to_wstring(GetLastError());
+    }
+    const std::wstring result = text;
+    EXPECT_EQ(result.size(), length);
+    LocalFree(text);
+    return result;
+}
+
+} // namespace
+
+TEST(FormatMessage, RefusesBadArguments) {
+    wchar_t buffer[8];
+    SetLastError(0);
+    EXPECT_EQ(FormatMessageW(kFromString, L"x", 0, 0, nullptr, 8, Arguments()), 0U);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    SetLastError(0);
+    EXPECT_EQ(FormatMessageW(0, L"x", 0, 0, buffer, 8, Arguments()), 0U);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(FormatMessageW(kFromString, nullptr, 0, 0, buffer, 8, Arguments()), 0U);
+    EXPECT_EQ(Format(L"%1", kFromString, nullptr), L"error 87");
+    EXPECT_EQ(Format(L"no inserts %%", kFromString, nullptr), L"no inserts %");
+}
+
+TEST(FormatMessage, FillsTemplatesAsTheSystemDoes) {
+    const struct {
+        const wchar_t* source;
+        const wchar_t* expected;
+    } rows[] = {
+        {L"plain", L"plain"},
+        {L"", L"error 235"},
+        {L"Index %1 out of range.", L"Index one out of range."},
+        {L"a%1b%2c", L"aoneb%1two\nc"}, // what is inserted is not expanded again, and its line ends stay
+        {L"%3", L"error 235"},
+        {L"[%3]", L"[]"},
+        {L"%11|%99|%123", L"many|many|many3"},
+        {L"%1%%2", L"one%2"},
+        {L"%% %. %! %b %- %z %d", L"% . ! b - z d"},
+        {L"a%nb%rc%td", L"a\r\nb\rc\td"},
+        {L"a%0b", L"a"},
+        {L"%0", L"error 235"},
+        {L"x%", L"error 87"},
+        {L"%1%", L"error 87"},
+        {L"a\nb", L"a\r\nb"},
+        {L"a\r\nb\rc", L"a\r\nb\r\nc"},
+        {L"a\n\r\nb\r\rc", L"a\r\n\r\nb\r\n\r\nc"},
+        {L"COM interface failure: %1\n\n%4", L"COM interface failure: one\r\n\r\nfour"},
+        {L"%\n", L"\n"},
+        {L"%1!s!|%1!10s!|%1!-10s!|%1!.2s!|%1!8.2s!|%1!ls!", L"one|       one|one       |on|      on|one"},
+        {L"%5!d!|%5!5d!|%5!05d!|%5!-5d!|%5!+d!|%5! d!", L"42|   42|00042|42   |+42| 42"},
+        {L"%5!x!|%5!X!|%5!#x!|%5!08x!|%5!o!|%5!c!|%7!c!", L"2a|2A|0x2a|0000002a|52|*|Z"},
+        {L"%6!d!|%6!i!|%6!u!|%6!x!|%6!ld!|%6!lu!", L"-3|-3|4294967293|fffffffd|-3|4294967293"},
+        {L"%5!.4d!|%5!8.4d!|%5!hd!", L"0042|    0042|42"},
+        {L"%8!*d!", L"     3"},
+        {L"%8!*.*d!", L"   007"},
+        {L"%1!s!s!", L"ones!"},
+        {L"[%1!!]", L"[]"},
+        {L"%1!", L"error 87"},
+        {L"%1!s", L"error 87"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Format(row.source), row.expected) << row.expected;
+    }
+}
+
+TEST(FormatMessage, TakesSixtyFourBitArgumentsWhereAnArgumentHasThem) {
+    if constexpr (sizeof(DWORD_PTR) < 8) {
+        GTEST_SKIP() << "an argument has 32 bits here";
+    }
+    EXPECT_EQ(Format(L"%6!I64d!|%6!I64x!|%6!lld!"), L"-3|fffffffffffffffd|-3");
+}
+
+TEST(FormatMessage, NamesNullText) {
+    DWORD_PTR arguments[1] = {0};
+    EXPECT_EQ(Format(L"[%1]", kFromString, reinterpret_cast<std::va_list*>(arguments)), L"[(null)]");
+}
+
+TEST(FormatMessage, LeavesInsertsAloneOnDemand) {
+    constexpr DWORD flags = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_IGNORE_INSERTS;
+    EXPECT_EQ(Format(L"%1 %99!d! %% %! %z a%nb%rc\nd%0e", flags, nullptr),
+              L"%1 %99!d! %% %! %z a\r\nb\rc\r\nd");
+    EXPECT_EQ(Format(L"x%", flags, nullptr), L"error 87");
+}
+
+TEST(FormatMessage, JoinsLinesOnDemand) {
+    constexpr DWORD flags = kFromString | FORMAT_MESSAGE_MAX_WIDTH_MASK;
+    EXPECT_EQ(Format(L"a\nb\r\nc\n\nd%ne %1", flags), L"a b c  d\r\ne one");
+}
+
+TEST(FormatMessage, FillsBuffersOfTheCaller) {
+    wchar_t buffer[8];
+    for (const DWORD size : {1U, 3U, 4U}) {
+        SetLastError(0);
+        EXPECT_EQ(FormatMessageW(kFromString, L"a%1", 0, 0, buffer, size, Arguments()), 0U) << size;
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER)) << size;
+        buffer[7] = L'#';
+    }
+    EXPECT_EQ(FormatMessageW(kFromString, L"a%1", 0, 0, buffer, 5, Arguments()), 4U);
+    EXPECT_STREQ(buffer, L"aone");
+    EXPECT_EQ(buffer[7], L'#');
+}
+
+TEST(FormatMessage, AllocatesAtLeastTheSizeAskedFor) {
+    wchar_t* text = nullptr;
+    ASSERT_EQ(FormatMessageW(kFromString | FORMAT_MESSAGE_ALLOCATE_BUFFER, L"ab", 0, 0,
+                             reinterpret_cast<LPWSTR>(&text), 1000, Arguments()),
+              2U);
+    for (int i = 3; i < 1000; ++i) {
+        text[i] = L'x'; // an address sanitizer looks at this
+    }
+    EXPECT_EQ(text[1], L'b');
+    LocalFree(text);
+
+    const std::wstring whole(70'000, L'x');
+    EXPECT_EQ(Format(whole.c_str()), whole);
+}
+
+TEST(FormatMessage, GivesSystemTexts) {
+    wchar_t lines[200];
+    wchar_t joined[200];
+    constexpr DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+    for (const DWORD language : {0U, 1024U, 0x409U}) {
+        const DWORD length =
+            FormatMessageW(flags, nullptr, ERROR_FILE_NOT_FOUND, language, lines, 200, nullptr);
+        ASSERT_GT(length, 2U) << language;
+        EXPECT_STREQ(lines + length - 2, L"\r\n");
+        ASSERT_EQ(FormatMessageW(flags | FORMAT_MESSAGE_MAX_WIDTH_MASK, nullptr, ERROR_FILE_NOT_FOUND,
+                                 language, joined, 200, nullptr),
+                  length - 1);
+        EXPECT_EQ(std::wstring(lines, length - 2) + L" ", joined);
+    }
+    SetLastError(0);
+    EXPECT_EQ(FormatMessageW(flags, nullptr, 0x0EEEEEEE, 0, lines, 200, nullptr), 0U);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MR_MID_NOT_FOUND));
+}
+
+#ifndef _WIN32
+TEST(FormatMessage, RefusesWhatItDoesNotSupport) {
+    EXPECT_EQ(Format(L"%5!e!"), L"error 50");
+    EXPECT_EQ(Format(L"%5!99999d!"), L"error 87");
+    EXPECT_EQ(Format(L"x", kFromString | 40), L"error 50");
+    EXPECT_EQ(Format(L"x", kFromString | FORMAT_MESSAGE_FROM_HMODULE), L"error 50");
+    EXPECT_EQ(Format(L"x", kFromString | 0x10000), L"error 87");
+    EXPECT_EQ(Format(L"%1", FORMAT_MESSAGE_FROM_STRING), L"error 50");
+    wchar_t buffer[100];
+    SetLastError(0);
+    EXPECT_EQ(FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, ERROR_FILE_NOT_FOUND, 0x407, buffer, 100,
+                             nullptr),
+              0U);
+    EXPECT_EQ(GetLastError(), ERROR_RESOURCE_LANG_NOT_FOUND);
+}
+#endif

@@ -1,0 +1,180 @@
+#include "platform/text.h"
+#include "platform/error.h"
+#include "support/Wine.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace {
+
+std::wstring FromUnits(const std::vector<int>& units) {
+    platform::Utf16String text;
+    for (const int unit : units) {
+        text += static_cast<platform::Utf16Unit>(unit);
+    }
+    return std::wstring(platform::WideFromUtf16(platform::Utf16View(text)));
+}
+
+std::vector<int> UnitsOf(std::wstring_view text) {
+    const auto units = platform::Utf16FromWide(text);
+    return {units.begin(), units.end()};
+}
+
+/// By the call itself: the text, or "error N".
+std::wstring Widen(std::string_view bytes, DWORD flags, UINT codePage = CP_UTF8) {
+    wchar_t buffer[100];
+    SetLastError(0);
+    const int count =
+        MultiByteToWideChar(codePage, flags, bytes.data(), static_cast<int>(bytes.size()), buffer, 100);
+    return count == 0 ? L"error " + std::to_wstring(GetLastError())
+                      : std::wstring(buffer, static_cast<std::size_t>(count));
+}
+
+} // namespace
+
+TEST(Utf16, AnySequenceOfUnitsComesBack) {
+    const std::vector<std::vector<int>> rows = {
+        {},
+        {0},
+        {'a', 0, 'b'},
+        {0xFFFE, 0xFFFF, 0xFEFF},
+        {0xD83D, 0xDE00}, // a pair
+        {0xD83D},         // halves alone
+        {0xDE00},
+        {0xDE00, 0xD83D},
+        {0xD83D, 0xD83D, 0xDE00, 0xDE00}, // around a pair
+        {0xD83D, 'x', 0xDE00},
+    };
+    for (const auto& row : rows) {
+        const std::wstring wide = FromUnits(row);
+        EXPECT_EQ(UnitsOf(wide), row);
+        EXPECT_EQ(platform::Utf16Length(wide), row.size());
+    }
+    std::vector<int> all;
+    for (int unit = 0xFFFF; unit >= 0; --unit) {
+        all.push_back(unit);
+    }
+    EXPECT_EQ(UnitsOf(FromUnits(all)), all);
+}
+
+TEST(Utf16, NoCopyIsMadeWhereUnitsAreCharacters) {
+    const std::wstring text = L"text";
+    const auto units = platform::Utf16FromWide(text);
+    const bool same = static_cast<const void*>(units.data()) == static_cast<const void*>(text.data());
+    EXPECT_EQ(same, sizeof(wchar_t) == 2);
+}
+
+TEST(Utf16, CharactersBeyondTheFirstPlaneCountTwice) {
+    EXPECT_EQ(platform::Utf16Length(L"a\U0001F600b"), 4U);
+    EXPECT_EQ(UnitsOf(L"\U0010FFFF"), (std::vector<int>{0xDBFF, 0xDFFF}));
+    if constexpr (sizeof(wchar_t) == 4) {
+        const std::wstring beyond(1, static_cast<wchar_t>(0x110000));
+        EXPECT_EQ(UnitsOf(beyond), (std::vector<int>{0xFFFD}));
+        EXPECT_EQ(platform::Utf16Length(beyond), 1U);
+    }
+}
+
+TEST(Utf8, BadArgumentsAreRefused) {
+    wchar_t wide[4];
+    char narrow[4];
+    SetLastError(0);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "a", 0, wide, 4), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, nullptr, 1, wide, 4), 0);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "a", 1, nullptr, 4), 0);
+    EXPECT_EQ(MultiByteToWideChar(12345, 0, "a", 1, wide, 4), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"a", 0, narrow, 4, nullptr, nullptr), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    SetLastError(0);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0x80, "a", 1, wide, 4), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_FLAGS));
+    SetLastError(0);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "abcde", 5, wide, 4), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
+    SetLastError(0);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"abc\u00E9", 4, narrow, 4, nullptr, nullptr), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
+}
+
+TEST(Utf8, DefaultCharactersAreRefused) {
+    if (RunsUnderWine()) {
+        GTEST_SKIP() << "Wine takes the arguments and leaves them unused";
+    }
+    char narrow[4];
+    BOOL used = FALSE;
+    SetLastError(0);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"a", 1, narrow, 4, nullptr, &used), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"a", 1, narrow, 4, "?", nullptr), 0);
+}
+
+TEST(Utf8, CountsIncludeTheNulOnlyForLengthMinusOne) {
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "a\xC3\xA9", -1, nullptr, 0), 3);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "a\xC3\xA9", 3, nullptr, 0), 2);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"a\u00E9", -1, nullptr, 0, nullptr, nullptr), 4);
+    EXPECT_EQ(Widen(std::string_view("a\0b", 3), 0), std::wstring(L"a\0b", 3));
+}
+
+TEST(Utf8, MalformedTextIsReplacedByPiecesOrRefused) {
+    const struct {
+        const char* bytes;
+        const wchar_t* text;
+    } rows[] = {
+        {"\xFF", L"\uFFFD"},
+        {"a\x80z", L"a\uFFFDz"},
+        {"a\xC3", L"a\uFFFD"},         // cut short
+        {"\xC0\x80", L"\uFFFD\uFFFD"}, // overlong
+        {"\xE2\x82z", L"\uFFFDz"},
+        {"\xF0\x9F\x98z", L"\uFFFDz"},
+        {"\xED\xA0\x80", L"\uFFFD\uFFFD"}, // a surrogate
+        {"\xE0\x80\x80", L"\uFFFD\uFFFD"},
+        {"\xF0\x80\x80\x80", L"\uFFFD\uFFFD\uFFFD"},
+        {"\xE2\x82", L"\uFFFD"},
+        {"\xF0\x9F\x98", L"\uFFFD"},
+        {"\xF5\x80", L"\uFFFD\uFFFD"},
+        {"\xF4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD"}, // above U+10FFFF
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Widen(row.bytes, 0), row.text) << row.bytes;
+        EXPECT_EQ(Widen(row.bytes, MB_ERR_INVALID_CHARS), L"error 1113") << row.bytes;
+    }
+}
+
+TEST(Utf8, LoneSurrogatesAreReplacedOrRefused) {
+    const wchar_t lone[] = {L'a', static_cast<wchar_t>(0xD800), L'b'};
+    EXPECT_EQ(platform::Utf8FromWide({lone, 3}), "a\xEF\xBF\xBD"
+                                                 "b");
+    SetLastError(0);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, lone, 3, nullptr, 0, nullptr, nullptr), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NO_UNICODE_TRANSLATION));
+}
+
+TEST(Utf8, EveryCharacterComesBack) {
+    std::wstring all;
+    for (char32_t c = 0; c <= 0x10FFFF; c += c < 0x3000 ? 1 : 13) {
+        if (c >= 0xD800 && c <= 0xDFFF) {
+            continue;
+        }
+        if (sizeof(wchar_t) == 4 || c < 0x10000) {
+            all += static_cast<wchar_t>(c);
+        } else {
+            all += static_cast<wchar_t>(0xD800 + ((c - 0x10000) >> 10U));
+            all += static_cast<wchar_t>(0xDC00 + ((c - 0x10000) & 0x3FFU));
+        }
+    }
+    EXPECT_EQ(platform::WideFromUtf8(platform::Utf8FromWide(all)), all);
+    EXPECT_EQ(platform::Utf8FromWide(L"\u00FC\u20AC\U0001F600"), "\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80");
+    EXPECT_EQ(platform::Utf8FromWide(L""), "");
+}
+
+TEST(NarrowText, PassesThroughTheCodePage) {
+    EXPECT_EQ(platform::WidenText("plain"), L"plain");
+    EXPECT_EQ(platform::NarrowText(L"plain"), "plain");
+    EXPECT_EQ(platform::WidenText(""), L"");
+    EXPECT_EQ(platform::NarrowText(std::wstring_view(L"a\0b", 3)), std::string("a\0b", 3));
+    EXPECT_EQ(Widen("plain", 0, CP_ACP), L"plain");
+    EXPECT_EQ(Widen("plain", 0, CP_THREAD_ACP), L"plain");
+    // A letter that the usual code pages have
+    EXPECT_EQ(platform::WidenText(platform::NarrowText(L"\u00E9")), L"\u00E9");
+}

@@ -1,0 +1,339 @@
+#include "platform/variant.h"
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+
+namespace {
+
+/// A variant that is cleared at the end.
+class Value {
+public:
+    Value() { VariantInit(&m_variant); }
+    explicit Value(double number) : Value() {
+        m_variant.vt = VT_R8;
+        m_variant.dblVal = number;
+    }
+    explicit Value(const wchar_t* text) : Value() {
+        m_variant.vt = VT_BSTR;
+        m_variant.bstrVal = SysAllocString(text);
+    }
+    Value(VARTYPE kind, LONGLONG integer) : Value() {
+        m_variant.vt = kind;
+        m_variant.llVal = integer;
+    }
+    Value(const Value&) = delete;
+    Value& operator=(const Value&) = delete;
+    ~Value() { VariantClear(&m_variant); }
+
+    VARIANT* operator->() { return &m_variant; }
+    VARIANT* operator&() { return &m_variant; }
+
+    HRESULT ChangeTo(VARTYPE kind, USHORT flags = 0) {
+        return VariantChangeType(&m_variant, &m_variant, flags, kind);
+    }
+
+    std::wstring Text() const {
+        return m_variant.vt == VT_BSTR ? std::wstring(m_variant.bstrVal, SysStringLen(m_variant.bstrVal))
+                                       : L"kind " + std::to_wstring(m_variant.vt);
+    }
+
+private:
+    VARIANT m_variant;
+};
+
+} // namespace
+
+TEST(CountedString, NullAndTooLong) {
+    EXPECT_EQ(SysAllocString(nullptr), nullptr);
+    EXPECT_EQ(SysStringLen(nullptr), 0U);
+    EXPECT_EQ(SysStringByteLen(nullptr), 0U);
+    SysFreeString(nullptr);
+    EXPECT_EQ(SysAllocStringLen(nullptr, 0x7FFFFFFF), nullptr);
+    EXPECT_EQ(SysAllocStringByteLen(nullptr, 0xFFFFFFFF), nullptr);
+}
+
+TEST(CountedString, KeepsNulsAndEndsWithOne) {
+    const BSTR text = SysAllocStringLen(L"a\0b\xFFFE", 4);
+    EXPECT_EQ(SysStringLen(text), 4U);
+    EXPECT_EQ(SysStringByteLen(text), 4 * sizeof(wchar_t));
+    EXPECT_EQ(std::wstring(text, 5), std::wstring(L"a\0b\xFFFE\0", 5));
+    SysFreeString(text);
+    const BSTR bytes = SysAllocStringByteLen("abcdefghi", 9);
+    EXPECT_EQ(SysStringByteLen(bytes), 9U);
+    EXPECT_EQ(SysStringLen(bytes), 9 / sizeof(wchar_t));
+    EXPECT_EQ(std::memcmp(bytes, "abcdefghi\0", 10), 0);
+    SysFreeString(bytes);
+    const BSTR empty = SysAllocStringLen(nullptr, 0);
+    ASSERT_NE(empty, nullptr);
+    EXPECT_EQ(*empty, L'\0');
+    SysFreeString(empty);
+}
+
+TEST(CountedString, IsReplacedByPartOfItself) {
+    BSTR text = SysAllocString(L"abc");
+    ASSERT_TRUE(SysReAllocStringLen(&text, text + 1, 2));
+    EXPECT_STREQ(text, L"bc");
+    ASSERT_TRUE(SysReAllocStringLen(&text, nullptr, 5));
+    EXPECT_EQ(SysStringLen(text), 5U);
+    EXPECT_EQ(std::wstring(text, 2), L"bc");
+    EXPECT_EQ(text[5], L'\0');
+    ASSERT_TRUE(SysReAllocString(&text, L"new"));
+    EXPECT_STREQ(text, L"new");
+    SysFreeString(text);
+}
+
+TEST(Variant, UnknownKindsAreRefused) {
+    Value number(1.0);
+    Value target(L"keep");
+    EXPECT_EQ(VariantChangeType(&target, &number, 0, 15), DISP_E_BADVARTYPE);
+    EXPECT_EQ(VariantChangeType(&target, &number, 0, VT_DISPATCH), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(VariantChangeType(&target, &number, 0, VT_I4 | VT_BYREF), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(VariantChangeType(&target, &number, 0, VT_ERROR), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(target.Text(), L"keep");
+    VARIANT bad;
+    VariantInit(&bad);
+    bad.vt = 0x7FF;
+    EXPECT_EQ(VariantClear(&bad), DISP_E_BADVARTYPE);
+    EXPECT_EQ(VariantCopy(&target, &bad), DISP_E_BADVARTYPE);
+    EXPECT_EQ(VariantChangeType(&target, &bad, 0, VT_BSTR), DISP_E_BADVARTYPE);
+    EXPECT_EQ(target.Text(), L"keep");
+}
+
+TEST(Variant, CopiesTextDeepAndFreesTheTarget) {
+    Value source;
+    source->vt = VT_BSTR;
+    source->bstrVal = SysAllocStringLen(L"a\0b", 3);
+    Value target(L"old");
+    ASSERT_EQ(VariantCopy(&target, &source), S_OK);
+    EXPECT_NE(target->bstrVal, source->bstrVal);
+    EXPECT_EQ(target.Text(), std::wstring(L"a\0b", 3));
+    EXPECT_EQ(VariantCopy(&target, &target), S_OK);
+    EXPECT_EQ(target.Text(), std::wstring(L"a\0b", 3));
+    EXPECT_EQ(VariantClear(&target), S_OK);
+    EXPECT_EQ(target->vt, VT_EMPTY);
+}
+
+// The texts are those that the system's own call gives: see golden/MakeNumberTexts.cpp.
+TEST(Variant, NumbersReadAsTheSystemWritesThem) {
+    const struct {
+        VARTYPE kind;
+        std::uint64_t bits;
+        const wchar_t* text;
+    } rows[] = {
+#include "NumberTexts.inc"
+    };
+    for (const auto& row : rows) {
+        Value number;
+        number->vt = row.kind;
+        if (row.kind == VT_R4) {
+            number->fltVal = std::bit_cast<float>(static_cast<std::uint32_t>(row.bits));
+        } else {
+            number->dblVal = std::bit_cast<double>(row.bits);
+        }
+        ASSERT_EQ(number.ChangeTo(VT_BSTR), S_OK);
+        EXPECT_EQ(number.Text(), row.text) << row.kind << " bits " << std::hex << row.bits;
+    }
+}
+
+TEST(Variant, ExactHalvesGoAwayFromZero) {
+    const struct {
+        double number;
+        const wchar_t* text;
+    } rows[] = {{100000000000000.5, L"100000000000001"},
+                {100000000000001.5, L"100000000000002"},
+                {-100000000000000.5, L"-100000000000001"},
+                {999999999999999.5, L"1E+15"},
+                {-0.0, L"0"},
+                {1e-5, L"1E-05"}};
+    for (const auto& row : rows) {
+        Value number(row.number);
+        ASSERT_EQ(number.ChangeTo(VT_BSTR), S_OK);
+        EXPECT_EQ(number.Text(), row.text);
+    }
+}
+
+TEST(Variant, FloatingPointBecomesWholeByRoundingHalfToEven) {
+    const struct {
+        double number;
+        VARTYPE kind;
+        HRESULT result;
+        LONGLONG value;
+    } rows[] = {
+        {0.5, VT_I4, S_OK, 0},
+        {1.5, VT_I4, S_OK, 2},
+        {2.5, VT_I4, S_OK, 2},
+        {-1.5, VT_I4, S_OK, -2},
+        {2147483647.0, VT_I4, S_OK, 2147483647},
+        {2147483647.5, VT_I4, DISP_E_OVERFLOW, 0},
+        {-2147483648.5, VT_I4, S_OK, -2147483648LL},
+        {127.4, VT_I1, S_OK, 127},
+        {127.5, VT_I1, DISP_E_OVERFLOW, 0},
+        {-128.5, VT_I1, S_OK, -128},
+        {255.5, VT_UI1, DISP_E_OVERFLOW, 0},
+        {-0.5, VT_UI1, S_OK, 0},
+        {-0.51, VT_UI1, DISP_E_OVERFLOW, 0},
+        {-32768.5, VT_I2, S_OK, -32768},
+        {65535.5, VT_UI2, DISP_E_OVERFLOW, 0},
+        {4294967295.4, VT_UI4, S_OK, 4294967295},
+        {4294967295.4, VT_UINT, S_OK, 4294967295},
+        {4294967295.5, VT_I8, S_OK, 4294967296},
+        {-1e19, VT_I8, DISP_E_OVERFLOW, 0},
+        {9223372036854775808.0, VT_I4, DISP_E_OVERFLOW, 0},
+        {1e39, VT_R4, DISP_E_OVERFLOW, 0},
+        {3000000.0, VT_DATE, DISP_E_OVERFLOW, 0},
+        {std::numeric_limits<double>::infinity(), VT_I8, DISP_E_OVERFLOW, 0},
+    };
+    for (const auto& row : rows) {
+        Value number(row.number);
+        ASSERT_EQ(number.ChangeTo(row.kind), row.result) << row.number << " to " << row.kind;
+        if (row.result == S_OK) {
+            ASSERT_EQ(number.ChangeTo(VT_I8), S_OK);
+            EXPECT_EQ(number->llVal, row.value) << row.number << " to " << row.kind;
+        }
+    }
+}
+
+TEST(Variant, IntegersKeepValueOrOverflow) {
+    const struct {
+        VARTYPE from;
+        LONGLONG number;
+        VARTYPE to;
+        const wchar_t* text; // null: overflow
+    } rows[] = {
+        {VT_UI1, 200, VT_I2, L"200"},
+        {VT_I2, 200, VT_I1, nullptr},
+        {VT_I2, -1, VT_UI1, nullptr},
+        {VT_I4, -1, VT_UI8, nullptr},
+        {VT_I4, -1, VT_UI4, L"4294967295"}, // of one width: bits stay
+        {VT_UI2, 65535, VT_I2, L"-1"},
+        {VT_I8, 4294967296, VT_UI4, nullptr},
+        {VT_I8, std::numeric_limits<LONGLONG>::min(), VT_I8, L"-9223372036854775808"},
+        {VT_UI8, -1, VT_UI8, L"18446744073709551615"},
+        {VT_UI8, -1, VT_R8, L"1.84467440737096E+19"},
+        {VT_INT, -5, VT_I1, L"-5"},
+        {VT_BOOL, -1, VT_UI2, L"65535"},
+        {VT_BOOL, -1, VT_I4, L"-1"},
+        {VT_I4, 77, VT_BOOL, L"-1"},
+        {VT_EMPTY, 0, VT_I4, L"0"},
+        {VT_EMPTY, 0, VT_BSTR, L""},
+    };
+    for (const auto& row : rows) {
+        Value number(row.from, row.number);
+        const HRESULT result = number.ChangeTo(row.to);
+        ASSERT_EQ(result, row.text == nullptr ? DISP_E_OVERFLOW : S_OK)
+            << row.from << " " << row.number << " to " << row.to;
+        if (row.text != nullptr) {
+            ASSERT_EQ(number.ChangeTo(VT_BSTR), S_OK);
+            EXPECT_EQ(number.Text(), row.text);
+        }
+    }
+    Value nothing(VT_NULL, 0);
+    EXPECT_EQ(nothing.ChangeTo(VT_I4), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(nothing.ChangeTo(VT_NULL), S_OK);
+}
+
+TEST(Variant, BooleansHaveWordsOnDemand) {
+    Value number(VT_BOOL, VARIANT_TRUE);
+    ASSERT_EQ(number.ChangeTo(VT_BSTR), S_OK);
+    EXPECT_EQ(number.Text(), L"-1");
+    Value word(VT_BOOL, VARIANT_FALSE);
+    ASSERT_EQ(word.ChangeTo(VT_BSTR, VARIANT_ALPHABOOL), S_OK);
+    EXPECT_EQ(word.Text(), L"False");
+    ASSERT_EQ(word.ChangeTo(VT_BOOL), S_OK);
+    EXPECT_EQ(word->boolVal, VARIANT_FALSE);
+}
+
+TEST(Variant, TextIsReadAsNumbers) {
+    const struct {
+        const wchar_t* text;
+        VARTYPE kind;
+        HRESULT result;
+        double number;
+    } rows[] = {
+        {L"", VT_I4, DISP_E_TYPEMISMATCH, 0},
+        {L" ", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L"12abc", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L"1 2", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L"1.2.3", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L"--12", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L"1e", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L".", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L"INF", VT_R8, DISP_E_TYPEMISMATCH, 0},
+        {L"0x10", VT_I4, DISP_E_TYPEMISMATCH, 0},
+        {L"&O8", VT_I4, DISP_E_TYPEMISMATCH, 0},
+        {L"yes", VT_BOOL, DISP_E_TYPEMISMATCH, 0},
+        {L"True", VT_I4, DISP_E_TYPEMISMATCH, 0},
+        {L"1e400", VT_R8, DISP_E_OVERFLOW, 0},
+        {L"3.4e39", VT_R4, DISP_E_OVERFLOW, 0},
+        {L"256", VT_UI1, DISP_E_OVERFLOW, 0},
+        {L"-1", VT_UI4, DISP_E_OVERFLOW, 0},
+        {L"2147483648", VT_I4, DISP_E_OVERFLOW, 0},
+        {L"99999999999999999999", VT_I8, DISP_E_OVERFLOW, 0},
+        {L"\t12\n", VT_I4, S_OK, 12},
+        {L"- 12", VT_I4, S_OK, -12},
+        {L"12-", VT_I4, S_OK, -12},
+        {L"+.5", VT_R8, S_OK, 0.5},
+        {L"5.", VT_R8, S_OK, 5},
+        {L"1E+3", VT_R8, S_OK, 1000},
+        {L"1e-400", VT_R8, S_OK, 0},
+        {L"5e-324", VT_R8, S_OK, 5e-324},
+        {L"0.30000000000000004", VT_R8, S_OK, 0.30000000000000004},
+        {L"1,234.5", VT_R8, S_OK, 1234.5},
+        {L"1.5", VT_I4, S_OK, 2},
+        {L"2.5", VT_I4, S_OK, 2},
+        {L"9007199254740993", VT_I8, S_OK, 9007199254740992.0},
+        {L"&H1f", VT_I4, S_OK, 31},
+        {L"&O17", VT_I4, S_OK, 15},
+        {L"true", VT_BOOL, S_OK, -1},
+        {L"#FALSE#", VT_BOOL, S_OK, 0},
+        {L"-0.4", VT_BOOL, S_OK, -1},
+    };
+    for (const auto& row : rows) {
+        Value value(row.text);
+        ASSERT_EQ(value.ChangeTo(row.kind), row.result) << row.text << " to " << row.kind;
+        if (row.result == S_OK) {
+            ASSERT_EQ(value.ChangeTo(VT_R8), S_OK);
+            EXPECT_EQ(value->dblVal, row.number) << row.text;
+        }
+    }
+    Value exact(L"9007199254740993");
+    ASSERT_EQ(exact.ChangeTo(VT_I8), S_OK);
+    EXPECT_EQ(exact->llVal, 9007199254740993);
+}
+
+TEST(Variant, ReferencesAreFollowedAndCopiedAsTheyAre) {
+    LONG number = 65;
+    Value reference;
+    reference->vt = VT_I4 | VT_BYREF;
+    reference->plVal = &number;
+    Value target;
+    ASSERT_EQ(VariantChangeType(&target, &reference, 0, VT_BSTR), S_OK);
+    EXPECT_EQ(target.Text(), L"65");
+    ASSERT_EQ(VariantCopy(&target, &reference), S_OK);
+    EXPECT_EQ(target->plVal, &number);
+}
+
+TEST(Variant, DecimalPointHoldsInEnglishAndNeutralLocales) {
+    for (const LCID locale : {0x7FU, 0x409U}) {
+        Value number(1.5);
+        ASSERT_EQ(VariantChangeTypeEx(&number, &number, locale, 0, VT_BSTR), S_OK);
+        EXPECT_EQ(number.Text(), L"1.5");
+    }
+}
+
+#ifndef _WIN32
+TEST(Variant, RefusesWhatItDoesNotSupport) {
+    Value number(1.5);
+    EXPECT_EQ(VariantChangeTypeEx(&number, &number, 0x407, 0, VT_BSTR), E_INVALIDARG);
+    EXPECT_EQ(number.ChangeTo(VT_BSTR, 8), E_INVALIDARG);
+    EXPECT_EQ(number.ChangeTo(VT_CY), DISP_E_TYPEMISMATCH);
+    ASSERT_EQ(number.ChangeTo(VT_DATE), S_OK);
+    EXPECT_EQ(number.ChangeTo(VT_BSTR), DISP_E_TYPEMISMATCH);
+    Value notANumber(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(notANumber.ChangeTo(VT_I4), DISP_E_OVERFLOW);
+}
+#endif
