@@ -4,8 +4,9 @@
 //
 // with a = c0, the "instrumental term", and b = c1, the "mixing term". Both are in units of x.
 //
-// The derivatives are on purpose not the true ones: where y has b ln 2, that of d[0] has a ln 2, and the terms that come from
-// erfc carry other signs and factors. Fits are steered by these numbers and agree with stored results.
+// The derivatives are on purpose not the true ones: where y has b ln 2, that of d[0] has a ln 2, and the
+// terms that come from erfc carry other signs and factors. Fits are steered by these numbers and agree with
+// stored results.
 //
 // The covariance stays empty until a fit or SetCovarianceMatrix fills it; an error bar before that is 0.0.
 // Threads: one object, one thread at a time.

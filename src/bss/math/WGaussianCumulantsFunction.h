@@ -1,8 +1,8 @@
-// WGaussianCumulantsFunction: the correlogram's decay for a Gaussian distribution of decay rates, cut off at
-// rate 0,
+// WGaussianCumulantsFunction: the correlogram's decay for a Gaussian distribution of decay rates that is cut
+// off at rate 0,
 //
-//     y = c0 + c1 h(x)^2,   h(x) = exp(S^2 x^2 / 2 - L x) erfc((x S - L / S) / sqrt 2) / erfc(-L / (S sqrt
-//     2))
+//     y = c0 + c1 h(x)^2
+//     h(x) = exp(S^2 x^2 / 2 - L x) erfc((x S - L / S) / sqrt 2) / erfc(-L / (S sqrt 2))
 //
 // with x the lag time, c0 the baseline, c1 the amplitude, L = c2^2 the distribution's center and S = c3^2 its
 // width (standard deviation), both in units of 1/x. c2 and c3 are their roots, so that a fit can't make them
@@ -11,8 +11,8 @@
 // After a fit the first and second cumulant (mean and variance) of the cut-off distribution are reported,
 // with factors that turn the errors of L and S into theirs.
 //
-// A new object has four coefficients of 0.0 and a covariance of 4 by 4 zeros. An argument of erfc that is NaN
-// gives NaN. Threads: one object, one thread at a time.
+// The derivatives are the true ones. A new object has four coefficients of 0.0 and a covariance of 4 by 4
+// zeros. An argument of erfc that is NaN gives NaN. Threads: one object, one thread at a time.
 
 #ifndef BSS_MATH_WGAUSSIANCUMULANTSFUNCTION_H
 #define BSS_MATH_WGAUSSIANCUMULANTSFUNCTION_H
@@ -37,7 +37,7 @@ public:
     void ComputeDerivatives(double x, std::vector<double>& derivatives) override;
 
     /// exp(S^2 t^2 / 2 - L t) erfc(z) with z = (t S - L / S) / sqrt 2; 0.0 if S is exactly 0.0.
-    //
+    ///
     /// For |z| above 10, where the product would overflow, four terms of the asymptotic series of erfc are
     /// used instead (Abramowitz and Stegun 7.1.23). That holds above 10; below -10 erfc tends to 2 and the
     /// series does not, so the result there is small where the true value is near 2 exp(S^2 t^2 / 2 - L t).

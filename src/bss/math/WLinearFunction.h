@@ -1,4 +1,4 @@
-// WLinearFunction: a model that is linear in its coefficients, y = sum of c[i] * b[i](x) with basis functions
+// WLinearFunction: a model that is linear in its coefficients, the sum of c[i] * b[i](x) over basis functions
 // b.
 //
 // A derived class implements BasisFunctionEvaluation, which fills m_BasisFunctions with the values of the

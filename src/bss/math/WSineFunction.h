@@ -2,12 +2,12 @@
 //
 //     y = c0 + c1^2 sin(c2^2 x + c3)
 //
-// | coefficient | name    | meaning                                              |
-// |-------------|---------|------------------------------------------------------|
-// | 0           | "A0"    | mean                                                 |
-// | 1           | "A1"    | root of the amplitude                                |
+// | coefficient | name    | meaning                                               |
+// |-------------|---------|-------------------------------------------------------|
+// | 0           | "A0"    | mean                                                  |
+// | 1           | "A1"    | root of the amplitude                                 |
 // | 2           | "omega" | root of the angular frequency, in radians a unit of x |
-// | 3           | "phi"   | phase in radians                                     |
+// | 3           | "phi"   | phase in radians                                      |
 //
 // d[1] is 2 sin(c2^2 x + c3), on purpose without the factor c1 of the true derivative; fits are steered by it
 // and agree with stored results. The others are the true ones.
