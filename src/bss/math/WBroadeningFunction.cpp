@@ -17,11 +17,11 @@ constexpr double cSqrt2 = 1.4142135623730951;
 constexpr double cSqrtPi = 1.772453850905516;
 
 std::array<double, cCoefficients> NonZeroCoefficients(const std::vector<double>& coefficients) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(coefficients);
+    const detail::Coefficients<cCoefficients> c(coefficients);
     if (c[0] == 0.0 || c[1] == 0.0) {
         throw WNEDivideByZero();
     }
-    return c;
+    return {c[0], c[1]};
 }
 
 // y, with the two values that the derivatives need again.

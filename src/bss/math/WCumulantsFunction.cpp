@@ -22,7 +22,7 @@ WCumulantsFunction& WCumulantsFunction::operator=(const WCumulantsFunction& othe
 WCumulantsFunction::~WCumulantsFunction() = default;
 
 double WCumulantsFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double q = x * x * c[3] * 0.5 + 1.0;
     const double e = std::exp(c[2] * c[2] * -2.0 * x);
     return e * c[1] * (q * q) + c[0];
@@ -37,7 +37,7 @@ std::wstring WCumulantsFunction::GetCoefficientName(long index) const {
 }
 
 void WCumulantsFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double x2 = x * x;
     const double q = x2 * c[3] * 0.5 + 1.0;
     const double e = std::exp(c[2] * c[2] * -2.0 * x);

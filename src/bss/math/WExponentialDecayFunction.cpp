@@ -22,7 +22,7 @@ WExponentialDecayFunction::operator=(const WExponentialDecayFunction& other) = d
 WExponentialDecayFunction::~WExponentialDecayFunction() = default;
 
 double WExponentialDecayFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double timeConstant = c[3] == 0.0 ? cTiny : c[3];
     const double z = (x - c[2]) / timeConstant;
     return std::exp(-z) * c[1] + c[0];
@@ -33,7 +33,7 @@ WFunction* WExponentialDecayFunction::clone() const {
 }
 
 void WExponentialDecayFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double timeConstant = c[3] == 0.0 ? cTiny : c[3];
     const double z = (x - c[2]) / timeConstant;
     const double e = std::exp(-z);

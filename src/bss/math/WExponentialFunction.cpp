@@ -25,7 +25,7 @@ WExponentialFunction& WExponentialFunction::operator=(const WExponentialFunction
 WExponentialFunction::~WExponentialFunction() = default;
 
 double WExponentialFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     if (c[2] == 0.0) {
         return 0.0;
     }
@@ -42,7 +42,7 @@ std::wstring WExponentialFunction::GetCoefficientName(long index) const {
 }
 
 void WExponentialFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     if (c[2] == 0.0) {
         derivatives.assign(m_Coefficients.size(), 0.0);
         return;

@@ -22,7 +22,7 @@ WFermiDiracFunction& WFermiDiracFunction::operator=(const WFermiDiracFunction& o
 WFermiDiracFunction::~WFermiDiracFunction() = default;
 
 double WFermiDiracFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double width = c[2] == 0.0 ? cTiny : c[2];
     const double z = (x - c[1]) / width;
     return (1.0 - 1.0 / (std::exp(z) + 1.0)) * c[0];
@@ -37,7 +37,7 @@ std::wstring WFermiDiracFunction::GetCoefficientName(long index) const {
 }
 
 void WFermiDiracFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double width = c[2] == 0.0 ? cTiny : c[2];
     const double z = (x - c[1]) / width;
     const double p = std::exp(z);

@@ -57,7 +57,7 @@ WGaussianCumulantsFunction::operator=(const WGaussianCumulantsFunction& other) =
 WGaussianCumulantsFunction::~WGaussianCumulantsFunction() = default;
 
 double WGaussianCumulantsFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double L = c[2] * c[2];
     const double S = GuardedWidth(c[3] * c[3]);
     const double e0 = detail::Erfc(-L / (S * cSqrt2));
@@ -74,7 +74,7 @@ std::wstring WGaussianCumulantsFunction::GetCoefficientName(long index) const {
 }
 
 void WGaussianCumulantsFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double L = c[2] * c[2];
     const double S = GuardedWidth(c[3] * c[3]);
     const double e0 = detail::Erfc(-L / (S * cSqrt2));

@@ -13,15 +13,15 @@ constexpr double cHalfWidthPerFullWidth = 0.60056120439;
 constexpr double cTiny = 1e-100;
 constexpr double cCut = 25.0;
 
-std::array<double, cCoefficients> CoefficientsWithWidth(std::vector<double>& coefficients) {
-    auto c = detail::FirstCoefficients<cCoefficients>(coefficients);
-    if (c[2] == 0.0) {
-        c[2] = cTiny;
-        if (coefficients.size() > 2) {
-            coefficients[2] = cTiny;
-        }
+void MendZeroWidth(std::vector<double>& coefficients) {
+    if (coefficients.size() > 2 && coefficients[2] == 0.0) {
+        coefficients[2] = cTiny;
     }
-    return c;
+}
+
+// Of coefficients that lack it, the width is the tiny one too.
+double WidthOf(const detail::Coefficients<cCoefficients>& c) {
+    return c[2] == 0.0 ? cTiny : c[2];
 }
 
 double Peak(double u) {
@@ -39,8 +39,10 @@ WGaussianFunction& WGaussianFunction::operator=(const WGaussianFunction& other) 
 WGaussianFunction::~WGaussianFunction() = default;
 
 double WGaussianFunction::Evaluate(double x) {
-    const auto c = CoefficientsWithWidth(m_Coefficients);
-    const double u = (x - c[1]) / (c[2] * cHalfWidthPerFullWidth);
+    MendZeroWidth(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const double width = WidthOf(c);
+    const double u = (x - c[1]) / (width * cHalfWidthPerFullWidth);
     return c[0] * Peak(u) + c[3] + c[4] * x;
 }
 
@@ -66,13 +68,15 @@ std::wstring WGaussianFunction::GetCoefficientName(long index) const {
 }
 
 void WGaussianFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = CoefficientsWithWidth(m_Coefficients);
-    const double halfWidth = c[2] * cHalfWidthPerFullWidth;
+    MendZeroWidth(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const double width = WidthOf(c);
+    const double halfWidth = width * cHalfWidthPerFullWidth;
     const double u = (x - c[1]) / halfWidth;
     const double g = Peak(u);
     const double w = 2.0 * c[0] * g * u;
     detail::StoreDerivatives<cCoefficients>(derivatives, cCoefficients,
-                                            {g, w / halfWidth, (w * u) / c[2], 1.0, x});
+                                            {g, w / halfWidth, (w * u) / width, 1.0, x});
 }
 
 void WGaussianFunction::SetFunctionType() {

@@ -24,7 +24,7 @@ WSimpleExponentialDecayFunction::operator=(const WSimpleExponentialDecayFunction
 WSimpleExponentialDecayFunction::~WSimpleExponentialDecayFunction() = default;
 
 double WSimpleExponentialDecayFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     return std::exp(-(x / c[2])) * c[1] + c[0];
 }
 
@@ -37,7 +37,7 @@ std::wstring WSimpleExponentialDecayFunction::GetCoefficientName(long index) con
 }
 
 void WSimpleExponentialDecayFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double e = std::exp(-(x / c[2]));
     detail::StoreDerivatives<cCoefficients>(derivatives, m_Coefficients.size(),
                                             {1.0, e, c[1] * x * e / (c[2] * c[2])});

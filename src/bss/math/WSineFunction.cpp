@@ -21,7 +21,7 @@ WSineFunction& WSineFunction::operator=(const WSineFunction& other) = default;
 WSineFunction::~WSineFunction() = default;
 
 double WSineFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double a = c[2] * c[2] * x + c[3];
     return std::sin(a) * (c[1] * c[1]) + c[0];
 }
@@ -46,7 +46,7 @@ std::wstring WSineFunction::GetCoefficientName(long index) const {
 }
 
 void WSineFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double a = c[2] * c[2] * x + c[3];
     const double v = std::cos(a) * (c[1] * c[1]);
     detail::StoreDerivatives<cCoefficients>(derivatives, cCoefficients,

@@ -59,7 +59,7 @@ WTriangleDitherFitFunction::WTriangleDitherFitFunction(const WTriangleDitherFitF
 WTriangleDitherFitFunction::~WTriangleDitherFitFunction() = default;
 
 double WTriangleDitherFitFunction::Evaluate(double x) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double W = stageWidth(whatStage(x));
     const double h = W * 0.5;
     const double A = c[1] * c[1];
@@ -93,7 +93,7 @@ std::wstring WTriangleDitherFitFunction::GetCoefficientName(long index) const {
 }
 
 void WTriangleDitherFitFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const auto c = detail::FirstCoefficients<cCoefficients>(m_Coefficients);
+    const detail::Coefficients<cCoefficients> c(m_Coefficients);
     const double W = stageWidth(whatStage(x));
     const double h = W * 0.5;
     const double A = c[1] * c[1];

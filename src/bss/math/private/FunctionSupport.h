@@ -13,18 +13,27 @@
 
 namespace bss::detail {
 
-// The first N coefficients. SetCoefficients takes a vector of any length, so one may be missing: it counts as
-// 0.0, as WFunction::GetCoefficient has it.
+// The first N coefficients, read in place. SetCoefficients takes a vector of any length, so one may be
+// missing: it counts as 0.0, as WFunction::GetCoefficient has it.
 template <std::size_t N>
-inline std::array<double, N> FirstCoefficients(const std::vector<double>& coefficients) {
-    std::array<double, N> first{};
-    if (coefficients.size() >= N) [[likely]] {
-        std::copy_n(coefficients.begin(), N, first.begin());
-    } else {
-        std::copy(coefficients.begin(), coefficients.end(), first.begin());
+class Coefficients {
+public:
+    explicit Coefficients(const std::vector<double>& coefficients) : m_pFirst(coefficients.data()) {
+        if (coefficients.size() < N) [[unlikely]] {
+            m_Padded.fill(0.0);
+            std::copy(coefficients.begin(), coefficients.end(), m_Padded.begin());
+            m_pFirst = m_Padded.data();
+        }
     }
-    return first;
-}
+    Coefficients(const Coefficients&) = delete;
+    Coefficients& operator=(const Coefficients&) = delete;
+
+    double operator[](std::size_t index) const { return m_pFirst[index]; }
+
+private:
+    const double* m_pFirst;
+    std::array<double, N> m_Padded; // set only where m_pFirst points to it
+};
 
 // Makes derivatives as long as there are coefficients: the values first, 0.0 behind them.
 template <std::size_t N>
