@@ -1,0 +1,98 @@
+#include "Models.h"
+
+#include "bss/math/WCumulantsFunction.h"
+#include "bss/math/WGaussianCumulantsFunction.h"
+#include "bss/math/WSimpleExponentialDecayFunction.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace correlogram {
+
+namespace {
+
+double StandardError(const Matrix& covariance, std::size_t i) {
+    return std::sqrt(std::max(0.0, covariance[i][i]));
+}
+
+template <class Function>
+std::unique_ptr<bss::WFunction> Make() {
+    return std::make_unique<Function>();
+}
+
+// The intensity correlation decays with twice the rate of the field: time constant = 1 / (2 rate).
+Distribution OfExponential(const bss::WFunction& function, const Matrix& covariance) {
+    const double tau = function.GetCoefficient(2);
+    const double rate = 1.0 / (2.0 * tau);
+    return {{rate, rate * StandardError(covariance, 2) / std::abs(tau)}, std::nullopt};
+}
+
+// Coefficient 2 is the root r of the decay rate, coefficient 3 the second moment m: rate = r^2, index p = m /
+// r^4.
+Distribution OfCumulants(const bss::WFunction& function, const Matrix& covariance) {
+    const double root = function.GetCoefficient(2);
+    const double moment = function.GetCoefficient(3);
+    const double rate = root * root;
+    const double byMoment = 1.0 / (rate * rate);
+    const double byRoot = -4.0 * moment / (rate * rate * root);
+    const double variance = byRoot * byRoot * covariance[2][2] + 2.0 * byRoot * byMoment * covariance[2][3] +
+                            byMoment * byMoment * covariance[3][3];
+    return {{rate, 2.0 * std::abs(root) * StandardError(covariance, 2)},
+            Measured{moment * byMoment, std::sqrt(std::max(0.0, variance))}};
+}
+
+// Coefficients 2 and 3 are the roots of centre and width; the function itself knows the cumulants of the
+// distribution, which is cut off at zero, and how the errors of centre and width go into them: by their
+// absolute values.
+Distribution OfGaussianCumulants(const bss::WFunction& function, const Matrix& covariance) {
+    const auto& gaussian = dynamic_cast<const bss::WGaussianCumulantsFunction&>(function);
+    const double centreError = 2.0 * std::abs(gaussian.GetCoefficient(2)) * StandardError(covariance, 2);
+    const double widthError = 2.0 * std::abs(gaussian.GetCoefficient(3)) * StandardError(covariance, 3);
+    const double first = gaussian.GetFirstCumulant();
+    const double firstError = gaussian.GetErrorFirstCumulant(centreError, widthError);
+    const double second = gaussian.GetSecondCumulant();
+    const double secondError = gaussian.GetErrorSecondCumulant(centreError, widthError);
+    const double index = second / (first * first);
+    return {{first, firstError},
+            Measured{index,
+                     secondError / (first * first) + 2.0 * std::abs(index) * firstError / std::abs(first)}};
+}
+
+} // namespace
+
+const std::array<Model, 3>& Models() {
+    static const std::array<Model, 3> models{{
+        {"exponential",
+         &Make<bss::WSimpleExponentialDecayFunction>,
+         {{"baseline", 0.0}, {"amplitude", 0.0}, {"time constant (s)", 1.0}},
+         [](const Start& start) {
+             return std::vector{start.baseline, start.amplitude, 1.0 / (2.0 * start.decayRate)};
+         },
+         &OfExponential},
+        {"cumulants",
+         &Make<bss::WCumulantsFunction>,
+         {{"baseline", 0.0},
+          {"amplitude", 0.0},
+          {"root of decay rate (s^-1/2)", -0.5},
+          {"second moment (s^-2)", -2.0}},
+         [](const Start& start) {
+             return std::vector{start.baseline, start.amplitude, std::sqrt(start.decayRate),
+                                start.secondMoment};
+         },
+         &OfCumulants},
+        {"gaussian-cumulants",
+         &Make<bss::WGaussianCumulantsFunction>,
+         {{"baseline", 0.0},
+          {"amplitude", 0.0},
+          {"root of centre rate (s^-1/2)", -0.5},
+          {"root of width (s^-1/2)", -0.5}},
+         [](const Start& start) {
+             return std::vector{start.baseline, start.amplitude, std::sqrt(start.decayRate),
+                                std::sqrt(std::sqrt(start.secondMoment))};
+         },
+         &OfGaussianCumulants},
+    }};
+    return models;
+}
+
+} // namespace correlogram

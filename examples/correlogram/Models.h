@@ -1,0 +1,53 @@
+// The three model functions as this program uses them: where to start, what the coefficients mean, what
+// follows from them.
+
+#ifndef CORRELOGRAM_MODELS_H
+#define CORRELOGRAM_MODELS_H
+
+#include "TextFormat.h"
+
+#include "bss/math/WFunction.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace correlogram {
+
+// What a first look at the data says, in a unit of time of the caller's choice.
+struct Start {
+    double baseline;
+    double amplitude;
+    double decayRate;    // of the field correlation, above zero
+    double secondMoment; // of the distribution of decay rates, above zero
+};
+
+using Matrix = std::vector<std::vector<double>>;
+
+struct Distribution {
+    Measured decayRate;                     // mean of the distribution
+    std::optional<Measured> polydispersity; // second moment about the mean, divided by the mean squared
+};
+
+struct ModelCoefficient {
+    const char* meaning;
+    double timePower; // a coefficient in seconds is the one in another unit times that unit to this power
+};
+
+struct Model {
+    const char* name;
+    std::unique_ptr<bss::WFunction> (*makeFunction)();
+    std::vector<ModelCoefficient> coefficients;
+    std::vector<double> (*startingValues)(const Start&);
+    // From the fitted function and the covariance of its coefficients (the matrix whose diagonal holds the
+    // squares of their standard errors).
+    Distribution (*distribution)(const bss::WFunction&, const Matrix&);
+};
+
+// Exponential, cumulants, Gaussian cumulants.
+const std::array<Model, 3>& Models();
+
+} // namespace correlogram
+
+#endif

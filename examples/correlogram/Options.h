@@ -1,0 +1,41 @@
+// The command line.
+
+#ifndef CORRELOGRAM_OPTIONS_H
+#define CORRELOGRAM_OPTIONS_H
+
+#include <string>
+#include <vector>
+
+namespace correlogram {
+
+// How the curve was measured. The defaults are those of water at 293.15 K in the light of a helium-neon
+// laser.
+struct Conditions {
+    double wavelength = 632.8e-9;   // of the light in vacuum, metres
+    double angle = 90.0;            // of scattering, degrees
+    double temperature = 293.15;    // kelvin
+    double viscosity = 1.0016e-3;   // of the solvent, pascal seconds
+    double refractiveIndex = 1.332; // of the solvent
+};
+
+struct Options {
+    std::string file;      // measured curve; all paths are UTF-8, as given
+    std::string sigmaFile; // empty: every point has the same weight
+    std::string plotFile;  // empty: no plot
+    Conditions conditions;
+    double firstLag = 0.0; // seconds; 0 means from the first point on
+    bool json = false;
+    bool verbose = false;
+    bool help = false; // nothing else is checked then
+};
+
+// Reads the arguments behind the program's name. An option's value follows as next argument or behind '='.
+// Throws InputError for an unknown option, a missing or impossible value, no file or several.
+Options ParseOptions(const std::vector<std::string>& arguments);
+
+// What --help prints, defaults and units included.
+std::string HelpText();
+
+} // namespace correlogram
+
+#endif

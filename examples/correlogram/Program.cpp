@@ -1,0 +1,91 @@
+#include "Program.h"
+
+#include "Analysis.h"
+#include "InputError.h"
+#include "Options.h"
+#include "Plot.h"
+#include "Report.h"
+
+#include "bss/exception/WFileEventLog.h"
+
+#include <filesystem>
+#include <sstream>
+
+namespace correlogram {
+
+namespace {
+
+// A chain of failures as the event log shows it.
+std::string LogText(const bss::WNestedException& failure) {
+    std::wostringstream text;
+    bss::WFileEventLog log(text, L"correlogram");
+    failure.Log(log);
+    // A path is the standard library's way from wide text to UTF-8.
+    const std::u8string utf8 = std::filesystem::path(text.str()).u8string();
+    return {utf8.begin(), utf8.end()};
+}
+
+// A plot in the place of a measured file would destroy it.
+void RefuseToOverwrite(const Options& options) {
+    for (const std::string& input : {options.file, options.sigmaFile}) {
+        std::error_code ignored;
+        if (!options.plotFile.empty() && !input.empty() &&
+            std::filesystem::equivalent(PathOf(input), PathOf(options.plotFile), ignored)) {
+            throw InputError("The plot " + Quote(options.plotFile) + " would overwrite the measured file " +
+                             Quote(input) + ".");
+        }
+    }
+}
+
+Analysis ReadAndAnalyse(const Options& options) {
+    Curve curve = ReadCurve(options.file);
+    if (!options.sigmaFile.empty()) {
+        ReadSigma(options.sigmaFile, curve);
+    }
+    return Analyse(std::move(curve), options.conditions, options.firstLag);
+}
+
+int RunChecked(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors) {
+    const Options options = ParseOptions(arguments);
+    if (options.help) {
+        output << HelpText() << std::flush;
+        return kSuccess;
+    }
+    RefuseToOverwrite(options);
+    const Analysis analysis = ReadAndAnalyse(options);
+    if (options.verbose) {
+        errors << VerboseReport(analysis);
+    }
+    if (!options.plotFile.empty()) {
+        SaveWhole(options.plotFile, DrawPlot(analysis));
+    }
+    output << (options.json ? JsonReport(analysis) : TableReport(analysis)) << std::flush;
+    if (!output) {
+        throw InputError("The result cannot be written to the output.");
+    }
+    for (const FitResult& fit : analysis.fits) {
+        if (!fit.HasConverged()) {
+            errors << LogText(*fit.failure);
+        }
+    }
+    return analysis.HasConverged() ? kSuccess : kFitFailed;
+}
+
+} // namespace
+
+int Run(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors) noexcept {
+    try {
+        return RunChecked(arguments, output, errors);
+    } catch (const InputError& error) {
+        errors << "correlogram: " << error.what() << std::endl;
+        return kBadInput;
+    } catch (const bss::WNestedException& failure) {
+        errors << LogText(failure) << std::flush;
+        return kFitFailed;
+    } catch (const std::exception& error) {
+        errors << "correlogram: " << error.what() << std::endl;
+        return kFitFailed;
+    }
+}
+
+} // namespace correlogram
