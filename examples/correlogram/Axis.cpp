@@ -29,11 +29,11 @@ LinearAxis::LinearAxis(double lowest, double highest, double paperAtLowest, doub
     : m_fPaperAtLowest(paperAtLowest), m_fPaperAtHighest(paperAtHighest) {
     const double span =
         std::max(highest - lowest, 1e-12 * std::max({1e-3, std::abs(lowest), std::abs(highest)}));
+    m_fLowest = lowest - 0.05 * span;
+    m_fHighest = highest + 0.05 * span;
     const double step = StepFor(span);
-    const double first = std::floor((lowest - 0.02 * span) / step);
-    const double last = std::ceil((highest + 0.02 * span) / step);
-    m_fLowest = first * step;
-    m_fHighest = last * step;
+    const double first = std::ceil(m_fLowest / step);
+    const double last = std::floor(m_fHighest / step);
     const int decimals = std::clamp(static_cast<int>(-std::floor(std::log10(step) + 1e-9)), 0, 12);
     for (double i = first; i <= last; i += 1.0) {
         const double value = i * step;

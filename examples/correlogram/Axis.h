@@ -16,7 +16,7 @@ struct Tick {
 // A straight scale from one value to another, drawn from one place on the paper to another.
 class LinearAxis {
 public:
-    // Takes in both values with a little room, and ends on marks.
+    // Takes in both values with a little room.
     LinearAxis(double lowest, double highest, double paperAtLowest, double paperAtHighest);
 
     double Place(double value) const;

@@ -24,10 +24,12 @@ struct Look {
     const char* colour; // told apart with every kind of colour vision (Okabe and Ito)
     const char* dashes;
     const char* width;
+    double dot; // radius of a residual
 };
 
 // Wider lines lie below, so that curves on top of one another all stay visible.
-constexpr Look kLooks[] = {{"#0072b2", "none", "4.5"}, {"#e69f00", "none", "2.4"}, {"#a0006e", "7 6", "2"}};
+constexpr Look kLooks[] = {
+    {"#0072b2", "none", "3.6", 2.0}, {"#e69f00", "none", "2", 3.2}, {"#a0006e", "6 5", "2", 1.7}};
 
 std::string Number(double value) {
     return FormatFixed(std::isfinite(value) ? std::clamp(value, -1e5, 1e5) : -1e5, 2);
@@ -100,7 +102,7 @@ public:
                Rect(kLeft, kResidualTop, kRight, kBottom, "") + "</clipPath>\n</defs>\n" +
                Rect(0, 0, kWidth, kHeight, "fill=\"#ffffff\"") + Heading() +
                Panel(m_Signal, kTop, kMainBottom) + Panel(m_Residual, kResidualTop, kBottom) + LagLabels() +
-               "<g clip-path=\"url(#main)\">\n" + Curves() + Points() +
+               "<g clip-path=\"url(#main)\">\n" + Points() + Curves() +
                "</g>\n<g clip-path=\"url(#residuals)\">\n" + ResidualPoints() + "</g>\n" + Frames() +
                Legend() + "</svg>\n";
     }
@@ -184,9 +186,8 @@ private:
         return text +
                Text((kLeft + kRight) / 2, kBottom + 52, "text-anchor=\"middle\" font-size=\"16\"",
                     "lag time (s)") +
-               Upright(
-                   (kTop + kMainBottom) / 2,
-                   "g<tspan dy=\"4\" font-size=\"11\">2</tspan><tspan dy=\"-4\"> \xE2\x88\x92 1</tspan>") +
+               Upright((kTop + kMainBottom) / 2, "g<tspan dy=\"4\" font-size=\"11\">2</tspan><tspan "
+                                                 "dy=\"-4\">\xC2\xA0\xE2\x88\x92 1</tspan>") +
                Upright((kResidualTop + kBottom) / 2, residualUnit);
     }
 
@@ -199,7 +200,7 @@ private:
         std::string text;
         for (std::size_t i = 0; i < m_Analysis.curve.lag.size(); ++i) {
             text +=
-                Circle(m_Lag.Place(m_Analysis.curve.lag[i]), m_Signal.Place(m_Analysis.curve.signal[i]), 2.6,
+                Circle(m_Lag.Place(m_Analysis.curve.lag[i]), m_Signal.Place(m_Analysis.curve.signal[i]), 3.2,
                        IsFitted(i) ? "fill=\"none\" stroke=\"#222222\"" : "fill=\"none\" stroke=\"#aaaaaa\"");
         }
         return text;
@@ -241,7 +242,7 @@ private:
                 const double x = m_Lag.Place(m_Analysis.curve.lag[m_Analysis.first + i]);
                 const double y = m_Residual.Place(m_Residuals[k][i]);
                 path += (i == 0 ? "M" : "L") + Number(x) + "," + Number(y);
-                points += Circle(x, y, 2.0, std::string("fill=\"") + kLooks[k].colour + "\"");
+                points += Circle(x, y, kLooks[k].dot, std::string("fill=\"") + kLooks[k].colour + "\"");
             }
             text += path.empty()
                         ? ""
@@ -253,7 +254,7 @@ private:
 
     // In the corner of the main panel, upper right or lower left, that covers fewer points.
     std::string Legend() const {
-        constexpr double kLegendWidth = 330.0;
+        constexpr double kLegendWidth = 384.0;
         constexpr double kRow = 22.0;
         const double height = kRow * static_cast<double>(m_Analysis.fits.size() + 1) + 14.0;
         const auto pointsInside = [&](double left, double top) {
@@ -275,7 +276,7 @@ private:
         std::string text = Rect(left, top, left + kLegendWidth, top + height,
                                 "fill=\"#ffffff\" fill-opacity=\"0.92\" stroke=\"#cccccc\" rx=\"4\"");
         double y = top + kRow;
-        text += Circle(left + 30, y - 5, 2.6, "fill=\"none\" stroke=\"#222222\"") +
+        text += Circle(left + 30, y - 5, 3.2, "fill=\"none\" stroke=\"#222222\"") +
                 Text(left + 60, y, "",
                      "measured, " + std::to_string(m_Analysis.count) + " of " +
                          std::to_string(m_Analysis.curve.lag.size()) + " points fitted");
@@ -293,7 +294,7 @@ private:
             return ": failed";
         }
         const Measured nanometres{fit.radius->value * 1e9, fit.radius->error * 1e9};
-        return ": R<tspan dy=\"4\" font-size=\"10\">h</tspan><tspan dy=\"-4\"> = " +
+        return ": R<tspan dy=\"4\" font-size=\"10\">h</tspan><tspan dx=\"5\" dy=\"-4\">= " +
                FormatMeasured(nanometres, " \xC2\xB1 ") + " nm</tspan>";
     }
 

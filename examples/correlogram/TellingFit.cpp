@@ -1,5 +1,7 @@
 #include "TellingFit.h"
 
+#include "bss/math/WFunction.h"
+
 namespace correlogram {
 
 int TellingFit::PerformFit() {

@@ -94,7 +94,7 @@ std::string FormatMeasured(const std::optional<Measured>& measured, const std::s
     }
     const int errorExponent = DecimalExponent(error, 2);
     const int exponent = std::max(DecimalExponent(value, 5), errorExponent);
-    if (exponent < -3 || exponent >= 5) {
+    if (exponent < -3 || exponent >= 5 || errorExponent >= 2) {
         const double scale = std::pow(10.0, exponent);
         const int decimals = std::clamp(exponent - errorExponent + 1, 1, 12);
         return "(" + FormatFixed(value / scale, decimals) + plusMinus + FormatFixed(error / scale, decimals) +
