@@ -210,7 +210,7 @@ void ReadResults(const Analysis& analysis, const Model& model, const TellingFit&
     DeriveSize(analysis, model.distribution(function, covariance), result);
 }
 
-FitResult RunFit(const Analysis& analysis, const Model& model, const FitData& data, const Start& start) {
+FitResult RunModel(const Analysis& analysis, const Model& model, const FitData& data, const Start& start) {
     FitResult result;
     result.name = model.name;
     result.function = model.makeFunction();
@@ -237,6 +237,15 @@ FitResult RunFit(const Analysis& analysis, const Model& model, const FitData& da
     }
     result.stopTest = fit.StopTest();
     result.iterations = fit.Iterations();
+    return result;
+}
+
+FitResult RunFit(const Analysis& analysis, const Model& model, const FitData& data, const Start& start) {
+    FitResult result = RunModel(analysis, model, data, start);
+    if (model.isOutOfRange != nullptr && model.isOutOfRange(*result.function)) {
+        result = RunModel(analysis, *model.replacement, data, start);
+        result.note = model.note;
+    }
     return result;
 }
 

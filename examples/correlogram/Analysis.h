@@ -47,6 +47,7 @@ struct FitResult {
     std::optional<Measured> diffusion;        // m^2/s
     std::optional<Measured> radius;           // m
     std::unique_ptr<bss::WFunction> function; // over the lag in seconds
+    std::string note;                         // what else a reader should know of this fit; may be empty
 
     std::unique_ptr<bss::WNestedException> failure; // the chain that ended the fit; null after success
 

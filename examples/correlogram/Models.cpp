@@ -1,5 +1,7 @@
 #include "Models.h"
 
+#include "NarrowGaussian.h"
+
 #include "bss/math/WCumulantsFunction.h"
 #include "bss/math/WGaussianCumulantsFunction.h"
 #include "bss/math/WSimpleExponentialDecayFunction.h"
@@ -58,9 +60,29 @@ Distribution OfGaussianCumulants(const bss::WFunction& function, const Matrix& c
                      secondError / (first * first) + 2.0 * std::abs(index) * firstError / std::abs(first)}};
 }
 
+// Of no measurable width.
+Distribution OfNarrowGaussian(const bss::WFunction& function, const Matrix& covariance) {
+    const double root = function.GetCoefficient(2);
+    return {{root * root, 2.0 * std::abs(root) * StandardError(covariance, 2)}, std::nullopt};
+}
+
+bool IsTooNarrow(const bss::WFunction& function) {
+    const double centre = function.GetCoefficient(2) * function.GetCoefficient(2);
+    const double width = function.GetCoefficient(3) * function.GetCoefficient(3);
+    return centre > NarrowGaussian::kLimit * width;
+}
+
 } // namespace
 
 const std::array<Model, 3>& Models() {
+    static const Model narrowGaussian{
+        "gaussian-cumulants",
+        &Make<NarrowGaussian>,
+        {{"baseline", 0.0}, {"amplitude", 0.0}, {"root of centre rate (s^-1/2)", -0.5}},
+        [](const Start& start) {
+            return std::vector{start.baseline, start.amplitude, std::sqrt(start.decayRate)};
+        },
+        &OfNarrowGaussian};
     static const std::array<Model, 3> models{{
         {"exponential",
          &Make<bss::WSimpleExponentialDecayFunction>,
@@ -90,7 +112,12 @@ const std::array<Model, 3>& Models() {
              return std::vector{start.baseline, start.amplitude, std::sqrt(start.decayRate),
                                 std::sqrt(std::sqrt(start.secondMoment))};
          },
-         &OfGaussianCumulants},
+         &OfGaussianCumulants,
+         &IsTooNarrow,
+         &narrowGaussian,
+         "The distribution of decay rates is narrower than gaussian-cumulants can tell from a single rate: "
+         "its width\n"
+         "was not fitted, but tied to the centre at a polydispersity of 0.006."},
     }};
     return models;
 }

@@ -43,6 +43,11 @@ struct Model {
     // From the fitted function and the covariance of its coefficients (the matrix whose diagonal holds the
     // squares of their standard errors).
     Distribution (*distribution)(const bss::WFunction&, const Matrix&);
+    // Whether a fit has run the function out of the range in which it can be computed. Then the other model
+    // takes its place, and the note says so. All null for a function without such a limit.
+    bool (*isOutOfRange)(const bss::WFunction&) = nullptr;
+    const Model* replacement = nullptr;
+    const char* note = "";
 };
 
 // Exponential, cumulants, Gaussian cumulants.

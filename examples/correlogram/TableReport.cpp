@@ -97,14 +97,18 @@ std::string Heading(const Analysis& analysis) {
 }
 
 std::string Notes(const Analysis& analysis) {
-    if (analysis.curve.sigma.empty()) {
-        return "\nErrors are standard errors from the scatter of the residuals. Without standard deviations "
-               "every point\n"
-               "weighs 100: chi-squared is 10,000 times the sum of the squared residuals.\n";
+    std::string notes;
+    for (const FitResult& fit : analysis.fits) {
+        notes += fit.note.empty() ? "" : "\n" + fit.note + "\n";
     }
-    return "\nErrors are standard errors from the standard deviations of the points, scaled up where the "
-           "reduced\n"
-           "chi-squared is above 1.\n";
+    if (analysis.curve.sigma.empty()) {
+        return notes + "\nErrors are standard errors from the scatter of the residuals. Without standard "
+                       "deviations every point\n"
+                       "weighs 100: chi-squared is 10,000 times the sum of the squared residuals.\n";
+    }
+    return notes + "\nErrors are standard errors from the standard deviations of the points, scaled up where "
+                   "the reduced\n"
+                   "chi-squared is above 1.\n";
 }
 
 } // namespace
