@@ -143,7 +143,7 @@ TEST(CorrelogramInput, CurvesThatCannotBeFittedAreRefused) {
               "last 30 points.");
     const auto sparse = MakeCurve([](double t) { return std::exp(-t / 3e-7); }, 0.0, 1, 40, 1e-7, 1e5);
     EXPECT_EQ(RefusalOf(CsvText(sparse)),
-              "'curve.csv', line 10: the decay ends after only 9 points, where at least 10 are needed.");
+              "'curve.csv', line 9: the decay ends after only 8 points, where at least 10 are needed.");
 }
 
 TEST(CorrelogramInput, StandardDeviationsHaveToMatchTheCurve) {
