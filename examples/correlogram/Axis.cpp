@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kMinus[] = "\xE2\x88\x92"; // U+2212, as wide as a plus
 
-std::string WithMinus(std::string number) {
+std::string WithMinus(const std::string& number) {
     return number.starts_with("-") ? kMinus + number.substr(1) : number;
 }
 
@@ -35,11 +35,11 @@ LinearAxis::LinearAxis(double lowest, double highest, double paperAtLowest, doub
     const double first = std::ceil(m_fLowest / step);
     const double last = std::floor(m_fHighest / step);
     const int decimals = std::clamp(static_cast<int>(-std::floor(std::log10(step) + 1e-9)), 0, 12);
-    for (double i = first; i <= last; i += 1.0) {
-        const double value = i * step;
+    for (int k = 0; k <= static_cast<int>(last - first); ++k) {
+        const double value = (first + k) * step;
         const std::string label =
             std::abs(value) < 1e5 ? FormatFixed(value, decimals) : FormatGeneral(value, 4);
-        m_Ticks.push_back({value, WithMinus(i == 0.0 ? FormatFixed(0.0, decimals) : label)});
+        m_Ticks.push_back({value, WithMinus(value == 0.0 ? FormatFixed(0.0, decimals) : label)});
     }
 }
 

@@ -21,7 +21,7 @@ struct Curve {
 
 // The largest file that is read. A correlator gives some hundred points; more than this is another kind of
 // file.
-inline constexpr std::uintmax_t kLargestFile = 16U * 1024U * 1024U;
+inline constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 24U;
 
 // Reads lag and signal. A line holds two cells, separated by a comma, a semicolon or a tab; line 1 may be a
 // heading; empty lines count but are skipped; CR LF and a byte order mark are fine. Throws InputError naming

@@ -13,7 +13,7 @@ const double kTie = std::sqrt(1.0 / NarrowGaussian::kCentreOverWidth);
 } // namespace
 
 NarrowGaussian::NarrowGaussian() {
-    SetFunctionType();
+    NarrowGaussian::SetFunctionType();
     m_Coefficients.assign(3, 0.0);
 }
 

@@ -238,16 +238,19 @@ private:
         for (std::size_t k = 0; k < m_Residuals.size(); ++k) {
             std::string path;
             std::string points;
+            const std::string fill = std::string("fill=\"") + kLooks[k].colour + "\"";
             for (std::size_t i = 0; i < m_Residuals[k].size(); ++i) {
                 const double x = m_Lag.Place(m_Analysis.curve.lag[m_Analysis.first + i]);
                 const double y = m_Residual.Place(m_Residuals[k][i]);
                 path += (i == 0 ? "M" : "L") + Number(x) + "," + Number(y);
-                points += Circle(x, y, kLooks[k].dot, std::string("fill=\"") + kLooks[k].colour + "\"");
+                points += Circle(x, y, kLooks[k].dot, fill);
             }
-            text += path.empty()
-                        ? ""
-                        : "<path d=\"" + path + "\" fill=\"none\" stroke-opacity=\"0.45\" stroke=\"" +
-                              kLooks[k].colour + "\"/>\n" + points;
+            if (!path.empty()) {
+                text.append("<path d=\"")
+                    .append(path)
+                    .append("\" fill=\"none\" stroke-opacity=\"0.45\" stroke=\"");
+                text.append(kLooks[k].colour).append("\"/>\n").append(points);
+            }
         }
         return text;
     }

@@ -45,7 +45,8 @@ public:
                 line += Padded(row[i], widths[i]);
             }
             line.resize(line.find_last_not_of(' ') + 1);
-            text += line + "\n";
+            text += line;
+            text += '\n';
         }
         return text;
     }
@@ -69,7 +70,9 @@ void AddCoefficients(const Analysis& analysis, Table& table) {
     std::stable_sort(labels.begin(), labels.end(),
                      [](const auto& left, const auto& right) { return left.first < right.first; });
     for (const auto& [name, meaning] : labels) {
-        table.AddResult(name + " " + meaning, [&name = name, &meaning = meaning](const FitResult& fit) {
+        std::string label = name;
+        label.append(" ").append(meaning);
+        table.AddResult(label, [&name = name, &meaning = meaning](const FitResult& fit) {
             for (const Coefficient& coefficient : fit.coefficients) {
                 if (coefficient.name == name && coefficient.meaning == meaning) {
                     return FormatMeasured(coefficient.fitted);

@@ -2,6 +2,8 @@
 #include "correlogram/Plot.h"
 #include "examples/CorrelogramSupport.h"
 
+#include "bss/exception/WExceptionCatalogue.h"
+
 #include <boost/property_tree/ptree.hpp>
 #include <boost/property_tree/xml_parser.hpp>
 #include <gtest/gtest.h>
