@@ -77,6 +77,11 @@ std::string Circle(double x, double y, double radius, const std::string& style) 
            "/>\n";
 }
 
+std::string PathStep(bool isFirst, double x, double y) {
+    std::string step(1, isFirst ? 'M' : 'L');
+    return step.append(Number(x)).append(",").append(Number(y));
+}
+
 std::string Upright(double y, const std::string& markup) {
     return "<text transform=\"translate(26," + Number(y) +
            ") rotate(-90)\" text-anchor=\"middle\" font-size=\"16\">" + markup + "</text>\n";
@@ -220,8 +225,7 @@ private:
             std::string path;
             for (int i = 0; i <= kSteps; ++i) {
                 const double x = std::exp(from + (to - from) * i / kSteps);
-                path += (i == 0 ? "M" : "L") + Number(m_Lag.Place(x)) + "," +
-                        Number(m_Signal.Place(fit.function->Evaluate(x)));
+                path += PathStep(i == 0, m_Lag.Place(x), m_Signal.Place(fit.function->Evaluate(x)));
             }
             text += "<path d=\"" + path + "\" fill=\"none\" " + Stroke(k) + "/>\n";
         }
@@ -242,7 +246,7 @@ private:
             for (std::size_t i = 0; i < m_Residuals[k].size(); ++i) {
                 const double x = m_Lag.Place(m_Analysis.curve.lag[m_Analysis.first + i]);
                 const double y = m_Residual.Place(m_Residuals[k][i]);
-                path += (i == 0 ? "M" : "L") + Number(x) + "," + Number(y);
+                path += PathStep(i == 0, x, y);
                 points += Circle(x, y, kLooks[k].dot, fill);
             }
             if (!path.empty()) {

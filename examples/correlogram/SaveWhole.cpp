@@ -14,7 +14,9 @@ void SaveWhole(const std::string& file, const std::string& bytes) {
         throw InputError("Cannot write " + Quote(file) + ": it is a folder.");
     }
     std::filesystem::path part = target;
-    part += "." + std::to_string(std::random_device{}()) + ".part";
+    part += ".";
+    part += std::to_string(std::random_device{}());
+    part += ".part";
     std::ofstream stream(part, std::ios::binary);
     const bool isOpen = stream.is_open();
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
