@@ -170,13 +170,13 @@ std::wstring TextFromDouble(double value, int digits) {
         text += size;
     } else if (exponent < 0) {
         text += "0.";
-        text.append(static_cast<std::size_t>(-exponent - 1), '0');
+        text.append(static_cast<std::size_t>(-exponent) - 1, '0');
         text += number.digits;
     } else if (count <= exponent + 1) {
         text += number.digits;
-        text.append(static_cast<std::size_t>(exponent + 1 - count), '0');
+        text.append(static_cast<std::size_t>(exponent) + 1 - number.digits.size(), '0');
     } else {
-        const auto point = static_cast<std::size_t>(exponent + 1);
+        const auto point = static_cast<std::size_t>(exponent) + 1;
         text.append(number.digits, 0, point);
         text += '.';
         text.append(number.digits, point);

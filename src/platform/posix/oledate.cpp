@@ -41,8 +41,10 @@ INT SystemTimeToVariantTime(SYSTEMTIME* time, double* date) {
     const double sign = day < 0 ? -1.0 : 1.0;
     double value = static_cast<double>(day);
     // One part after the other, as the system adds them: the sum keeps the last bit of stored dates.
-    value += secondOfDay / 3'600 / 24.0 * sign;
-    value += secondOfDay / 60 % 60 / 1'440.0 * sign;
+    const int hours = secondOfDay / 3'600;
+    const int minutes = secondOfDay / 60 % 60;
+    value += hours / 24.0 * sign;
+    value += minutes / 1'440.0 * sign;
     value += secondOfDay % 60 / 86'400.0 * sign;
     *date = value;
     return TRUE;

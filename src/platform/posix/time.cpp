@@ -18,7 +18,8 @@ std::optional<std::int64_t> TicksFromSystemTime(const SYSTEMTIME& time) {
         return std::nullopt;
     }
     const std::int64_t days = DaysFromDate({time.wYear, time.wMonth, time.wDay});
-    const std::int64_t seconds = days * 86'400 + time.wHour * 3'600 + time.wMinute * 60 + time.wSecond;
+    const std::int64_t seconds =
+        days * 86'400 + std::int64_t{time.wHour} * 3'600 + std::int64_t{time.wMinute} * 60 + time.wSecond;
     std::int64_t ticks = 0;
     // The count ends within the year 30828, so only its last months are out of reach.
     if (__builtin_mul_overflow(seconds, kTicksPerSecond, &ticks) ||

@@ -166,7 +166,7 @@ DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
     ZoneMoment standard = current;
     ZoneMoment daylight = current;
     int changes = 0;
-    constexpr std::int64_t step = 7 * 86'400;
+    constexpr std::int64_t step = std::int64_t{7} * 86'400;
     for (std::int64_t low = startOfYear(year); low < startOfYear(year + 1); low += step) {
         const std::int64_t high = std::min(low + step, startOfYear(year + 1));
         if (ZoneAt(low).daylight == ZoneAt(high).daylight) {
