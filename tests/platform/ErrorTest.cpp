@@ -73,4 +73,8 @@ TEST(Errno, HasTheNumberOfItsMeaningAndATextForIt) {
             << std::strerror(number);
     }
 }
+#else
+TEST(Errno, HasTheNumberOfItsMeaningAndATextForIt) {
+    GTEST_SKIP() << "there are no errno values to map";
+}
 #endif
