@@ -13,7 +13,8 @@ install(
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/krtbss
     FILES_MATCHING
     PATTERN "*.h"
-    PATTERN "private" EXCLUDE)
+    PATTERN "private" EXCLUDE
+    PATTERN "posix" EXCLUDE)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/krtbss)
 install(EXPORT krtbssTargets NAMESPACE krtbss:: DESTINATION ${package_dir})
