@@ -10,7 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <ostream>
@@ -213,6 +215,27 @@ TEST(CertifiedNonLinearFitLimit, Eckerle4FromItsFarStartNeedsMoreThanTheDefaultI
     fit.InitializeFit();
     EXPECT_THROW(fit.PerformFit(), bss::WNEFitFailed);
     EXPECT_EQ(500U, fit.Iterations());
+}
+
+// A rational model is arithmetic alone, so every target takes the same steps to the same bits.
+TEST(CertifiedNonLinearFitBits, Kirby2HasTheSameOnEveryTarget) {
+    const nist::Problem problem = nist::read("Kirby2");
+    FormulaFunction model(problem.starts[0], kirby2);
+    bss::WNonLinearLeastSquaresFit fit;
+    fit.SetFunction(&model);
+    fit.SetX(problem.x);
+    fit.SetY(problem.y);
+    fit.InitializeFit();
+    ASSERT_EQ(0, fit.PerformFit());
+    Coefficients values = model.GetCoefficients();
+    values.insert(values.end(), {fit.GetChiSquared(), fit.GetCovariance(1, 3), fit.GetRSquared()});
+    const double golden[] = {0x1.acac9e9918553p+0,   -0x1.1d3bc1e6f6516p-3, 0x1.544753175e98fp-9,
+                             -0x1.c3fbb199c5ea6p-10, 0x1.6b79a6a13a821p-16, 0x1.31157ab00b9a7p+15,
+                             -0x1.8b8e6a84b1104p-31, 0x1.fffc430030d8dp-1};
+    for (std::size_t i = 0; i < std::size(golden); ++i) {
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(golden[i]), std::bit_cast<std::uint64_t>(values[i]))
+            << "value " << i << " is " << std::hexfloat << values[i];
+    }
 }
 
 struct LinearRow {

@@ -24,6 +24,7 @@ public:
     using WNonLinearLeastSquaresFit::ComputeGamma;
     using WNonLinearLeastSquaresFit::Fit;
     using WNonLinearLeastSquaresFit::GammaEpsilonTest;
+    using WNonLinearLeastSquaresFit::GammaLambdaTest;
     using WNonLinearLeastSquaresFit::GaussJ;
     using WNonLinearLeastSquaresFit::m_adBeta;
     using WNonLinearLeastSquaresFit::m_adStep;
@@ -422,21 +423,42 @@ TEST(NonLinearFit, ThrowsWithoutFunctionOrWholeData) {
     EXPECT_EQ(0, fit.PerformFit()) << "InitializeFit was left out";
 }
 
-TEST(NonLinearFit, ZeroWidthOfAGaussianIsMendedWithoutHarm) {
-    bss::WGaussianFunction peak;
-    peak.SetCoefficients({1.0, 0.5, 0.0, 0.0, 0.0});
+// The Gaussian rewrites a width of 0.0 while it is evaluated: the fit goes the way it goes from that width.
+TEST(NonLinearFit, WidthThatTheModelMendsCountsAsIfItHadBeenSet) {
     const std::vector<double> x = {0, 1, 2, 3, 4, 5, 6};
     const std::vector<double> y = {0.1, 0.2, 0.1, 0.3, 0.2, 0.1, 0.2};
-    bss::WNonLinearLeastSquaresFit fit;
-    fit.SetFunction(&peak);
-    fit.SetX(x);
-    fit.SetY(y);
-    fit.InitializeFit();
-    try {
-        EXPECT_EQ(0, fit.PerformFit());
-        EXPECT_TRUE(std::isfinite(fit.GetChiSquared()));
-    } catch (bss::WNEFitFailed&) {
-        EXPECT_LE(fit.Iterations(), 500U);
+    std::vector<double> coefficients[2];
+    double chi[2] = {};
+    for (const int mended : {0, 1}) {
+        bss::WGaussianFunction peak;
+        peak.SetCoefficients({1.0, 3.0, mended == 0 ? 1e-100 : 0.0, 0.0, 0.0});
+        bss::WNonLinearLeastSquaresFit fit;
+        fit.SetFunction(&peak);
+        fit.SetX(x);
+        fit.SetY(y);
+        fit.SetCoefficientFixed(1, true);
+        fit.SetCoefficientFixed(2, true);
+        fit.InitializeFit();
+        ASSERT_EQ(0, fit.PerformFit());
+        coefficients[mended] = peak.GetCoefficients();
+        chi[mended] = fit.GetChiSquared();
+    }
+    EXPECT_EQ(chi[0], chi[1]);
+    EXPECT_EQ(coefficients[0][0], coefficients[1][0]);
+    EXPECT_EQ(coefficients[0][3], coefficients[1][3]);
+}
+
+TEST(NonLinearFit, GammaLambdaTestTakesBothLimitsIn) {
+    OpenFit fit;
+    for (const auto& [gamma, lambda] : {std::pair(90.0, 1.0), std::pair(180.0, 1000.0)}) {
+        fit.m_dGamma = gamma;
+        fit.m_dLambda = lambda;
+        EXPECT_TRUE(fit.GammaLambdaTest());
+    }
+    for (const auto& [gamma, lambda] : {std::pair(89.9, 1.0), std::pair(90.0, 0.9), std::pair(nan, 1.0)}) {
+        fit.m_dGamma = gamma;
+        fit.m_dLambda = lambda;
+        EXPECT_FALSE(fit.GammaLambdaTest());
     }
 }
 
