@@ -13,7 +13,7 @@ namespace {
 // All places in pixels of the picture; y grows downwards.
 constexpr double kWidth = 960.0;
 constexpr double kHeight = 720.0;
-constexpr double kLeft = 92.0;
+constexpr double kLeft = 100.0;
 constexpr double kRight = kWidth - 28.0;
 constexpr double kTop = 76.0;
 constexpr double kMainBottom = 464.0;
@@ -83,7 +83,7 @@ std::string PathStep(bool isFirst, double x, double y) {
 }
 
 std::string Upright(double y, const std::string& markup) {
-    return "<text transform=\"translate(26," + Number(y) +
+    return "<text transform=\"translate(18," + Number(y) +
            ") rotate(-90)\" text-anchor=\"middle\" font-size=\"16\">" + markup + "</text>\n";
 }
 
@@ -261,7 +261,12 @@ private:
 
     // In the corner of the main panel, upper right or lower left, that covers fewer points.
     std::string Legend() const {
-        constexpr double kLegendWidth = 384.0;
+        std::size_t longest = 0; // in characters; 8 pixels hold one of any usual font
+        for (const FitResult& fit : m_Analysis.fits) {
+            const std::string result = fit.HasConverged() ? FormatMeasured(Nanometres(fit)) : "";
+            longest = std::max(longest, fit.name.size() + result.size() + 9);
+        }
+        const double width = 72.0 + 8.0 * static_cast<double>(longest);
         constexpr double kRow = 22.0;
         const double height = kRow * static_cast<double>(m_Analysis.fits.size() + 1) + 14.0;
         const auto pointsInside = [&](double left, double top) {
@@ -270,17 +275,17 @@ private:
             for (std::size_t i = 0; i < curve.lag.size(); ++i) {
                 const double x = m_Lag.Place(curve.lag[i]);
                 const double y = m_Signal.Place(curve.signal[i]);
-                inside += x > left && x < left + kLegendWidth && y > top && y < top + height ? 1U : 0U;
+                inside += x > left && x < left + width && y > top && y < top + height ? 1U : 0U;
             }
             return inside;
         };
-        const double rightPlace = kRight - 12.0 - kLegendWidth;
+        const double rightPlace = kRight - 12.0 - width;
         const double lowPlace = m_Signal.Place(0.0) - 12.0 - height;
         const bool isRight = pointsInside(rightPlace, kTop + 12.0) <= pointsInside(kLeft + 12.0, lowPlace);
         const double left = isRight ? rightPlace : kLeft + 12.0;
         const double top = isRight ? kTop + 12.0 : lowPlace;
 
-        std::string text = Rect(left, top, left + kLegendWidth, top + height,
+        std::string text = Rect(left, top, left + width, top + height,
                                 "fill=\"#ffffff\" fill-opacity=\"0.92\" stroke=\"#cccccc\" rx=\"4\"");
         double y = top + kRow;
         text += Circle(left + 30, y - 5, 3.2, "fill=\"none\" stroke=\"#222222\"") +
@@ -296,13 +301,16 @@ private:
         return text;
     }
 
+    static Measured Nanometres(const FitResult& fit) {
+        return {fit.radius->value * 1e9, fit.radius->error * 1e9};
+    }
+
     static std::string LegendResult(const FitResult& fit) {
         if (!fit.HasConverged()) {
             return ": failed";
         }
-        const Measured nanometres{fit.radius->value * 1e9, fit.radius->error * 1e9};
         return ": R<tspan dy=\"4\" font-size=\"10\">h</tspan><tspan dx=\"5\" dy=\"-4\">= " +
-               FormatMeasured(nanometres, " \xC2\xB1 ") + " nm</tspan>";
+               FormatMeasured(Nanometres(fit), " \xC2\xB1 ") + " nm</tspan>";
     }
 
     const Analysis& m_Analysis;

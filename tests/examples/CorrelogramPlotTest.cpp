@@ -48,7 +48,7 @@ TEST(CorrelogramPlot, DrawsEveryPointInsideThePictureAsWellFormedXml) {
     Walk(tree, [&](const std::string& name, const Tree& element) {
         if (name == "circle") {
             ++circles;
-            EXPECT_TRUE(element.get<double>("<xmlattr>.cx") > 92.0 &&
+            EXPECT_TRUE(element.get<double>("<xmlattr>.cx") > 100.0 &&
                         element.get<double>("<xmlattr>.cx") < 932.0);
             EXPECT_TRUE(element.get<double>("<xmlattr>.cy") > 76.0 &&
                         element.get<double>("<xmlattr>.cy") < 650.0);
