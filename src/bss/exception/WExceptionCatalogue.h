@@ -34,6 +34,7 @@
 namespace bss {
 
 // clang-format off
+// NOLINTBEGIN(misc-definitions-in-headers): the destructors are defined where one source asks for them
 
 /// Marks in a chain where a failure begins that happened while the one before it was handled: its class's name.
 BSS_EVENT(WNEWhileHandling, 10, L"name- %1", MINOR, std::wstring)
@@ -92,6 +93,7 @@ BSS_EVENT(WNENoSolution, 16004, L"No solution to equation.", MINOR)
 /// A divisor is zero.
 BSS_EVENT(WNEDivideByZero, 16005, L"Attempt to divide by zero.", MINOR)
 
+// NOLINTEND(misc-definitions-in-headers)
 // clang-format on
 
 } // namespace bss

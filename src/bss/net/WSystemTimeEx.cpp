@@ -82,7 +82,8 @@ std::wstring DateAndTime(const SYSTEMTIME& t) {
 
 std::wstring ByFormat(const wchar_t* format, const std::tm& time) {
     std::array<wchar_t, 100> text{};
-    // What the buffer holds is not defined when the text does not fit, and a text without room for its end does not.
+    // What the buffer holds is not defined when the text does not fit, and a text without room for its end
+    // does not.
     const std::size_t length = std::wcsftime(text.data(), text.size(), format, &time);
     return length < text.size() ? std::wstring(text.data(), length) : std::wstring();
 }

@@ -39,9 +39,16 @@ private:
 template <std::size_t N>
 inline void StoreDerivatives(std::vector<double>& derivatives, std::size_t count,
                              const std::array<double, N>& values) {
-    derivatives.resize(count);
+    if (derivatives.size() != count) [[unlikely]] {
+        derivatives.resize(count);
+    }
     if (count >= N) [[likely]] {
-        std::copy_n(values.begin(), N, derivatives.begin());
+        // One by one: a copy would go through memory, and wait there for the values just computed.
+        double* const first = derivatives.data();
+#pragma GCC unroll 8
+        for (std::size_t i = 0; i < N; ++i) {
+            first[i] = values[i];
+        }
         std::fill(derivatives.begin() + N, derivatives.end(), 0.0);
     } else {
         std::copy_n(values.begin(), count, derivatives.begin());

@@ -2,7 +2,7 @@
 #include "bss/math/WGaussianFunction.h"
 #include "bss/math/WPolynomialFunction.h"
 #include "bss/math/WSimpleExponentialDecayFunction.h"
-#include "math/every_function.h"
+#include "math/EveryFunction.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 // Allocations are counted by replacing operator new for the whole process, which on Windows does not reach
 // into a DLL.
 
-#include "math/every_function.h"
+#include "math/EveryFunction.h"
 
 #include <gtest/gtest.h>
 
