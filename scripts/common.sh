@@ -13,8 +13,8 @@ fail() {
 # The Debian packages behind each job.
 packages_of() {
     case $1 in
-    build) echo g++ cmake ninja-build ccache libboost-dev ;;
-    test) echo googletest pkg-config python3 ;;
+    build) echo g++ cmake ninja-build ccache libboost-dev googletest ;;
+    test) echo pkg-config python3 ;;
     lint) echo clang-format clang-tidy python3 git ;;
     windows) echo g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64 ;;
     bench) echo libbenchmark-dev libgsl-dev libcminpack-dev pkg-config ;;
