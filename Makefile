@@ -31,8 +31,7 @@ docs:
 
 PREFIX ?= /usr/local
 install:
-	@. scripts/common.sh && need_packages build && build_preset release krtbss
-	cmake --install build/release --prefix $(PREFIX)
+	@scripts/run-install "$(PREFIX)"
 
 clean:
 	rm -rf build

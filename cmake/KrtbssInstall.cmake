@@ -24,6 +24,8 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/krtbssConfigVersion.cmake"
 install(FILES "${CMAKE_BINARY_DIR}/krtbssConfig.cmake" "${CMAKE_BINARY_DIR}/krtbssConfigVersion.cmake"
         DESTINATION ${package_dir})
 
+# From the folder of the pkg-config file to the prefix, which so can be moved.
+file(RELATIVE_PATH KRTBSS_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
 configure_file(cmake/krtbss.pc.in "${CMAKE_BINARY_DIR}/krtbss.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/krtbss.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

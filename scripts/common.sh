@@ -1,7 +1,6 @@
-# Shared by the scripts of this folder; sourced, with `bash` or `sh`. Leaves the shell in the project's root.
+# Shared by the scripts of this folder; sourced by bash. Leaves the shell in the project's root.
 
-cd "$(dirname "${BASH_SOURCE:-$0}")/.." 2>/dev/null || cd "$(git rev-parse --show-toplevel)" || exit 1
-[ -f CMakePresets.json ] || cd ..
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 
 say() { printf '\n== krtbss: %s\n' "$*"; }
 
