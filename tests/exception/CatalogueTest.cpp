@@ -87,6 +87,16 @@ const Row rows[] = {
 };
 // clang-format on
 
+/// Taken before any exception is constructed in this program.
+const WExceptionEventInfo::ThrowFunc throwFuncAtLoad = [] {
+    for (const WExceptionEventInfo* info : WExceptionEventInfo::GetEventInfoList()) {
+        if (info->GetId() == 16004) {
+            return info->GetThrowFunc();
+        }
+    }
+    return WExceptionEventInfo::ThrowFunc{};
+}();
+
 std::wstring ClassName(const Row& row) {
     return row.display.substr(row.display.find(L' ') + 1);
 }
@@ -184,6 +194,18 @@ TEST(Catalogue, DescriptorsOfOneCodeSeverityAndNameShareAnEntry) {
     static const WExceptionEventInfo otherName(30001, L"Other", L"one", nullptr, MINOR);
     static const WExceptionEventInfo otherCode(30002, name, L"one", nullptr, MINOR);
     EXPECT_EQ(before + 4, count());
+}
+
+TEST(Catalogue, ConstructionLeavesTheDescriptorAsItIs) {
+    // Each constructor used to store its module's own address of the throw function: threads raced, and the
+    // address outlived the module.
+    const bss::WNENoSolution e;
+    const auto* info = &e.GetEventInfo();
+    for (const WExceptionEventInfo* listed : WExceptionEventInfo::GetEventInfoList()) {
+        if (listed->GetId() == info->GetId()) {
+            EXPECT_EQ(listed->GetThrowFunc(), throwFuncAtLoad);
+        }
+    }
 }
 
 TEST(Catalogue, SeverityTextsAreEightCharacters) {

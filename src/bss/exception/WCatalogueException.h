@@ -95,7 +95,12 @@ private:
     static void ThrowEvent(WNestedExceptionData& data, WNestedException* next) { throw Event(data, next); }
 
     void Prepare() {
-        s_eventInfo.SetThrowFunc(&ThrowEvent);
+        // The descriptor has it from its construction on. Every module has an address of its own for this
+        // function: storing it again would leave the last thrower's, whose module may be gone by then, and
+        // threads would race.
+        if (s_eventInfo.GetThrowFunc() == nullptr) {
+            s_eventInfo.SetThrowFunc(&ThrowEvent);
+        }
         GetLogParams();
     }
 

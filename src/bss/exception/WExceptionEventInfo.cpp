@@ -27,14 +27,6 @@ WExceptionEventInfo::WExceptionEventInfo(long id, const wchar_t* name, const wch
     UpdateEventInfoList();
 }
 
-void WExceptionEventInfo::SetThrowFunc(ThrowFunc throwFunc) {
-    // Each constructor of an exception stores the value that is there already: not writing it keeps threads
-    // apart.
-    if (m_throwFunc != throwFunc) {
-        m_throwFunc = throwFunc;
-    }
-}
-
 eseverity WExceptionEventInfo::GetSeverity(const wchar_t* text) {
     for (std::size_t i = 0; i < severityTexts.size(); ++i) {
         if (SameText(text, severityTexts[i])) {

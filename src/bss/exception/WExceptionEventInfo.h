@@ -56,7 +56,7 @@ public:
     /// UTC time at which the descriptor was built, that is of the module's static initialisation.
     SYSTEMTIME GetDateTime() const { return m_dateTime; }
     ThrowFunc GetThrowFunc() const { return m_throwFunc; }
-    void SetThrowFunc(ThrowFunc throwFunc);
+    void SetThrowFunc(ThrowFunc throwFunc) { m_throwFunc = throwFunc; }
 
     /// The value of a severity text of exactly eight characters, blanks included; UNKNOWN_SEVERITY for any
     /// other text and for null.
