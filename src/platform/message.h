@@ -129,7 +129,7 @@ PLATFORM_API LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM wPa
 PLATFORM_API BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// FALSE and ERROR_INVALID_THREAD_ID for a thread without a queue.
 PLATFORM_API BOOL WINAPI PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam);
-/// WM_QUIT with this code, when no other posted message is left.
+/// WM_QUIT with this code, for the calling thread, when a look at its queue finds no other message.
 PLATFORM_API void WINAPI PostQuitMessage(int exitCode);
 /// The first message for the receiver (null: for any, and the thread's own; -1: the thread's own only) in the
 /// range (0 to 0: any). WM_QUIT of PostQuitMessage passes every filter.
