@@ -52,6 +52,15 @@ NameList& Names() {
     return *names;
 }
 
+/// Handles that are open when the process ends normally are closed by that, as the system has it: so the
+/// names are given up, while the memory stays for threads that still run.
+struct NamesAtExit {
+    NamesAtExit() = default;
+    NamesAtExit(const NamesAtExit&) = delete;
+    NamesAtExit& operator=(const NamesAtExit&) = delete;
+    ~NamesAtExit() { Waitable::LeaveAllNames(); }
+} g_namesAtExit;
+
 /// The mutexes that a thread holds, to be given up when it ends. It has a reference to each.
 class HeldMutexes {
 public:
@@ -178,6 +187,13 @@ DWORD Waitable::Open(ObjectKind kind, const ObjectName& name, const WaitState* i
         HeldMutexes::Add(*object);
     }
     return made ? ERROR_SUCCESS : ERROR_ALREADY_EXISTS;
+}
+
+void Waitable::LeaveAllNames() {
+    const std::lock_guard lock(Names().mutex);
+    for (const auto& [key, object] : Names().objects) {
+        object->m_file->LeaveName();
+    }
 }
 
 void Waitable::AddHandle() {

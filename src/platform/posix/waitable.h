@@ -66,6 +66,9 @@ public:
     /// the handle is null.
     static DWORD Open(ObjectKind kind, const ObjectName& name, const WaitState* initial, HANDLE* handle);
 
+    /// Of all objects that are open.
+    static void LeaveAllNames();
+
     void AddHandle() override;
     void DropHandle() override;
 
