@@ -13,7 +13,7 @@ fail() {
 packages_of() {
     case $1 in
     build) echo g++ cmake ninja-build ccache libboost-dev googletest ;;
-    test) echo pkg-config python3 ;;
+    test) echo pkg-config python3 libfftw3-dev ;;
     lint) echo clang-format clang-tidy python3 git ;;
     windows) echo g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64 ;;
     bench) echo libbenchmark-dev libgsl-dev libcminpack-dev pkg-config ;;
