@@ -365,7 +365,7 @@ public:
 };
 
 std::string key(const Problem& problem, const Fit& fit) {
-    return problem.name + " / " + fit.solver;
+    return "Non-linear fit/" + problem.name + "/" + fit.solver;
 }
 
 // The untimed run: prints nothing, and tells whether all agree.

@@ -16,7 +16,7 @@ packages_of() {
     test) echo pkg-config python3 libfftw3-dev ;;
     lint) echo clang-format clang-tidy python3 git ;;
     windows) echo g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64 ;;
-    bench) echo libbenchmark-dev libgsl-dev libcminpack-dev pkg-config ;;
+    bench) echo libbenchmark-dev libgsl-dev libcminpack-dev libfftw3-dev libkissfft-dev pkg-config python3 ;;
     esac
 }
 

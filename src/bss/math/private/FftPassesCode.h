@@ -107,15 +107,13 @@ inline void FirstStage(double* data, std::size_t half, const Factors& factors) {
     }
 }
 
-/// Elements that stay in the first cache.
-constexpr int kCachedLog2 = 10;
-
 /// The stages of 2^log2 elements, log2 even and not 0, that are block m of their stage.
 template <bool inverse>
 void RunStages(Data data, int log2, std::size_t m, const double* twiddles) {
     // Stage by stage within the cache; larger blocks in parts, each finished before the next.
     const std::size_t length = std::size_t{1} << log2;
-    if (log2 > kCachedLog2) {
+    constexpr int cachedLog2 = 10; // 16 KiB
+    if (log2 > cachedLog2) {
         const std::size_t quarter = length / 4;
         const Factors whole = FactorsOf<inverse>(twiddles + 2 * m);
         const Factors low = FactorsOf<inverse>(twiddles + 4 * m);
