@@ -1,0 +1,227 @@
+// Names of objects, inside a process and between two.
+
+#include "Support.h"
+
+#include "support/ChildProcess.h"
+#include "support/Wine.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::string Narrow(const std::wstring& text) {
+    return std::string(text.begin(), text.end());
+}
+
+/// Files in the folders of shared memory that hold a name; on Windows there are none to look at.
+std::vector<std::string> FilesLeftOf([[maybe_unused]] const std::string& name) {
+    std::vector<std::string> left;
+    std::error_code error;
+    for (const auto& folder : std::filesystem::directory_iterator("/dev/shm", error)) {
+        if (folder.path().filename().string().rfind("krtbss", 0) != 0) {
+            continue;
+        }
+        for (const auto& file : std::filesystem::directory_iterator(folder.path(), error)) {
+            if (file.path().filename().string().rfind(name, 0) == 0) {
+                left.push_back(file.path().string());
+            }
+        }
+    }
+    return left;
+}
+
+TEST(Names, SecondHandleIsToTheSameObject) {
+    const std::wstring name = OwnName(L"same");
+    const Handle first = AutoEvent(false, name.c_str());
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    const Handle second = ManualEvent(true, (L"Local\\" + name).c_str());
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_EQ(Poll(first), WAIT_TIMEOUT); // the arguments of the second did not count
+    SetEvent(second);
+    EXPECT_EQ(Poll(first), WAIT_OBJECT_0);
+    EXPECT_EQ(Poll(second), WAIT_TIMEOUT);
+
+    const Handle owned = Mutex(true, OwnName(L"mutex").c_str());
+    const Handle notOwned = Mutex(true, OwnName(L"mutex").c_str());
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_TRUE(ReleaseMutex(notOwned)); // owned once, through either handle
+    EXPECT_FALSE(ReleaseMutex(owned));
+}
+
+TEST(Names, ObjectLivesAsLongAsAnyHandle) {
+    const std::wstring name = OwnName(L"life");
+    EXPECT_EQ(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str()), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    Handle made = Semaphore(2, 5, name.c_str());
+    Handle opened = OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str());
+    ASSERT_NE(static_cast<HANDLE>(opened), nullptr);
+    made.Close();
+    EXPECT_EQ(Poll(opened), WAIT_OBJECT_0);
+    Handle again = Semaphore(0, 1, name.c_str());
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_EQ(Poll(again), WAIT_OBJECT_0);
+    opened.Close();
+    again.Close();
+    EXPECT_EQ(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str()), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    const Handle another = Mutex(false, name.c_str()); // the name is free for other kinds, too
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+}
+
+TEST(Names, BelongToOneKind) {
+    const std::wstring name = OwnName(L"kind");
+    using Maker = HANDLE (*)(const wchar_t*);
+    const Maker make[] = {[](const wchar_t* n) { return CreateEventW(nullptr, FALSE, FALSE, n); },
+                          [](const wchar_t* n) { return CreateMutexW(nullptr, FALSE, n); },
+                          [](const wchar_t* n) { return CreateSemaphoreW(nullptr, 0, 1, n); }};
+    const Maker open[] = {[](const wchar_t* n) { return OpenEventW(EVENT_ALL_ACCESS, FALSE, n); },
+                          [](const wchar_t* n) { return OpenMutexW(MUTEX_ALL_ACCESS, FALSE, n); },
+                          [](const wchar_t* n) { return OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, n); }};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const Handle object = make[i](name.c_str());
+        ASSERT_NE(static_cast<HANDLE>(object), nullptr);
+        for (std::size_t j = 0; j < 3; ++j) {
+            const Handle made = make[j](name.c_str());
+            EXPECT_EQ(GetLastError(), i == j ? ERROR_ALREADY_EXISTS : ERROR_INVALID_HANDLE) << i << j;
+            EXPECT_EQ(made != nullptr, i == j) << i << j;
+            const Handle opened = open[j](name.c_str());
+            EXPECT_EQ(opened != nullptr, i == j) << i << j;
+            if (i != j) {
+                EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE) << i << j;
+            }
+        }
+    }
+}
+
+TEST(Names, AnyTextIsANameOfItsOwn) {
+    const std::wstring base = OwnName(L"");
+    const std::wstring longBeginning(200, L'x');
+    const std::vector<std::wstring> names = {
+        base + L"a",
+        base + L"A",
+        base + L"a b/c%d.*?",
+        base + L"a b_c%25d.*?",
+        base + L"..",
+        base + L"\u00e4\u4e2d",
+        base + L"\U0001F600",
+        base + longBeginning + L"1",
+        base + longBeginning + L"2",
+        L"Global\\" + base + L"a",
+    };
+    std::vector<Handle> handles;
+    for (const std::wstring& name : names) {
+        // Wine has one space for both prefixes.
+        const bool sameInWine = RunsUnderWine() && name.rfind(L"Global", 0) == 0;
+        handles.push_back(AutoEvent(false, name.c_str()));
+        ASSERT_NE(static_cast<HANDLE>(handles.back()), nullptr) << Narrow(name) << ' ' << GetLastError();
+        EXPECT_TRUE(GetLastError() == ERROR_SUCCESS || sameInWine) << Narrow(name);
+        const Handle again = OpenEventW(EVENT_ALL_ACCESS, FALSE, name.c_str());
+        EXPECT_NE(static_cast<HANDLE>(again), nullptr) << Narrow(name);
+    }
+    const Handle unnamed = AutoEvent(false, L"");
+    const Handle alsoUnnamed = AutoEvent(false, L"");
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+
+    EXPECT_EQ(CreateEventW(nullptr, FALSE, FALSE, (L"Local\\" + base + L"folder\\b").c_str()), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+TEST(Processes, ShareEventsAndSemaphores) {
+    const std::wstring name = OwnName(L"two");
+    const Handle semaphore = Semaphore(0, 3, (name + L"-s").c_str());
+    const Handle answer = AutoEvent(false, (name + L"-e").c_str());
+    ChildProcess child(SYNC_CHILD, {"answer", Narrow(name)});
+    ASSERT_EQ(child.ReadLine(), "open");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(ReleaseSemaphore(semaphore, 1, nullptr));
+        EXPECT_EQ(WaitForSingleObject(answer, kLongMs), WAIT_OBJECT_0);
+    }
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_EQ(Poll(semaphore), WAIT_TIMEOUT);
+}
+
+TEST(Processes, MutexOfAKilledOneIsAbandoned) {
+    const std::wstring name = OwnName(L"killed");
+    const Handle mutex = Mutex(false, name.c_str());
+    for (const bool waits : {false, true}) {
+        ChildProcess child(SYNC_CHILD, {"hold", Narrow(name)});
+        ASSERT_EQ(child.ReadLine(), "held");
+        EXPECT_EQ(WaitForSingleObject(mutex, kShortMs), WAIT_TIMEOUT);
+        std::thread killer([&] {
+            Sleep(waits ? kSettleMs : 0);
+            child.Kill(); // the waiter below notices although nobody has waited for the child
+        });
+        if (!waits) {
+            killer.join();
+            EXPECT_EQ(child.Wait(), ChildProcess::killed);
+        }
+        EXPECT_EQ(WaitForSingleObject(mutex, waits ? kLongMs : 1000), WAIT_ABANDONED) << waits;
+        EXPECT_TRUE(ReleaseMutex(mutex));
+        if (waits) {
+            killer.join();
+        }
+    }
+}
+
+TEST(Processes, SignalsDoNotGoToTheDead) {
+    // Waiters that were killed must not be counted as waiting.
+    const std::wstring name = OwnName(L"ghost");
+    const Handle event = AutoEvent(false, (name + L"-e").c_str());
+    const Handle semaphore = Semaphore(0, 5, (name + L"-s").c_str());
+    for (int i = 0; i < 3; ++i) {
+        ChildProcess child(SYNC_CHILD, {"wait", Narrow(name)});
+        ASSERT_EQ(child.ReadLine(), "waiting");
+        Sleep(kSettleMs);
+        child.Kill();
+        child.Wait();
+    }
+    SetEvent(event);
+    SetEvent(event);
+    EXPECT_EQ(Poll(event), WAIT_OBJECT_0);
+    EXPECT_EQ(Poll(event), WAIT_TIMEOUT);
+    EXPECT_TRUE(ReleaseSemaphore(semaphore, 2, nullptr));
+    EXPECT_EQ(Poll(semaphore), WAIT_OBJECT_0);
+    EXPECT_EQ(Poll(semaphore), WAIT_OBJECT_0);
+    EXPECT_EQ(Poll(semaphore), WAIT_TIMEOUT);
+}
+
+TEST(Processes, KilledAtAnyMomentLeaveNamesThatWork) {
+    const char* const rounds = std::getenv("KRTBSS_TEST_KILLS"); // fewer where processes start slowly
+    const int count = rounds == nullptr ? 200 : std::atoi(rounds);
+    const std::string name = Narrow(OwnName(L"crash"));
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> microseconds(0, 4000);
+    for (int i = 0; i < count; ++i) {
+        // Every third round two at once, which find each other's objects.
+        ChildProcess child(SYNC_CHILD, {"work", name});
+        std::unique_ptr<ChildProcess> second(i % 3 == 0 ? new ChildProcess(SYNC_CHILD, {"work", name})
+                                                        : nullptr);
+        ASSERT_EQ(child.ReadLine(), "working");
+        std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
+        child.Kill();
+        ChildProcess newcomer(SYNC_CHILD, {"check", name}); // also while the first is being torn down
+        if (second) {
+            second->Kill();
+        }
+        EXPECT_EQ(newcomer.Wait(), 0) << "round " << i;
+    }
+    ChildProcess last(SYNC_CHILD, {"check", name});
+    EXPECT_EQ(last.Wait(), 0);
+    const std::wstring wide(name.begin(), name.end());
+    EXPECT_EQ(OpenMutexW(MUTEX_ALL_ACCESS, FALSE, (wide + L"-m").c_str()), nullptr);
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, (wide + L"-e").c_str()), nullptr);
+    EXPECT_EQ(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, (wide + L"-s").c_str()), nullptr);
+    EXPECT_EQ(FilesLeftOf(name), std::vector<std::string>{});
+}
+
+} // namespace

@@ -1,0 +1,118 @@
+// The other process of the tests of named objects: sync_child ROLE NAME.
+
+#include "Support.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+void Say(const char* line) {
+    std::puts(line);
+    std::fflush(stdout);
+}
+
+/// Takes the mutex and keeps it.
+int Hold(const std::wstring& name) {
+    const Handle mutex = Mutex(false, name.c_str());
+    Say(WaitForSingleObject(mutex, kLongMs) == WAIT_OBJECT_0 ? "held" : "not held");
+    Sleep(INFINITE);
+    return 0;
+}
+
+/// Waits at the semaphore NAME-s, and answers each unit by an event.
+int Answer(const std::wstring& name) {
+    const Handle semaphore =
+        OpenSemaphoreW(SYNCHRONIZE | SEMAPHORE_MODIFY_STATE, FALSE, (name + L"-s").c_str());
+    const Handle answer = OpenEventW(EVENT_MODIFY_STATE, FALSE, (name + L"-e").c_str());
+    Say(semaphore != nullptr && answer != nullptr ? "open" : "not open");
+    for (int i = 0; i < 3; ++i) {
+        if (WaitForSingleObject(semaphore, kLongMs) != WAIT_OBJECT_0 || !SetEvent(answer)) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+/// Waits on an event and a semaphore until it is killed.
+int WaitForEver(const std::wstring& name) {
+    const Handle event = AutoEvent(false, (name + L"-e").c_str());
+    const Handle semaphore = Semaphore(0, 5, (name + L"-s").c_str());
+    const HANDLE handles[] = {event, semaphore};
+    Say("waiting");
+    WaitForMultipleObjects(2, handles, FALSE, INFINITE);
+    return 0;
+}
+
+/// Opens, locks, writes, releases and closes until it is killed.
+int Work(const std::wstring& name) {
+    Say("working");
+    for (LONG i = 0;; ++i) {
+        const Handle mutex = Mutex(false, (name + L"-m").c_str());
+        const Handle event = AutoEvent(false, (name + L"-e").c_str());
+        const Handle semaphore = Semaphore(0, 1000, (name + L"-s").c_str());
+        const DWORD taken = WaitForSingleObject(mutex, kLongMs);
+        if (taken != WAIT_OBJECT_0 && taken != WAIT_ABANDONED) {
+            return 1;
+        }
+        SetEvent(event);
+        ReleaseSemaphore(semaphore, 1, nullptr);
+        WaitForSingleObject(semaphore, 0);
+        WaitForSingleObject(event, 0);
+        if (i % 3 != 0) {
+            ReleaseMutex(mutex);
+        }
+    }
+}
+
+/// Opens the names as a newcomer. Exit status 0 if every result is one that is promised.
+int Check(const std::wstring& name) {
+    const auto defined = [](HANDLE handle) {
+        const DWORD error = GetLastError();
+        return handle != nullptr && (error == ERROR_SUCCESS || error == ERROR_ALREADY_EXISTS);
+    };
+    const Handle mutex = Mutex(false, (name + L"-m").c_str());
+    if (!defined(mutex)) {
+        return 2;
+    }
+    const Handle event = AutoEvent(false, (name + L"-e").c_str());
+    if (!defined(event)) {
+        return 3;
+    }
+    const Handle semaphore = Semaphore(0, 1000, (name + L"-s").c_str());
+    if (!defined(semaphore)) {
+        return 4;
+    }
+    const DWORD taken = WaitForSingleObject(mutex, kLongMs);
+    if ((taken != WAIT_OBJECT_0 && taken != WAIT_ABANDONED) || !ReleaseMutex(mutex)) {
+        return 5;
+    }
+    // What the dead left is signalled or not; what is signalled now must be seen.
+    if (!SetEvent(event) || WaitForSingleObject(event, kLongMs) != WAIT_OBJECT_0 ||
+        WaitForSingleObject(event, 0) != WAIT_TIMEOUT) {
+        return 6;
+    }
+    if (!ReleaseSemaphore(semaphore, 1, nullptr) ||
+        WaitForSingleObject(semaphore, kLongMs) != WAIT_OBJECT_0) {
+        return 7;
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        return 99;
+    }
+    const std::string role = argv[1];
+    const std::string narrow = argv[2];
+    const std::wstring name(narrow.begin(), narrow.end());
+    return role == "hold"     ? Hold(name)
+           : role == "answer" ? Answer(name)
+           : role == "wait"   ? WaitForEver(name)
+           : role == "work"   ? Work(name)
+           : role == "check"  ? Check(name)
+                              : 98;
+}
