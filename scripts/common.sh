@@ -12,11 +12,11 @@ fail() {
 # The Debian packages behind each job.
 packages_of() {
     case $1 in
-    build) echo g++ cmake ninja-build ccache libboost-dev googletest ;;
-    test) echo pkg-config python3 libfftw3-dev ;;
+    build) echo g++ cmake ninja-build ccache libboost-dev zlib1g-dev libfftw3-dev libssl-dev googletest ;;
+    test) echo pkg-config python3 ;;
     lint) echo clang-format clang-tidy python3 git ;;
-    windows) echo g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64 ;;
-    bench) echo libbenchmark-dev libgsl-dev libcminpack-dev libfftw3-dev libkissfft-dev pkg-config python3 ;;
+    windows) echo g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev wine64 ;;
+    bench) echo libbenchmark-dev libgsl-dev libcminpack-dev libkissfft-dev pkg-config python3 ;;
     esac
 }
 

@@ -1,0 +1,103 @@
+#include "bss/system/WEncryption.h"
+
+#include "bss/system/private/DesCipher.h"
+#include "platform/text.h"
+
+#include <cstddef>
+
+namespace bss {
+
+namespace {
+
+using des::BlockSize;
+using des::Mode;
+
+unsigned char keyBytes[] = "MaDeUpTrIpLeDeSkEy352+=~";
+static_assert(sizeof(keyBytes) == 24 + 1);
+
+/// All of `bytes`, filled up to whole blocks, in place.
+void CryptInPlace(std::string& bytes, Mode mode) {
+    const des::TripleSchedule keys = des::ThreeKeySchedule(WEncryption::m_Key, mode);
+    bytes.resize((bytes.size() + BlockSize - 1) / BlockSize * BlockSize, '\0');
+    auto* block = reinterpret_cast<unsigned char*>(bytes.data());
+    std::size_t blocks = bytes.size() / BlockSize;
+    for (; blocks >= 4; blocks -= 4, block += 4 * BlockSize) {
+        des::CryptBlocks<4>(keys, block, block);
+    }
+    if (blocks >= 2) {
+        des::CryptBlocks<2>(keys, block, block);
+        blocks -= 2;
+        block += 2 * BlockSize;
+    }
+    if (blocks != 0) {
+        des::CryptBlocks<1>(keys, block, block);
+    }
+}
+
+std::string Crypt(const std::string& text, Mode mode) {
+    if (text.empty()) {
+        return {};
+    }
+    std::string bytes(text);
+    CryptInPlace(bytes, mode);
+    return bytes;
+}
+
+std::wstring Crypt(const std::wstring& text, Mode mode) {
+    if (text.empty()) {
+        return {};
+    }
+    const auto units = platform::Utf16FromWide(text);
+    std::string bytes;
+    bytes.reserve(units.size() * 2 + BlockSize);
+    for (const platform::Utf16Unit unit : units) {
+        bytes += static_cast<char>(unit & 0xFF);
+        bytes += static_cast<char>(unit >> 8 & 0xFF);
+    }
+    CryptInPlace(bytes, mode);
+    std::wstring result(bytes.size() / 2, L'\0');
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const auto low = static_cast<unsigned char>(bytes[2 * i]);
+        const auto high = static_cast<unsigned char>(bytes[2 * i + 1]);
+        result[i] = static_cast<wchar_t>(high << 8 | low);
+    }
+    return result;
+}
+
+} // namespace
+
+unsigned char* WEncryption::m_Key = keyBytes;
+
+std::string WEncryption::Encrypt(const std::string& text) {
+    return Crypt(text, Mode::Encrypt);
+}
+
+std::wstring WEncryption::Encrypt(const std::wstring& text) {
+    return Crypt(text, Mode::Encrypt);
+}
+
+std::string WEncryption::Decrypt(const std::string& text) {
+    return Crypt(text, Mode::Decrypt);
+}
+
+std::wstring WEncryption::Decrypt(const std::wstring& text) {
+    return Crypt(text, Mode::Decrypt);
+}
+
+std::string WEncryption::EncryptNarrowString(const std::string& text) const {
+    return Encrypt(text);
+}
+
+std::wstring WEncryption::EncryptWideString(const std::wstring& text) const {
+    return Encrypt(text);
+}
+
+std::string WEncryption::DecryptNarrowString(const std::string& text) const {
+    return Decrypt(text);
+}
+
+std::wstring WEncryption::DecryptWideString(const std::wstring& text) const {
+    return Decrypt(text);
+}
+
+} // namespace bss
