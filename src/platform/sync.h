@@ -21,6 +21,7 @@
 #ifndef PLATFORM_SYNC_H
 #define PLATFORM_SYNC_H
 
+#include "platform/error.h"
 #include "platform/export.h"
 #include "platform/types.h"
 

@@ -1,0 +1,82 @@
+// The older family.
+
+#include "bss/thread/WSynchronizer.h"
+
+#include "Blocked.h"
+#include "support/DebugOutput.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+TEST(Synchronizer, EventIsSetByReleaseAndAnswersFalseWithoutAHandle) {
+    bss::WEvent event;
+    EXPECT_FALSE(event.Acquire(0));
+    EXPECT_TRUE(event.Release());
+    EXPECT_TRUE(event.Acquire(0));
+    EXPECT_FALSE(event.AcquireEx(0, 0));
+    EXPECT_TRUE(event.SetEvent() && event.ResetEvent());
+    EXPECT_FALSE(event.Acquire(20));
+    EXPECT_TRUE(event.PulseEvent());
+
+    const std::wstring name = L"krtbss-synchronizer-" + std::to_wstring(GetCurrentProcessId());
+    const HANDLE other = CreateMutexW(nullptr, FALSE, name.c_str());
+    bss::WEvent none(false, false, name.c_str());
+    EXPECT_EQ(static_cast<void*>(none), nullptr);
+    EXPECT_EQ(static_cast<const wchar_t*>(none), name.c_str());
+    EXPECT_FALSE(none.Acquire(0) || none.AcquireEx(0, 0) || none.Release() || none.SetEvent() ||
+                 none.ResetEvent() || none.PulseEvent());
+    CloseHandle(other);
+}
+
+TEST(Synchronizer, FailureToCloseGoesToTheDebugger) {
+    DebugOutput output;
+    {
+        const bss::WEvent event;
+        CloseHandle(event);
+    }
+    const std::wstring text = output.Text();
+    const std::wstring begin = L"\tWSynchronizer:\t::~WSynchronizer get last error: ";
+    ASSERT_EQ(text.substr(0, begin.size()), begin);
+    EXPECT_GT(text.size(), begin.size() + 1);
+    EXPECT_EQ(text.back(), L'\n');
+}
+
+DWORD Owner(const bss::WCriticalSection& section) {
+    return static_cast<DWORD>(reinterpret_cast<ULONG_PTR>(section.GetOwnerThread()));
+}
+
+TEST(Synchronizer, CriticalSectionCountsItsEntries) {
+    bss::WCriticalSection section;
+    EXPECT_TRUE(section.Release()); // free: nothing happens
+    EXPECT_EQ(section.GetOwnerThread(), nullptr);
+    section.Enter();
+    section.Enter();
+    EXPECT_EQ(Owner(section), GetCurrentThreadId());
+    Blocked waiter([&] {
+        section.Enter();
+        section.Release();
+    });
+    EXPECT_TRUE(section.Release());
+    EXPECT_FALSE(waiter.HasEnded());
+    EXPECT_TRUE(section.Release());
+    EXPECT_TRUE(waiter.EndsSoon());
+    EXPECT_EQ(section.GetOwnerThread(), nullptr);
+    section.Enter(); // the end of the object leaves it
+}
+
+TEST(Synchronizer, EntriesOfAThreadAreCountedAndReleasedAtOnce) {
+    bss::WCriticalSection section;
+    section.SingleEnter();
+    section.SingleEnter();             // once only
+    EXPECT_TRUE(section.ReleaseAll()); // locked: does nothing, on purpose
+    EXPECT_EQ(Owner(section), GetCurrentThreadId());
+    EXPECT_TRUE(section.Release());
+    EXPECT_EQ(section.GetOwnerThread(), nullptr); // one Release was enough
+    section.SingleEnter();                        // the thread's entry is still there
+    EXPECT_EQ(section.GetOwnerThread(), nullptr);
+}
+
+} // namespace
