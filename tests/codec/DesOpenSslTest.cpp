@@ -98,7 +98,8 @@ TEST(DesBesideOpenSsl, AgreesForTextsOfAllLengths) {
 }
 
 // NIST SP 800-17 and 800-20, modes test in ECB: 400 times 10,000 blocks, each result the next text; then the
-// keys take the last results in. Here for single DES (equal keys) and for three keys, in both directions.
+// keys take the last results in. Here for single DES (equal keys) and for three keys, in both directions
+// (decryption: a tenth).
 TEST(DesBesideOpenSsl, AgreesInTheMonteCarloTests) {
     for (const bool triple : {false, true}) {
         for (const bool encrypt : {true, false}) {
@@ -107,7 +108,7 @@ TEST(DesBesideOpenSsl, AgreesInTheMonteCarloTests) {
                 key = FromHex("0123456789ABCDEF23456789ABCDEF01456789ABCDEF0123");
             }
             std::string text = FromHex("059B5E0851CF143A");
-            for (int outer = 0; outer < 400; ++outer) {
+            for (int outer = 0; outer < (encrypt ? 400 : 40); ++outer) {
                 std::string results[3];
                 std::string peer = text;
                 DES_key_schedule keys[3];

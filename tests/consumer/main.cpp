@@ -8,6 +8,9 @@
 #include "bss/math/WMathUtil.h"
 #include "bss/math/WPolynomialFunction.h"
 #include "bss/net/WSystemTimeEx.h"
+#include "bss/system/WCompression.h"
+#include "bss/system/WEncryption.h"
+#include "bss/system/des.h"
 
 #include <iostream>
 #include <sstream>
@@ -44,6 +47,13 @@ int main() {
         fit.InitializeFit();
         fit.PerformFit();
     }))
+    REQUIRE(
+        Catches<bss::WNECompressionFile>([] { bss::WCompression::Compress(nullptr, nullptr, nullptr, 0); }))
+    // Data and plain names of the module.
+    unsigned char block[8] = {'c', 'o', 'n', 's', 'u', 'm', 'e', 'r'};
+    des3key(bss::WEncryption::m_Key, 0);
+    Ddes(block, block);
+    REQUIRE(bss::WEncryption::Decrypt(std::string(block, block + 8)) == "consumer")
     // Thrown inside the module from text, caught here by type.
     REQUIRE(Catches<bss::WNESocketException>([] {
         std::wstring record = L"7020,WNESocketException,,MAJOR   ,10061,,,,,,,,";
