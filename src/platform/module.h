@@ -48,6 +48,9 @@ PLATFORM_API DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD 
 /// none.
 PLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
 
+/// Modules have no tables of strings here: 0 and ERROR_RESOURCE_DATA_NOT_FOUND.
+PLATFORM_API int WINAPI LoadStringW(HINSTANCE module, UINT number, LPWSTR text, int count);
+
 } // namespace platform
 
 using namespace platform; // NOLINT(google-build-using-namespace)

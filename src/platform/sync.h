@@ -57,6 +57,12 @@ using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 /// handle.
 PLATFORM_API BOOL WINAPI CloseHandle(HANDLE handle);
 
+inline constexpr DWORD DUPLICATE_SAME_ACCESS = 2;
+/// A second handle to an object, to be closed by itself. Both processes are the calling one
+/// (GetCurrentProcess()), and the option DUPLICATE_SAME_ACCESS.
+PLATFORM_API BOOL WINAPI DuplicateHandle(HANDLE sourceProcess, HANDLE source, HANDLE targetProcess,
+                                         HANDLE* target, DWORD access, BOOL inheritHandle, DWORD options);
+
 /// Null and the last error on failure: ERROR_INVALID_HANDLE if the name belongs to an object of another kind.
 /// Where an object of that name exists it is opened, the other arguments are ignored, and the last error is
 /// ERROR_ALREADY_EXISTS; it is 0 where the object was made.

@@ -118,6 +118,24 @@ TEST(Waits, ForAllTakeNothingBeforeTheyCanTakeEverything) {
     EXPECT_TRUE(ReleaseMutex(mutex));
 }
 
+TEST(Waits, SignalReachesItsWaiterPastOneThatWaitsForMore) {
+    // Whoever waits for all came first, and can't take what the other one waits for.
+    for (int i = 0; i < 3; ++i) {
+        const Handle event = AutoEvent();
+        const Handle never = AutoEvent();
+        const HANDLE both[] = {event, never};
+        std::thread forAll([&] { EXPECT_EQ(WaitForMultipleObjects(2, both, TRUE, kLongMs), WAIT_OBJECT_0); });
+        Sleep(kSettleMs);
+        std::thread forOne([&] { EXPECT_EQ(WaitForSingleObject(event, kLongMs / 2), WAIT_OBJECT_0); });
+        Sleep(kSettleMs);
+        SetEvent(event);
+        forOne.join();
+        SetEvent(event);
+        SetEvent(never);
+        forAll.join();
+    }
+}
+
 TEST(Waits, TwoForAllInOppositeOrderDoNotBlockEachOther) {
     const Handle a = Mutex();
     const Handle b = Mutex();

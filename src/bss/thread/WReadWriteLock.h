@@ -45,7 +45,7 @@ private:
 
 class KRTBSS_API WSingleLockReadWrite : public WNoncopyable {
 public:
-    enum e_lockstate { ReadLock = 1, WriteLock = 2 };
+    enum e_lockstate : int { ReadLock = 1, WriteLock = 2 };
 
     /// Takes the lock as `state` says; any other value takes none. A null lock makes all operations do
     /// nothing.

@@ -8,7 +8,7 @@ namespace bss::sync {
 
 WReadWritePtrEx::WReadWritePtrEx() = default;
 
-WReadWritePtrEx::~WReadWritePtrEx() noexcept(false) {
+WReadWritePtrEx::~WReadWritePtrEx() noexcept(false) { // NOLINT(bugprone-exception-escape)
     if (!m_semaphore.Lock(INFINITE)) {
         throw std::runtime_error("Critical Failure: destroying a locked object.");
     }

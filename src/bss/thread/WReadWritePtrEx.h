@@ -24,7 +24,7 @@ public:
     WReadWritePtrEx();
     /// Waits for ever until the data are free; throws std::runtime_error, "Critical Failure: destroying a
     /// locked object.", if the wait fails.
-    ~WReadWritePtrEx() noexcept(false) override;
+    ~WReadWritePtrEx() noexcept(false) override; // NOLINT(bugprone-exception-escape): told to throw
 
     /// False if the data, or the turn to ask for them, did not come in time. In the first case the reader is
     /// counted all the same, and this is meant: ReleaseReadLock takes it back.

@@ -2,6 +2,7 @@
 
 #include "platform/error.h"
 #include "platform/sync.h"
+#include "platform/user.h"
 
 #include <algorithm>
 #include <memory>
@@ -191,6 +192,24 @@ BOOL CloseHandle(HANDLE handle) {
         posix::Retire(slot, generation);
     }
     return TRUE;
+}
+
+BOOL DuplicateHandle(HANDLE sourceProcess, HANDLE source, HANDLE targetProcess, HANDLE* target,
+                     DWORD /*access*/, BOOL /*inheritHandle*/, DWORD options) {
+    *target = nullptr;
+    const posix::UsedHandle used(source);
+    if (used.Object() == nullptr || sourceProcess != GetCurrentProcess() ||
+        targetProcess != GetCurrentProcess()) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    if (options != DUPLICATE_SAME_ACCESS) {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        return FALSE;
+    }
+    used.Object()->AddReference();
+    *target = posix::OpenHandle(posix::Reference<posix::KernelObject>(used.Object()));
+    return *target != nullptr ? TRUE : FALSE;
 }
 
 } // namespace platform

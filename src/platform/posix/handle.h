@@ -13,7 +13,12 @@
 
 namespace platform::posix {
 
-enum class ObjectKind : std::uint32_t { Event = 1, Mutex = 2, Semaphore = 3 };
+enum class ObjectKind : std::uint32_t { Event = 1, Mutex = 2, Semaphore = 3, Token = 4, EventSource = 5 };
+
+/// Whether objects of a kind can be waited for.
+constexpr bool IsWaitable(ObjectKind kind) {
+    return kind == ObjectKind::Event || kind == ObjectKind::Mutex || kind == ObjectKind::Semaphore;
+}
 
 /// What handles refer to. Lives until the last reference is dropped; open handles are references, too.
 class KernelObject {

@@ -150,4 +150,12 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     return reinterpret_cast<FARPROC>(address);
 }
 
+int LoadStringW(HINSTANCE /*module*/, UINT /*number*/, LPWSTR text, int count) {
+    if (text != nullptr && count > 0) {
+        *text = L'\0';
+    }
+    SetLastError(ERROR_RESOURCE_DATA_NOT_FOUND);
+    return 0;
+}
+
 } // namespace platform

@@ -219,7 +219,7 @@ DWORD WaitForHandles(const HANDLE* handles, std::size_t count, bool all, DWORD t
     Wait wait(count, timeoutMs, input);
     for (std::size_t i = 0; i < count; ++i) {
         KernelObject* const object = used[i].emplace(handles[i]).Object();
-        if (object == nullptr) {
+        if (object == nullptr || !IsWaitable(object->Kind())) {
             SetLastError(ERROR_INVALID_HANDLE);
             return WAIT_FAILED;
         }

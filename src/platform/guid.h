@@ -1,0 +1,59 @@
+// Globally unique identifiers.
+//
+//     GUID id;
+//     if (SUCCEEDED(CoCreateGuid(&id))) {
+//         wchar_t text[39];
+//         StringFromGUID2(id, text, 39);       // {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}
+//     }
+//
+// Threads: all calls may be used from any thread.
+
+#ifndef PLATFORM_GUID_H
+#define PLATFORM_GUID_H
+
+#include "platform/export.h"
+#include "platform/types.h"
+
+#ifdef _WIN32
+#include <objbase.h>
+#include <rpc.h>
+#else
+
+namespace platform {
+
+struct GUID {
+    ULONG Data1;
+    USHORT Data2;
+    USHORT Data3;
+    UCHAR Data4[8];
+};
+using UUID = GUID;
+using REFGUID = const GUID&;
+using RPC_STATUS = LONG;
+
+inline constexpr RPC_STATUS RPC_S_OK = 0;
+
+inline bool operator==(const GUID& a, const GUID& b) {
+    return __builtin_memcmp(&a, &b, sizeof(GUID)) == 0;
+}
+inline bool operator!=(const GUID& a, const GUID& b) {
+    return !(a == b);
+}
+
+/// A random identifier (RFC 4122, version 4). E_POINTER for null, E_FAIL where the system has no random
+/// numbers.
+PLATFORM_API HRESULT WINAPI CoCreateGuid(GUID* id);
+/// 39 with the closing NUL; 0 if `count` characters are not enough.
+PLATFORM_API int WINAPI StringFromGUID2(REFGUID id, LPWSTR text, int count);
+/// -1, 0 or 1 by Data1, Data2, Data3 and the bytes of Data4, all without sign. Null is the identifier of
+/// zeros.
+PLATFORM_API int WINAPI UuidCompare(UUID* a, UUID* b, RPC_STATUS* status);
+
+} // namespace platform
+
+using namespace platform; // NOLINT(google-build-using-namespace)
+#endif
+
+static_assert(sizeof(GUID) == 16);
+
+#endif

@@ -1,0 +1,165 @@
+#include "bss/system/base64.h"
+
+#include <boost/archive/iterators/base64_from_binary.hpp>
+#include <boost/archive/iterators/transform_width.hpp>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace bss::base64;
+using Bytes = std::vector<unsigned char>;
+
+std::string Text(const Bytes& bytes, unsigned long flags) {
+    const int required = EncodeGetRequiredLength(static_cast<int>(bytes.size()), flags);
+    std::string text(static_cast<std::size_t>(required) + 1, '#');
+    int length = required;
+    static constexpr unsigned char nothing = 0;
+    const unsigned char* const source = bytes.empty() ? &nothing : bytes.data();
+    EXPECT_TRUE(Encode(source, static_cast<int>(bytes.size()), text.data(), &length, flags));
+    EXPECT_EQ(length, required);
+    EXPECT_EQ(text.back(), '#'); // not beyond its room
+    text.pop_back();
+    return text;
+}
+
+Bytes Data(const std::string& text) {
+    Bytes bytes(text.size() + 1, 0xEE);
+    int length = DecodeGetRequiredLength(static_cast<int>(text.size()));
+    EXPECT_TRUE(Decode(text.data(), static_cast<int>(text.size()), bytes.data(), &length));
+    EXPECT_EQ(bytes.back(), 0xEE);
+    bytes.resize(static_cast<std::size_t>(length));
+    return bytes;
+}
+
+Bytes BytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+/// Another encoder: Boost's, with the padding added.
+std::string BoostText(const Bytes& bytes) {
+    using namespace boost::archive::iterators;
+    using Iterator = base64_from_binary<transform_width<Bytes::const_iterator, 6, 8>>;
+    std::string text(Iterator(bytes.begin()), Iterator(bytes.end()));
+    return text.append((3 - bytes.size() % 3) % 3, '=');
+}
+
+Bytes RandomBytes(std::size_t length, unsigned seed) {
+    std::minstd_rand random(seed);
+    Bytes bytes(length);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<unsigned char>(random() >> 8); });
+    return bytes;
+}
+
+TEST(Base64, PublishedVectors) {
+    const char* const vectors[][3] = {{"", "", ""},
+                                      {"f", "Zg==", "Zg"},
+                                      {"fo", "Zm8=", "Zm8"},
+                                      {"foo", "Zm9v", "Zm9v"},
+                                      {"foob", "Zm9vYg==", "Zm9vYg"},
+                                      {"fooba", "Zm9vYmE=", "Zm9vYmE"},
+                                      {"foobar", "Zm9vYmFy", "Zm9vYmFy"}};
+    for (const auto& [plain, padded, bare] : vectors) {
+        EXPECT_EQ(Text(BytesOf(plain), 0), padded);
+        EXPECT_EQ(Text(BytesOf(plain), NoPadding), bare);
+        EXPECT_EQ(Data(padded), BytesOf(plain));
+        EXPECT_EQ(Data(bare), BytesOf(plain));
+    }
+}
+
+TEST(Base64, EveryLengthAsAnotherEncoderAndBack) {
+    for (std::size_t length = 1; length < 400; ++length) {
+        const Bytes bytes = RandomBytes(length, static_cast<unsigned>(length));
+        const std::string expected = BoostText(bytes);
+        EXPECT_EQ(Text(bytes, NoLineBreaks), expected) << length;
+        const std::string lines = Text(bytes, 0);
+        std::string joined = lines;
+        joined.erase(
+            std::remove_if(joined.begin(), joined.end(), [](char c) { return c == '\r' || c == '\n'; }),
+            joined.end());
+        EXPECT_EQ(joined, expected) << length;
+        EXPECT_EQ(Data(lines), bytes) << length;
+        EXPECT_EQ(Data(expected), bytes) << length;
+    }
+}
+
+TEST(Base64, FullLinesEndInALineBreakAndTheRestDoesNot) {
+    for (const std::size_t length : {56U, 57U, 58U, 114U, 115U}) {
+        const std::string text = Text(RandomBytes(length, 1), 0);
+        std::size_t at = 0;
+        for (; text.size() - at >= 76; at += 78) {
+            EXPECT_EQ(text.substr(at + 76, 2), length / 57 > at / 78 ? "\r\n" : "") << length;
+            if (length / 57 <= at / 78) {
+                break;
+            }
+        }
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), static_cast<long>(length / 57)) << length;
+        EXPECT_EQ(text.back() == '\n', length % 57 == 0) << length;
+    }
+}
+
+TEST(Base64, OtherCharactersAreSkippedWhereverTheyStand) {
+    EXPECT_EQ(Data("Z m\t9\r\nv-_\x80\xff Y=g=="), BytesOf("foob"));
+    EXPECT_EQ(Data("===="), Bytes{});
+    EXPECT_EQ(Data("Z"), Bytes{}); // six bits are no byte
+    EXPECT_EQ(Data("Zm9vY"), BytesOf("foo"));
+    std::string sprinkled;
+    const Bytes bytes = RandomBytes(200, 3);
+    for (const char c : BoostText(bytes)) {
+        sprinkled += c;
+        sprinkled += "\n !"[sprinkled.size() % 3];
+    }
+    EXPECT_EQ(Data(sprinkled), bytes);
+}
+
+TEST(Base64, NoInputAndNoRoomDoHarm) {
+    std::minstd_rand random(5);
+    for (int round = 0; round < 3000; ++round) {
+        std::string text(random() % 40, '\0');
+        for (char& c : text) {
+            c = round % 2 == 0 ? static_cast<char>(random() >> 8) : "ABCDabcd0123+/=\n"[random() % 16];
+        }
+        const Bytes whole = Data(text);
+        const auto room = static_cast<std::size_t>(random() % 30);
+        Bytes target(room + 1, 0xEE);
+        int length = static_cast<int>(room);
+        const bool decoded = Decode(text.data(), static_cast<int>(text.size()), target.data(), &length);
+        EXPECT_EQ(decoded, whole.size() <= room);
+        EXPECT_EQ(length, decoded ? static_cast<int>(whole.size()) : 0);
+        EXPECT_EQ(target.back(), 0xEE);
+    }
+    const Bytes bytes = RandomBytes(100, 1);
+    std::string text(200, '#');
+    for (const unsigned long flags : {0UL, NoPadding, NoLineBreaks, NoPadding | NoLineBreaks}) {
+        int length = EncodeGetRequiredLength(100, flags) - 1;
+        EXPECT_FALSE(Encode(bytes.data(), 100, text.data(), &length, flags));
+        EXPECT_EQ(length, 0);
+    }
+    int length = 200;
+    EXPECT_FALSE(Encode(nullptr, 1, text.data(), &length, 0));
+    EXPECT_FALSE(Encode(bytes.data(), 1, nullptr, &length, 0));
+    EXPECT_FALSE(Encode(bytes.data(), 1, text.data(), nullptr, 0));
+    length = 200;
+    EXPECT_FALSE(Encode(bytes.data(), -1, text.data(), &length, 0));
+    Bytes target(10);
+    EXPECT_FALSE(Decode(nullptr, 1, target.data(), &length));
+    EXPECT_FALSE(Decode("Zm9v", 4, nullptr, &length));
+    EXPECT_FALSE(Decode("Zm9v", 4, target.data(), nullptr));
+    length = 10;
+    EXPECT_FALSE(Decode("Zm9v", -1, target.data(), &length));
+    length = -1;
+    EXPECT_FALSE(Decode("Zm9v", 4, target.data(), &length));
+
+    EXPECT_EQ(EncodeGetRequiredLength(-1, 0), 0);
+    EXPECT_EQ(EncodeGetRequiredLength(INT_MAX, 0), INT_MAX);
+    EXPECT_EQ(DecodeGetRequiredLength(77), 77);
+    length = INT_MAX;
+    EXPECT_FALSE(Encode(bytes.data(), INT_MAX, text.data(), &length, 0)); // its text has no length
+}
+
+} // namespace
