@@ -156,7 +156,7 @@ DWORD Wait::ForAny() {
 }
 
 DWORD Wait::ForAll() {
-    std::size_t order[MAXIMUM_WAIT_OBJECTS];
+    std::size_t order[MAXIMUM_WAIT_OBJECTS] = {};
     std::iota(order, order + m_count, std::size_t{0});
     std::sort(order, order + m_count, [this](std::size_t a, std::size_t b) {
         return m_standings[a].object->IsBefore(*m_standings[b].object);
