@@ -22,6 +22,7 @@ configure_package_config_file(cmake/krtbssConfig.cmake.in "${CMAKE_BINARY_DIR}/k
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/krtbssConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
 install(FILES "${CMAKE_BINARY_DIR}/krtbssConfig.cmake" "${CMAKE_BINARY_DIR}/krtbssConfigVersion.cmake"
+              cmake/KrtbssVersionResource.cmake cmake/versionresource.cpp.in cmake/versionresource.rc.in
         DESTINATION ${package_dir})
 
 # From the folder of the pkg-config file to the prefix, which so can be moved.

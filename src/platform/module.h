@@ -48,6 +48,13 @@ PLATFORM_API DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD 
 /// none.
 PLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
 
+/// Loads a shared library, or counts one more holder of it. A name without a slash is looked for where the
+/// dynamic linker looks. Null and ERROR_MOD_NOT_FOUND if there is none, ERROR_BAD_EXE_FORMAT if the file is
+/// there and can't be loaded.
+PLATFORM_API HMODULE WINAPI LoadLibraryW(LPCWSTR path);
+/// Gives up one hold; the last one unloads the module.
+PLATFORM_API BOOL WINAPI FreeLibrary(HMODULE module);
+
 /// Modules have no tables of strings here: 0 and ERROR_RESOURCE_DATA_NOT_FOUND.
 PLATFORM_API int WINAPI LoadStringW(HINSTANCE module, UINT number, LPWSTR text, int count);
 

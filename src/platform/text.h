@@ -46,6 +46,9 @@ PLATFORM_API int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR 
                                             LPSTR narrow, int room, LPCSTR defaultChar,
                                             BOOL* usedDefaultChar);
 
+/// Each character in upper case where it has one of its own, in no language's special way. The count.
+PLATFORM_API DWORD WINAPI CharUpperBuffW(LPWSTR text, DWORD count);
+
 } // namespace platform
 
 using namespace platform; // NOLINT(google-build-using-namespace)

@@ -94,6 +94,9 @@ PLATFORM_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMA
 /// Seconds since 1 January 1970 to UTC fields, years 1970 to 3000. EINVAL with all fields -1 for other
 /// counts.
 PLATFORM_API int _gmtime64_s(std::tm* time, const LONGLONG* seconds); // NOLINT(bugprone-reserved-identifier)
+/// Local fields to seconds since 1 January 1970; brings the fields into their ranges. -1, EINVAL and the
+/// fields as they were for times outside the years 1970 to 3000.
+PLATFORM_API LONGLONG _mktime64(std::tm* time); // NOLINT(bugprone-reserved-identifier)
 
 } // namespace platform
 

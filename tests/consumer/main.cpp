@@ -10,6 +10,7 @@
 #include "bss/net/WSystemTimeEx.h"
 #include "bss/system/WCompression.h"
 #include "bss/system/WEncryption.h"
+#include "bss/system/WVersionResource.h"
 #include "bss/system/des.h"
 
 #include <iostream>
@@ -49,6 +50,16 @@ int main() {
     }))
     REQUIRE(
         Catches<bss::WNECompressionFile>([] { bss::WCompression::Compress(nullptr, nullptr, nullptr, 0); }))
+    // The version resource that the package's CMake function gave this program; pkg-config has none to give.
+    const bss::WVersionResource version(nullptr);
+#ifdef CONSUMER_HAS_VERSION
+    REQUIRE(version.GetModuleVersion() == std::wstring(L"2.3.4.5"))
+    REQUIRE(version.GetProductName() == std::wstring(L"A stranger's \"program\""))
+    REQUIRE(version.GetKRTFileVer() == std::wstring(L"5.3.2.0"))
+    REQUIRE(version.GetFileType() == std::wstring(L"Application"))
+#else
+    REQUIRE(version.GetModuleVersion() == std::wstring())
+#endif
     // Data and plain names of the module.
     unsigned char block[8] = {'c', 'o', 'n', 's', 'u', 'm', 'e', 'r'};
     des3key(bss::WEncryption::m_Key, 0);

@@ -38,6 +38,30 @@ std::wstring FileOf(HMODULE module) {
     return std::filesystem::path(std::wstring(path, length)).filename().wstring();
 }
 
+TEST(LoadLibrary, LoadsOnceForAllHoldersAndUnloadsWithTheLast) {
+    const std::wstring file = std::filesystem::path(PLATFORM_ENTRY_MODULE).wstring();
+    const HMODULE first = LoadLibraryW(file.c_str());
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(LoadLibraryW(file.c_str()), first);
+    EXPECT_EQ(FileOf(first), std::filesystem::path(file).filename().wstring());
+    EXPECT_TRUE(FreeLibrary(first));
+    wchar_t path[MAX_PATH];
+    EXPECT_NE(GetModuleFileNameW(first, path, MAX_PATH), 0U);
+    EXPECT_TRUE(FreeLibrary(first));
+    SetLastError(0);
+    EXPECT_FALSE(FreeLibrary(first));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+}
+
+TEST(LoadLibrary, SaysWhyNot) {
+    SetLastError(0);
+    EXPECT_EQ(LoadLibraryW(L"there-is-no-such-module"), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+    SetLastError(0);
+    EXPECT_EQ(LoadLibraryW(std::filesystem::path(KRTBSS_SOURCE_DIR "/README.md").wstring().c_str()), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BAD_EXE_FORMAT));
+}
+
 } // namespace
 
 TEST(Module, BadArgumentsAreRefused) {

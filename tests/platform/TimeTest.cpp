@@ -18,6 +18,27 @@ FILETIME FileTimeOf(std::uint64_t ticks) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32U)};
 }
 
+TEST(Mktime, BringsFieldsIntoTheirRanges) {
+    std::tm time{};
+    time.tm_year = 104;
+    time.tm_mon = 12; // the next January
+    time.tm_mday = 32;
+    time.tm_isdst = -1;
+    const LONGLONG seconds = _mktime64(&time);
+    EXPECT_EQ(time.tm_year, 105);
+    EXPECT_EQ(time.tm_mon, 1);
+    EXPECT_EQ(time.tm_mday, 1);
+    EXPECT_EQ(time.tm_wday, 2);
+    std::tm utc{};
+    ASSERT_EQ(_gmtime64_s(&utc, &seconds), 0);
+    EXPECT_EQ(utc.tm_year, 105); // whatever the zone
+    std::tm early{};
+    early.tm_year = 50;
+    early.tm_mday = 1;
+    EXPECT_EQ(_mktime64(&early), -1);
+    EXPECT_EQ(early.tm_year, 50);
+}
+
 } // namespace
 
 TEST(SystemTime, OutOfRangeFieldsAreRefused) {

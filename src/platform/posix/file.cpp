@@ -1,6 +1,6 @@
 #include "platform/file.h"
 
-#include "platform/text.h"
+#include "platform/posix/modulefile.h"
 
 #include <algorithm>
 #include <string>
@@ -14,13 +14,6 @@ namespace {
 errno_t Fail(errno_t error) {
     errno = error;
     return error;
-}
-
-/// The path in UTF-8; empty if it has no such form.
-std::string PathBytes(LPCWSTR path) {
-    const std::wstring_view wide(path);
-    std::string narrow = Utf8FromWide(wide);
-    return WideFromUtf8(narrow) == wide ? narrow : std::string();
 }
 
 /// The mode for fopen; empty if it is not one of those that are promised.
@@ -67,7 +60,7 @@ errno_t _wfopen_s(std::FILE** file, LPCWSTR path, LPCWSTR mode) {
     if (modeBytes.empty()) {
         return Fail(EINVAL);
     }
-    const std::string pathBytes = PathBytes(path);
+    const std::string pathBytes = posix::PathBytes(path);
     if (pathBytes.empty() && *path != L'\0') {
         return Fail(EILSEQ);
     }

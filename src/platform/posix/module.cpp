@@ -1,6 +1,7 @@
 #include "platform/module.h"
 
 #include "platform/error.h"
+#include "platform/posix/modulefile.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -148,6 +149,29 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
         SetLastError(ERROR_PROC_NOT_FOUND);
     }
     return reinterpret_cast<FARPROC>(address);
+}
+
+HMODULE LoadLibraryW(LPCWSTR path) {
+    if (path == nullptr) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    const std::string bytes = posix::PathBytes(path);
+    void* const handle = bytes.empty() ? nullptr : dlopen(bytes.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        const bool isThere = bytes.find('/') != std::string::npos && access(bytes.c_str(), F_OK) == 0;
+        SetLastError(isThere ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
+    }
+    return reinterpret_cast<HMODULE>(handle);
+}
+
+BOOL FreeLibrary(HMODULE module) {
+    std::string file;
+    if (module == nullptr || !FindModule(module, &file)) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return FALSE;
+    }
+    return dlclose(module) == 0 ? TRUE : FALSE;
 }
 
 int LoadStringW(HINSTANCE /*module*/, UINT /*number*/, LPWSTR text, int count) {

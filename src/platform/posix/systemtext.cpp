@@ -59,6 +59,7 @@ constexpr TextRow kTexts[] = {
     {ERROR_INVALID_ADDRESS, L"Invalid address."},
     {ERROR_ARITHMETIC_OVERFLOW, L"Arithmetic overflow."},
     {ERROR_RESOURCE_DATA_NOT_FOUND, L"Resource data not found."},
+    {ERROR_RESOURCE_TYPE_NOT_FOUND, L"Resource type not found."},
     {ERROR_NO_TOKEN, L"No token."},
     {ERROR_BUFFER_OVERFLOW, L"Buffer overflow."},
     {ERROR_NOT_OWNER, L"The caller is not the owner."},

@@ -2,8 +2,10 @@
 
 #include "platform/error.h"
 
+#include <clocale>
 #include <cstring>
 #include <cwchar>
+#include <cwctype>
 
 namespace platform {
 
@@ -160,6 +162,16 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LP
         return Fail(ERROR_INVALID_PARAMETER);
     }
     return static_cast<int>(count);
+}
+
+DWORD CharUpperBuffW(LPWSTR text, DWORD count) {
+    // Made once, and whatever the program's own locale is: its characters are Unicode's.
+    static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    for (DWORD i = 0; i < count; ++i) {
+        const auto c = static_cast<wint_t>(static_cast<char32_t>(text[i]));
+        text[i] = static_cast<wchar_t>(unicode == nullptr ? std::towupper(c) : towupper_l(c, unicode));
+    }
+    return count;
 }
 
 } // namespace platform

@@ -9,6 +9,12 @@
 
 namespace platform {
 
+namespace {
+
+constexpr LONGLONG kLastSecond = 32'535'244'799; // of the year 3000, in the westernmost zone of its makers
+
+} // namespace
+
 namespace posix {
 
 std::optional<std::int64_t> TicksFromSystemTime(const SYSTEMTIME& time) {
@@ -99,14 +105,24 @@ LONG CompareFileTime(const FILETIME* a, const FILETIME* b) {
     return first < second ? -1 : first > second ? 1 : 0;
 }
 
+LONGLONG _mktime64(std::tm* time) { // NOLINT(bugprone-reserved-identifier)
+    std::tm fields = time == nullptr ? std::tm{} : *time;
+    const LONGLONG seconds = time == nullptr ? -1 : mktime(&fields);
+    if (seconds < 0 || seconds > kLastSecond) {
+        errno = EINVAL;
+        return -1;
+    }
+    *time = fields;
+    return seconds;
+}
+
 int _gmtime64_s(std::tm* time, const LONGLONG* seconds) { // NOLINT(bugprone-reserved-identifier)
-    constexpr LONGLONG lastSecond = 32'535'244'799; // of the year 3000, in the westernmost zone of its makers
     if (time == nullptr) {
         errno = EINVAL;
         return EINVAL;
     }
     *time = std::tm{};
-    if (seconds == nullptr || *seconds < 0 || *seconds > lastSecond) {
+    if (seconds == nullptr || *seconds < 0 || *seconds > kLastSecond) {
         time->tm_sec = time->tm_min = time->tm_hour = -1;
         time->tm_mday = time->tm_mon = time->tm_year = -1;
         time->tm_wday = time->tm_yday = time->tm_isdst = -1;

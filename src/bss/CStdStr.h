@@ -1,0 +1,70 @@
+// CStdStr: the library's wide string class, a standard string with formatting and trimming.
+//
+//     CStdStr<wchar_t> text;
+//     text.Format(L"%d.%d of %s", 1, 2, L"file");     // wide text, on every system
+//     text.TrimRight(L" .");
+//
+// It has the layout and the operations of std::basic_string, and converts from and to it.
+//
+// Threads: objects are values.
+
+#ifndef BSS_CSTDSTR_H
+#define BSS_CSTDSTR_H
+
+#include "bss/Export.h"
+
+#include <cstdarg>
+#include <string>
+#include <utility>
+
+namespace bss {
+
+/// Formats as printf does, with the conversions of this library's wide interfaces: %s and %c stand for wide
+/// text, %S, %hs and %hc for narrow, I64 for 64 bits. A text that can't be formed (narrow text that is none
+/// in the program's locale, more than 16 million characters) is empty.
+KRTBSS_API std::wstring FormatWideText(const wchar_t* format, std::va_list arguments);
+
+template <class Character>
+class CStdStr : public std::basic_string<Character> {
+    using Base = std::basic_string<Character>;
+
+public:
+    using Base::Base;
+    CStdStr() = default;
+    CStdStr(const Base& text) : Base(text) {}
+    CStdStr(Base&& text) noexcept : Base(std::move(text)) {}
+    /// A null pointer is an empty text.
+    CStdStr(const Character* text) : Base(text == nullptr ? Base() : Base(text)) {}
+
+    using Base::operator=;
+    CStdStr& operator=(const Character* text) { return *this = CStdStr(text); }
+
+    /// Replaces the text; the arguments may point into it. See FormatWideText.
+    void Format(const Character* format, ...) {
+        std::va_list arguments;
+        va_start(arguments, format);
+        FormatV(format, arguments);
+        va_end(arguments);
+    }
+    void FormatV(const Character* format, std::va_list arguments) {
+        *this = FormatWideText(format, arguments);
+    }
+
+    /// Take off the characters of a set, or white space, at both ends or at one.
+    CStdStr& Trim() { return TrimRight().TrimLeft(); }
+    CStdStr& TrimLeft(const Character* set = kWhiteSpace) {
+        this->erase(0, this->find_first_not_of(set));
+        return *this;
+    }
+    CStdStr& TrimRight(const Character* set = kWhiteSpace) {
+        this->erase(this->find_last_not_of(set) + 1); // npos + 1 is 0
+        return *this;
+    }
+
+private:
+    static constexpr Character kWhiteSpace[] = {' ', '\t', '\n', '\v', '\f', '\r', 0};
+};
+
+} // namespace bss
+
+#endif

@@ -1,0 +1,63 @@
+#include "platform/posix/modulefile.h"
+
+#include "platform/error.h"
+#include "platform/text.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform::posix {
+
+std::string PathBytes(LPCWSTR path) {
+    const std::wstring_view wide(path);
+    std::string narrow = Utf8FromWide(wide);
+    return WideFromUtf8(narrow) == wide ? narrow : std::string();
+}
+
+ModuleFile::ModuleFile(LPCWSTR path) : m_descriptor(-1) {
+    const std::string bytes = path == nullptr ? std::string() : PathBytes(path);
+    if (bytes.empty()) {
+        SetLastError(path == nullptr ? ERROR_INVALID_PARAMETER : ERROR_INVALID_NAME);
+        return;
+    }
+    // A pipe must not hold up who opens it.
+    m_descriptor = open(bytes.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat status {};
+    if (m_descriptor < 0) {
+        SetLastError(ErrorFromErrno(errno));
+    } else if (fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(m_descriptor);
+        m_descriptor = -1;
+        SetLastError(ERROR_ACCESS_DENIED);
+    }
+}
+
+ModuleFile::~ModuleFile() {
+    if (m_descriptor >= 0) {
+        close(m_descriptor);
+    }
+}
+
+bool ModuleFile::Read(std::uint64_t offset, void* target, std::size_t size) const {
+    auto* at = static_cast<char*>(target);
+    while (size != 0) {
+        if (offset > static_cast<std::uint64_t>(INT64_MAX)) {
+            return false;
+        }
+        const ssize_t count = pread(m_descriptor, at, size, static_cast<off_t>(offset));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return false;
+        }
+        at += count;
+        offset += static_cast<std::uint64_t>(count);
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+} // namespace platform::posix

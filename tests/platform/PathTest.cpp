@@ -1,0 +1,67 @@
+#include "platform/path.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+namespace {
+
+struct Parts {
+    wchar_t folder[_MAX_DIR];
+    wchar_t name[_MAX_FNAME];
+    wchar_t extension[_MAX_EXT];
+};
+
+int Split(const wchar_t* path, Parts* parts) {
+    return _wsplitpath_s(path, nullptr, 0, parts->folder, _MAX_DIR, parts->name, _MAX_FNAME, parts->extension,
+                         _MAX_EXT);
+}
+
+TEST(SplitPath, PartsAreThoseOfTheLastSlashAndPoint) {
+    struct Row {
+        const wchar_t* path;
+        const wchar_t* folder;
+        const wchar_t* name;
+        const wchar_t* extension;
+    };
+    const Row rows[] = {
+        {L"/opt/suite/Control.exe", L"/opt/suite/", L"Control", L".exe"},
+        {L"a.b/c", L"a.b/", L"c", L""},
+        {L"libx.so.1", L"", L"libx.so", L".1"},
+        {L".profile", L"", L"", L".profile"},
+        {L"folder/", L"folder/", L"", L""},
+        {L"", L"", L"", L""},
+    };
+    for (const Row& row : rows) {
+        Parts parts{};
+        EXPECT_EQ(Split(row.path, &parts), 0) << row.path;
+        EXPECT_STREQ(parts.folder, row.folder) << row.path;
+        EXPECT_STREQ(parts.name, row.name) << row.path;
+        EXPECT_STREQ(parts.extension, row.extension) << row.path;
+    }
+    Parts parts{L"f", L"n", L"e"};
+    EXPECT_EQ(Split((L"x/" + std::wstring(_MAX_FNAME, L'n')).c_str(), &parts), ERANGE);
+    EXPECT_STREQ(parts.folder, L"");
+    EXPECT_STREQ(parts.name, L"");
+}
+
+TEST(ShortPath, IsThatOfAFileThatExists) {
+    wchar_t path[MAX_PATH] = {};
+    EXPECT_EQ(GetShortPathNameW(L"there-is-no-such-file", path, MAX_PATH), 0U);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    const DWORD length = GetShortPathNameW(L".", path, MAX_PATH);
+    EXPECT_EQ(std::wstring(path), L".");
+    EXPECT_EQ(length, 1U);
+    EXPECT_EQ(GetShortPathNameW(L".", path, 1), 2U); // with the NUL
+}
+
+TEST(UpperCase, CharactersOfAllScriptsWhateverTheLocale) {
+    std::wstring text = L"az09\u00E4\u03C9\u0436\u00DF";
+    EXPECT_EQ(CharUpperBuffW(text.data(), static_cast<DWORD>(text.size())), text.size());
+    EXPECT_EQ(text, L"AZ09\u00C4\u03A9\u0416\u00DF");
+}
+
+} // namespace

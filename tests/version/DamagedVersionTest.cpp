@@ -1,0 +1,118 @@
+// Version blocks that are cut, or lie about their lengths, must not be read beyond their end. What can be
+// read of them is not told; that nothing else is touched, the address sanitizer tells.
+
+#include "Support.h"
+
+#include "bss/system/WVersionResource.h"
+#include "platform/version.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+/// Asks a file for all that a reader could want. How many values were found.
+int QueryAll(const std::filesystem::path& path) {
+    const std::wstring wide = path.wstring();
+    const DWORD size = GetFileVersionInfoSizeW(wide.c_str(), nullptr);
+    std::vector<unsigned char> block(size);
+    if (size == 0 || !GetFileVersionInfoW(wide.c_str(), 0, size, block.data())) {
+        return 0;
+    }
+    int found = 0;
+    for (const wchar_t* const name :
+         {L"\\", L"\\VarFileInfo\\Translation", L"\\StringFileInfo", L"\\StringFileInfo\\040704e4",
+          L"\\StringFileInfo\\040704e4\\ProductName", L"\\StringFileInfo\\040704e4\\KRTIOVer",
+          L"\\StringFileInfo\\040c04b0\\ProductVersion"}) {
+        void* value = nullptr;
+        UINT length = 0;
+        if (VerQueryValueW(block.data(), name, &value, &length)) {
+            ++found;
+            const bool isText =
+                std::wcschr(name + 1, L'\\') != nullptr && name[1] == L'S' && std::wcslen(name) > 25;
+            const auto at = static_cast<std::size_t>(static_cast<unsigned char*>(value) - block.data());
+            EXPECT_LE(at + length * (isText ? sizeof(wchar_t) : 1), block.size()) << name;
+        }
+    }
+    return found;
+}
+
+std::vector<std::filesystem::path> FilesToDamage() {
+    std::vector<std::filesystem::path> files{ModuleFilePath("version_full")};
+#ifdef PE_FOLDER
+    for (const char* const triple : {"x86_64-w64-mingw32", "i686-w64-mingw32"}) {
+        files.push_back(std::filesystem::path(PE_FOLDER) / triple / "version_full.dll");
+    }
+#endif
+    return files;
+}
+
+class DamagedVersion : public testing::Test {
+protected:
+    void SetUp() override {
+#ifdef _WIN32
+        GTEST_SKIP() << "the reader is the system's own here";
+#endif
+    }
+};
+
+TEST_F(DamagedVersion, CutFilesGiveLess) {
+    for (const std::filesystem::path& file : FilesToDamage()) {
+        if (!std::filesystem::exists(file)) {
+            continue; // no resource compiler when the tests were built
+        }
+        const std::string bytes = ReadBytes(file);
+        const std::size_t block = FindBlock(bytes);
+        EXPECT_EQ(QueryAll(TemporaryFile(bytes).Path()), 7) << file;
+        // The headers byte by byte, the rest in strides.
+        for (std::size_t size = 0; size < bytes.size(); size += size < 0x400 ? 1 : 61) {
+            const int found = QueryAll(TemporaryFile(bytes.substr(0, size)).Path());
+            EXPECT_TRUE(found == 0 || size > block) << file << " " << size;
+        }
+    }
+}
+
+TEST_F(DamagedVersion, LengthsAndOffsetsThatLieDoNoHarm) {
+    for (const std::filesystem::path& file : FilesToDamage()) {
+        if (!std::filesystem::exists(file)) {
+            continue;
+        }
+        const std::string bytes = ReadBytes(file);
+        const std::size_t block = FindBlock(bytes);
+        // All of the headers, and the block with what leads to it.
+        constexpr std::size_t headers = 0x400;
+        for (std::size_t at = 0; at + 2 <= std::min(bytes.size(), block + 0x600); at += 2) {
+            if (at >= headers && at + 0x100 < block) {
+                continue;
+            }
+            for (const std::uint16_t lie : std::initializer_list<std::uint16_t>{0, 5, 0x7FFF, 0xFFFF}) {
+                std::string damaged = bytes;
+                std::memcpy(&damaged[at], &lie, sizeof(lie));
+                EXPECT_GE(QueryAll(TemporaryFile(damaged).Path()), 0);
+            }
+        }
+    }
+}
+
+/// The class trusts nobody with lengths either.
+TEST_F(DamagedVersion, ModulesWithLyingBlocksLoadAndRead) {
+    const std::string bytes = ReadBytes(ModuleFilePath("version_full"));
+    const std::size_t block = FindBlock(bytes);
+    int intact = 0;
+    for (std::size_t at = block; at < block + 0x400; at += 2) {
+        std::string damaged = bytes;
+        damaged[at] = '\xFF';
+        damaged[at + 1] = '\xFF';
+        const TemporaryFile file(damaged);
+        const LoadedModule module(file.Path());
+        const bss::WVersionResource resource(module.Handle());
+        intact += std::wstring(resource.GetProductVersion()) == L"X 1.2.3.4 (Y)" ? 1 : 0;
+    }
+    EXPECT_GT(intact, 0);
+    EXPECT_LT(intact, 0x200);
+}
+
+} // namespace

@@ -1,0 +1,81 @@
+// The modules that the build makes for these tests, their bytes, and changed copies of them.
+
+#ifndef TESTS_VERSION_SUPPORT_H
+#define TESTS_VERSION_SUPPORT_H
+
+#include "platform/module.h"
+#include "platform/sync.h"
+#include "platform/text.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+inline std::filesystem::path ModuleFilePath(const std::string& name) {
+    return std::filesystem::path(MODULE_FOLDER) / (name + MODULE_SUFFIX);
+}
+
+inline std::string ReadBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw std::runtime_error("can't read " + path.string());
+    }
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Where the version block of a module begins in its bytes: at the header in front of its first key.
+inline std::size_t FindBlock(const std::string& bytes) {
+    constexpr char16_t key[] = u"VS_VERSION_INFO";
+    const std::size_t at =
+        bytes.find(std::string(reinterpret_cast<const char*>(key), sizeof(key) - sizeof(char16_t)));
+    if (at == std::string::npos) {
+        throw std::runtime_error("the module has no version block");
+    }
+    return at - 6;
+}
+
+/// A file that is there as long as the object.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const std::string& bytes) {
+        static int number = 0;
+        m_path = std::filesystem::temp_directory_path() /
+                 ("krtbss-version-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number) +
+                  MODULE_SUFFIX);
+        std::ofstream(m_path, std::ios::binary) << bytes;
+    }
+    ~TemporaryFile() {
+        std::error_code ignored;
+        std::filesystem::remove(m_path, ignored);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+/// A module that is loaded as long as the object.
+class LoadedModule {
+public:
+    explicit LoadedModule(const std::filesystem::path& path)
+        : m_handle(LoadLibraryW(path.wstring().c_str())) {
+        if (m_handle == nullptr) {
+            throw std::runtime_error("can't load " + path.string());
+        }
+    }
+    ~LoadedModule() { FreeLibrary(m_handle); }
+    LoadedModule(const LoadedModule&) = delete;
+    LoadedModule& operator=(const LoadedModule&) = delete;
+
+    HMODULE Handle() const { return m_handle; }
+
+private:
+    HMODULE m_handle;
+};
+
+#endif
