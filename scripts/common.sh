@@ -85,12 +85,16 @@ build_preset() {
     fi
 }
 
-# run_tests PRESET LABEL: runs the tests of a built preset; the last line has the counts. Returns 1 if any failed.
+# run_tests PRESET LABEL [PROGRAM...]: runs the tests of a built preset, all or those of some programs; the last line has
+# the counts. Returns 1 if any failed.
 run_tests() {
-    say "running the tests: $2"
-    rm -rf "build/$1/test-results"
-    status=0
-    ctest --preset "$1" -j "$(jobs)" || status=1
-    python3 scripts/count-tests "$2" "build/$1" || status=1
-    return $status
+    local preset=$1 label=$2 failed=0
+    shift 2
+    say "running the tests: $label"
+    rm -rf "build/$preset/test-results"
+    local pattern
+    pattern="^($(echo "${*:-.*}" | tr ' ' '|'))\$"
+    ctest --preset "$preset" -j "$(jobs)" -R "$pattern" || failed=1
+    python3 scripts/count-tests "$label" "build/$preset" "$pattern" || failed=1
+    return $failed
 }
