@@ -55,12 +55,25 @@ PLATFORM_API HMODULE WINAPI LoadLibraryW(LPCWSTR path);
 /// Gives up one hold; the last one unloads the module.
 PLATFORM_API BOOL WINAPI FreeLibrary(HMODULE module);
 
-/// Modules have no tables of strings here: 0 and ERROR_RESOURCE_DATA_NOT_FOUND.
+/// One text of a module's table of strings.
+struct StringTableEntry {
+    UINT number;
+    const wchar_t* text;
+};
+
+/// A text of the module's own table of strings, which it exports under the name krtbss_string_table; null
+/// means the program. The length without NUL; texts that do not fit are cut. With count 0, `text` is taken as
+/// the address of a pointer, which is set to the text in the module, and the length is the whole one's. 0,
+/// ERROR_RESOURCE_DATA_NOT_FOUND if the module has no table, ERROR_RESOURCE_NAME_NOT_FOUND if that has no
+/// such number, ERROR_MOD_NOT_FOUND if there is no such module.
 PLATFORM_API int WINAPI LoadStringW(HINSTANCE module, UINT number, LPWSTR text, int count);
 
 } // namespace platform
 
 using namespace platform; // NOLINT(google-build-using-namespace)
+
+/// What a module defines that has texts to be loaded: rows in any order, the last one with a null text.
+extern "C" PLATFORM_API const platform::StringTableEntry krtbss_string_table[];
 #endif
 
 #endif

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cwchar>
 #include <dlfcn.h>
 #include <link.h>
 #include <string>
@@ -174,12 +175,38 @@ BOOL FreeLibrary(HMODULE module) {
     return dlclose(module) == 0 ? TRUE : FALSE;
 }
 
-int LoadStringW(HINSTANCE /*module*/, UINT /*number*/, LPWSTR text, int count) {
-    if (text != nullptr && count > 0) {
+int LoadStringW(HINSTANCE module, UINT number, LPWSTR text, int count) {
+    if (text == nullptr || count < 0) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    if (count > 0) {
         *text = L'\0';
     }
-    SetLastError(ERROR_RESOURCE_DATA_NOT_FOUND);
-    return 0;
+    const auto* entry =
+        reinterpret_cast<const StringTableEntry*>(GetProcAddress(module, "krtbss_string_table"));
+    if (entry == nullptr) {
+        if (GetLastError() == ERROR_PROC_NOT_FOUND) {
+            SetLastError(ERROR_RESOURCE_DATA_NOT_FOUND);
+        }
+        return 0;
+    }
+    while (entry->text != nullptr && entry->number != number) {
+        ++entry;
+    }
+    if (entry->text == nullptr) {
+        SetLastError(ERROR_RESOURCE_NAME_NOT_FOUND);
+        return 0;
+    }
+    const auto length = static_cast<int>(std::wcslen(entry->text));
+    if (count == 0) {
+        *reinterpret_cast<LPCWSTR*>(text) = entry->text;
+        return length;
+    }
+    const int copied = std::min(length, count - 1);
+    std::copy_n(entry->text, copied, text);
+    text[copied] = L'\0';
+    return copied;
 }
 
 } // namespace platform
