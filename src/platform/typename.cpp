@@ -1,0 +1,18 @@
+#include "platform/typename.h"
+
+#include "platform/text.h"
+
+#include <cstdlib>
+#include <cxxabi.h>
+#include <memory>
+
+namespace platform {
+
+std::wstring TypeName(const std::type_info& type) {
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> name(
+        abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), &std::free);
+    return WidenText(name != nullptr ? name.get() : type.name());
+}
+
+} // namespace platform

@@ -1,0 +1,396 @@
+#include "RecordingSerializer.h"
+#include "bss/exception/WExceptionCatalogue.h"
+#include "bss/module.h"
+#include "bss/serial/WPersistentObject.h"
+#include "bss/serial/WVersion.h"
+#include "bss/system/WIDDispenser.h"
+#include "platform/error.h"
+#include "platform/module.h"
+#include "support/DebugOutput.h"
+
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using bss::WPersistentObject;
+using bss::WVersion;
+
+/// A tree of objects with one member each
+class Node : public WPersistentObject {
+public:
+    explicit Node(long objectID = 0, const WVersion& version = WVersion(5, 4, 0, 0))
+        : WPersistentObject(1, objectID, version) {}
+
+    void Serialize(bool bRead) override {
+        WPersistentObject::Serialize(bRead);
+        bRead ? m_pSerializer->Retrieve(L"angle", angle) : m_pSerializer->Insert(L"angle", angle);
+    }
+    void SerializeComponents(bool bRead) override {
+        for (Node& component : components) {
+            bRead ? component.Read(m_pSerializer, m_nVersion, true)
+                  : component.Write(m_pSerializer, m_nVersion, true);
+        }
+    }
+    void DeleteComponents() override {
+        for (Node& component : components) {
+            component.Delete(m_pSerializer, m_nVersion, true);
+        }
+    }
+    void SetComponentGroupID(long groupID) override {
+        for (Node& component : components) {
+            component.SetGroupID(groupID);
+        }
+    }
+    void AutosetComponentObjectID(bss::WIDDispenser& dispenser) override {
+        for (Node& component : components) {
+            component.AutosetObjectID(dispenser);
+        }
+    }
+    bss::WSerializer* Serializer() const { return m_pSerializer; }
+
+    short angle = 0;
+    std::vector<Node> components;
+};
+
+/// root - branch - leaf, leaf; three levels
+Node MakeTree() {
+    Node root(10);
+    root.components.emplace_back(20);
+    root.components[0].components.emplace_back(30);
+    root.components[0].components.emplace_back(31);
+    root.components[0].components[1].angle = 90;
+    return root;
+}
+
+template <class Call>
+std::unique_ptr<bss::WNestedException> Catch(Call call) {
+    try {
+        call();
+    } catch (const bss::WNestedException& e) {
+        return std::unique_ptr<bss::WNestedException>(e.clone());
+    }
+    return nullptr;
+}
+
+std::wstring NamesOf(const bss::WNestedException* e) {
+    std::wstring names;
+    for (; e != nullptr; e = e->GetNextException()) {
+        names += std::wstring(names.empty() ? L"" : L" ") + e->GetEventInfo().GetName();
+    }
+    return names;
+}
+
+TEST(Frame, ComponentsAreWrittenAndReadBehindTheirOwner) {
+    Node tree = MakeTree();
+    tree.SetGroupID(7);
+    bss::WIDDispenser ids(100);
+    tree.AutosetObjectID(ids);
+    EXPECT_EQ(tree.components[0].components[1].GetGroupID(), 7);
+    EXPECT_EQ(tree.components[0].components[1].GetObjectID(), 104);
+
+    RecordingSerializer serializer;
+    tree.Write(&serializer, 0, true);
+    const auto object = [](int id, int angle) {
+        return L"start m_nVersion=84148224 groupID=7 objectID=" + std::to_wstring(id) +
+               L" m_bValid=1 m_bModified=0 angle=" + std::to_wstring(angle) + L" finish";
+    };
+    EXPECT_EQ(serializer.Calls(),
+              object(101, 0) + L" " + object(102, 0) + L" " + object(103, 0) + L" " + object(104, 90));
+    EXPECT_EQ(tree.components[0].components[1].Serializer(), nullptr);
+    Node read = MakeTree();
+    read.Read(&serializer, 0, true);
+    EXPECT_TRUE(serializer.values.empty());
+    EXPECT_EQ(read.components[0].components[1].GetObjectID(), 104);
+    EXPECT_EQ(read.components[0].components[1].angle, 90);
+    EXPECT_TRUE(read == tree);
+
+    serializer.Calls();
+    tree.Write(&serializer, 0, false);
+    EXPECT_EQ(serializer.Calls(), object(101, 0));
+}
+
+TEST(Frame, VersionInForceIsClampedAndDecidesOnFlags) {
+    struct Case {
+        long asked;
+        long inForce;
+        bool hasFlags;
+    };
+    const long newest = WVersion::GetVersion(5, 4, 0, 0);
+    const Case cases[] = {
+        {0, newest, true},
+        {newest + 1, newest, true},
+        {WVersion::GetVersion(5, 0, 0, 0) - 1, newest, true},
+        {-1, newest, true},
+        {WVersion::GetVersion(5, 0, 0, 0), WVersion::GetVersion(5, 0, 0, 0), false},
+        {WVersion::GetVersion(5, 3, 0, 8), WVersion::GetVersion(5, 3, 0, 8), false},
+        {WVersion::GetVersion(5, 3, 0, 9), WVersion::GetVersion(5, 3, 0, 9), true},
+        {newest, newest, true},
+    };
+    for (const Case& row : cases) {
+        for (const wchar_t* type : {L"RECORDING", L"DATABASE"}) {
+            RecordingSerializer serializer(type);
+            Node node;
+            node.Write(&serializer, row.asked, true);
+            EXPECT_EQ(node.GetVersion(), row.inForce);
+            const bool expected = row.hasFlags && std::wstring(type) != L"DATABASE";
+            EXPECT_EQ(serializer.Calls().find(L"m_bValid") != std::wstring::npos, expected) << row.asked;
+            Node read;
+            read.Read(&serializer, row.asked, true);
+            EXPECT_EQ(read.GetVersion(), row.inForce);
+            EXPECT_TRUE(serializer.values.empty());
+        }
+    }
+}
+
+TEST(Frame, NewerDataFailsWithTheUpgradeText) {
+    RecordingSerializer serializer;
+    Node newer(5, WVersion(5, 4, 0, 1));
+    newer.Write(&serializer, 0, false);
+    Node older(5);
+    const auto failure = Catch([&] { older.Read(&serializer, 0, false); });
+    ASSERT_EQ(NamesOf(failure.get()), L"WNEDataIOError WNEDataIOError WNEDataIOError");
+    const std::wstring upgrade =
+        L"Data I/O Error: You have attempted to open a file or connect to an\ninstrument or resource that "
+        L"requires an upgrade of your software.\nPlease contact Korvath Instruments to upgrade your "
+        L"software.\n\n";
+    const bss::WNestedException* wrapped = failure->GetNextException();
+    EXPECT_EQ(wrapped->AsString(true), L"Data I/O Error: Could not read data.\nClass name: Node Group ID: 1 "
+                                       L"Object ID: 5\n\n");
+    EXPECT_EQ(wrapped->GetNextException()->AsString(false), upgrade);
+    EXPECT_EQ(
+        failure->AsString(true),
+        L"Data I/O Error: Unexpected serialization error: Serialize(read)\n\tWSerializer::DoSerialization "
+        L"(Node)\n\n" +
+            wrapped->AsString(false) + L"\n");
+    EXPECT_EQ(older.Serializer(), nullptr);
+}
+
+TEST(Frame, EveryFailureOfAStageIsWrapped) {
+    struct Stage {
+        bool isRead;
+        const wchar_t* failAt;
+        const wchar_t* name;
+        int finishes; // the step of finish, called once more for a failure of its own
+    };
+    // "angle" fails outside the base's Serialize, whose wrapping is another test's.
+    const Stage stages[] = {
+        {true, L"start-read", L"StartRetrieval", 1},   {true, L"angle=0", L"Serialize(read)", 1},
+        {true, L"finish-read", L"FinishRetrieval", 2}, {false, L"start", L"StartInsertion", 1},
+        {false, L"angle=0", L"Serialize(write)", 1},   {false, L"finish", L"FinishInsertion", 2},
+    };
+    struct Kind {
+        void (*fail)();
+        const wchar_t* names;
+        const wchar_t* message;
+        const wchar_t* debugBegin;
+        const wchar_t* debugEnd;
+    };
+    const Kind kinds[] = {
+        {[] { throw bss::WNEIndexOutOfRange(4); }, L"WNEDataIOError WNEIndexOutOfRange",
+         L"Data I/O Error: Unexpected serialization error: ", L"Unexpected serialization error: ",
+         L"\n\nIndex 4 out of range.\n\n"},
+        {[] { throw std::runtime_error("disk on fire"); }, L"WNEUnexpectedException",
+         L"description- disk on fire\n", L"Unexptected serializaton error: ", L"\n\ndisk on fire\n"},
+        {[] { throw 5; }, L"WNEUnexpectedException", L"description- Unexpected serialization error.\n",
+         L"Unexptected serializaton error: ", L"\n"},
+    };
+    for (const Stage& stage : stages) {
+        for (const Kind& kind : kinds) {
+            RecordingSerializer serializer;
+            Node node;
+            if (stage.isRead) {
+                node.Write(&serializer, 0, true);
+                serializer.Calls();
+            }
+            serializer.failAt = stage.failAt;
+            serializer.fail = kind.fail;
+            DebugOutput output;
+            const auto failure = Catch(
+                [&] { stage.isRead ? node.Read(&serializer, 0, true) : node.Write(&serializer, 0, true); });
+            SCOPED_TRACE(testing::PrintToString(std::wstring(stage.name) + L" " + kind.names));
+            ASSERT_EQ(NamesOf(failure.get()), kind.names);
+            const std::wstring where = std::wstring(stage.name) + L"\n\tWSerializer::DoSerialization (Node)";
+            EXPECT_EQ(output.Text(), kind.debugBegin + where + kind.debugEnd);
+            const bool hasCause = failure->GetNextException() != nullptr;
+            EXPECT_EQ(failure->AsString(true),
+                      hasCause ? kind.message + where + kind.debugEnd : std::wstring(kind.message));
+            const std::wstring calls = serializer.Calls();
+            int finishes = 0;
+            for (std::size_t at = 0; (at = calls.find(L"finish", at)) != std::wstring::npos; ++at) {
+                ++finishes;
+            }
+            EXPECT_EQ(finishes, stage.finishes);
+            EXPECT_EQ(node.Serializer(), nullptr);
+            serializer.failAt.clear();
+            serializer.SetIsValid(false);
+            node.Write(&serializer, 0, true); // its lock is free
+            EXPECT_TRUE(serializer.IsValid());
+        }
+    }
+}
+
+TEST(Frame, FailuresOfTheBaseMembersAreWrappedTwice) {
+    const std::wstring base =
+        L"Data I/O Error: Could not write data.\nClass name: Node Group ID: 1 Object ID: 0\n\n";
+    RecordingSerializer serializer;
+    serializer.failAt = L"objectID=0";
+    Node node;
+    serializer.fail = [] { throw bss::WNESerializerError(L"no room"); };
+    auto failure = Catch([&] { node.Write(&serializer, 0, true); });
+    EXPECT_EQ(NamesOf(failure.get()), L"WNEDataIOError WNEDataIOError WNESerializerError");
+    EXPECT_EQ(failure->GetNextException()->AsString(false), base + L"Serializer Error: no room\n");
+    serializer.fail = [] { throw std::bad_alloc(); };
+    failure = Catch([&] { node.Write(&serializer, 0, true); });
+    EXPECT_EQ(NamesOf(failure.get()), L"WNEDataIOError WNEDataIOError");
+    EXPECT_EQ(failure->GetNextException()->AsString(false), base);
+}
+
+TEST(Frame, AskingTheSerializerInsteadOfTheObjectFails) {
+    RecordingSerializer serializer;
+    Node node;
+    DebugOutput output;
+    const std::wstring text =
+        L"Unexpected serialization error.\n\nSerializer Error: No serializer is set: call "
+        L"Read, Write or Delete of the object.\n\n\nNode::";
+    auto failure = Catch([&] { serializer.Write(node, true); });
+    EXPECT_EQ(NamesOf(failure.get()), L"WNEDataIOError");
+    EXPECT_EQ(failure->AsString(false), L"Data I/O Error: " + text + L"WriteObject\n");
+    EXPECT_EQ(output.Text(), text + L"WriteObject\n");
+    failure = Catch([&] { serializer.Read(node, true); });
+    EXPECT_EQ(failure->AsString(false), L"Data I/O Error: " + text + L"ReadObject\n");
+    failure = Catch([&] { serializer.Delete(node, true); });
+    EXPECT_EQ(NamesOf(failure.get()), L"WNESerializerError");
+    EXPECT_TRUE(serializer.Calls().empty());
+}
+
+TEST(Frame, NullSerializerLeavesTheObjectAsItWas) {
+    Node node(3);
+    node.SetVersion(WVersion(5, 1, 0, 0));
+    const Node before(node);
+    node.Write(nullptr, 0, true);
+    node.Read(nullptr, WVersion::GetVersion(5, 2, 0, 0), true);
+    node.Delete(nullptr, 0, true);
+    EXPECT_TRUE(node == before);
+    EXPECT_EQ(node.Serializer(), nullptr);
+}
+
+TEST(Frame, SerializerThatDeletesGetsObjectAndComponents) {
+    struct Deleter : RecordingSerializer {
+        using WSerializer::Delete;
+        void Delete(WPersistentObject& object, bool bRecursive) override {
+            ids.push_back(object.GetObjectID());
+            if (bRecursive) {
+                object.DeleteComponents();
+            }
+        }
+        std::vector<long> ids;
+    } deleter;
+    Node tree = MakeTree();
+    tree.Delete(&deleter, 0, true);
+    EXPECT_EQ(deleter.ids, (std::vector<long>{10, 20, 30, 31}));
+    tree.Delete(&deleter, 0, false);
+    EXPECT_EQ(deleter.ids.size(), 5U);
+    deleter.WSerializer::Delete(L"Node", 1, 10); // nothing happens
+    EXPECT_EQ(tree.Serializer(), nullptr);
+}
+
+TEST(Frame, ObjectsCompareByEveryMemberOfTheBase) {
+    const Node same(3);
+    const auto differs = [&same](auto change) {
+        Node other(3);
+        change(other);
+        return other != same && !(other == same);
+    };
+    EXPECT_FALSE(differs([](Node&) {}));
+    EXPECT_TRUE(differs([](Node& n) { n.SetObjectID(4); }));
+    EXPECT_TRUE(differs([](Node& n) { n.SetGroupID(4); }));
+    EXPECT_TRUE(differs([](Node& n) { n.SetValid(false); }));
+    EXPECT_TRUE(differs([](Node& n) { n.SetModified(true); }));
+    EXPECT_TRUE(differs([](Node& n) { n.SetVersion(WVersion(5, 0, 0, 0)); }));
+    EXPECT_TRUE(Node(3, WVersion(5, 0, 0, 0)) != same);
+    Node assigned(9, WVersion(5, 0, 0, 0));
+    assigned.SetModified(true);
+    assigned = same;
+    EXPECT_TRUE(assigned == same);
+    EXPECT_EQ(same.clone(), nullptr);
+}
+
+template <class Value>
+class Series : public WPersistentObject {
+public:
+    Series() : WPersistentObject(4, 5, WVersion(5, 4, 0, 0)) {}
+};
+
+TEST(Frame, ClassNamesLoseNamespacesAndArguments) {
+    EXPECT_EQ(Series<int>().GetNameOfClass(), L"Series");
+    EXPECT_EQ(Series<std::vector<std::wstring>>().GetNameOfClass(), L"Series");
+    EXPECT_EQ(WPersistentObject(1, -2, WVersion()).GetIDInfo(),
+              L"Class name: WPersistentObject Group ID: 1 Object ID: -2\n");
+}
+
+TEST(Frame, ThreadsThatShareASerializerTakeTurnsByObjects) {
+    RecordingSerializer serializer;
+    std::latch bothRun(2);
+    const auto writeMany = [&serializer, &bothRun](long objectID) {
+        bothRun.arrive_and_wait();
+        for (int i = 0; i < 300; ++i) {
+            Node(objectID).Write(&serializer, 0, true);
+        }
+    };
+    std::thread other(writeMany, 1);
+    writeMany(2);
+    other.join();
+    std::wstring calls = serializer.Calls() + L" ";
+    int counts[3] = {};
+    for (int i = 0; i < 600; ++i) {
+        for (const int id : {1, 2}) {
+            const std::wstring run = L"start m_nVersion=84148224 groupID=1 objectID=" + std::to_wstring(id) +
+                                     L" m_bValid=1 m_bModified=0 angle=0 finish ";
+            if (calls.compare(static_cast<std::size_t>(i) * run.size(), run.size(), run) == 0) {
+                ++counts[id];
+            }
+        }
+    }
+    EXPECT_EQ(counts[1], 300);
+    EXPECT_EQ(counts[2], 300);
+}
+
+TEST(Frame, ObjectsSerializeOthersFromInsideTheirRun) {
+    struct Outer : Node {
+        void Serialize(bool bRead) override {
+            Node::Serialize(bRead);
+            bRead ? inner.Read(m_pSerializer, m_nVersion, true)
+                  : inner.Write(m_pSerializer, m_nVersion, true);
+        }
+        Node inner{8};
+    } outer;
+    RecordingSerializer serializer;
+    outer.inner.angle = 45;
+    outer.Write(&serializer, 0, true);
+    Outer read;
+    read.Read(&serializer, 0, true);
+    EXPECT_EQ(read.inner.angle, 45);
+}
+
+TEST(Strings, AreLoadedFromTheModulesTable) {
+    wchar_t text[300] = {};
+    const int length = LoadStringW(bss::GetBSSHandle(), 1001, text, 300);
+    EXPECT_EQ(std::wstring(text).size(), static_cast<std::size_t>(length));
+    const std::wstring whole = text;
+    EXPECT_EQ(whole.substr(0, 22), L"You have attempted to ");
+    EXPECT_EQ(LoadStringW(bss::GetBSSHandle(), 1001, text, 5), 4);
+    EXPECT_EQ(std::wstring(text), L"You ");
+    const wchar_t* address = nullptr;
+    ASSERT_EQ(LoadStringW(bss::GetBSSHandle(), 1001, reinterpret_cast<LPWSTR>(&address), 0), length);
+    EXPECT_EQ(std::wstring(address, static_cast<std::size_t>(length)), whole);
+    EXPECT_EQ(LoadStringW(bss::GetBSSHandle(), 1002, text, 300), 0);
+    EXPECT_EQ(LoadStringW(nullptr, 1001, text, 300), 0); // the program has none
+}
+
+} // namespace
