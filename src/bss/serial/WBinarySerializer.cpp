@@ -1,0 +1,627 @@
+#include "bss/serial/WBinarySerializer.h"
+
+#include "bss/exception/WExceptionCatalogue.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <type_traits>
+
+// Numbers stand in the image as they stand in memory.
+static_assert(std::endian::native == std::endian::little);
+static_assert(sizeof(short) == 2 && sizeof(int) == 4 && sizeof(float) == 4 && sizeof(double) == 8);
+static_assert(sizeof(bool) == 1 && sizeof(GUID) == 16);
+
+namespace bss {
+
+namespace {
+
+/// How much more than there is a count may promise.
+constexpr std::size_t kSlack = std::size_t{16} << 20U;
+/// Bytes are counted in 32 bits.
+constexpr std::size_t kLargestImage = UINT32_MAX;
+
+/// The fields of a `struct tm` that the image has; systems add some of their own.
+using TimeFields = std::array<std::int32_t, 9>;
+
+TimeFields FieldsOf(const tm& time) {
+    return {time.tm_sec,  time.tm_min,  time.tm_hour, time.tm_mday, time.tm_mon,
+            time.tm_year, time.tm_wday, time.tm_yday, time.tm_isdst};
+}
+
+void SetFields(tm& time, const TimeFields& fields) {
+    time.tm_sec = fields[0];
+    time.tm_min = fields[1];
+    time.tm_hour = fields[2];
+    time.tm_mday = fields[3];
+    time.tm_mon = fields[4];
+    time.tm_year = fields[5];
+    time.tm_wday = fields[6];
+    time.tm_yday = fields[7];
+    time.tm_isdst = fields[8];
+}
+
+template <class Element>
+constexpr bool kIsText = std::is_same_v<Element, std::string> || std::is_same_v<Element, std::wstring>;
+
+/// Bytes of one element in the image; of a string the least, its two counts.
+template <class Element>
+constexpr std::size_t Width() {
+    return kIsText<Element> ? 8 : std::is_same_v<Element, long> ? 4 : sizeof(Element);
+}
+
+[[noreturn]] void ThrowCannotWrite(const std::wstring& label, const std::wstring& reason) {
+    throw WNESerializerError(L"cannot write item '" + label + L"': " + reason);
+}
+
+void CheckCount(const std::wstring& label, std::size_t count) {
+    if (count > INT32_MAX) {
+        ThrowCannotWrite(label, L"its count " + std::to_wstring(count) + L" does not fit into 32 bits");
+    }
+}
+
+void CheckPointer(const std::wstring& label, const void* data, long count) {
+    if (count < 0) {
+        ThrowCannotWrite(label, L"its count " + std::to_wstring(count) + L" is negative");
+    }
+    if (data == nullptr && count > 0) {
+        ThrowCannotWrite(label, L"its pointer is null and its count " + std::to_wstring(count));
+    }
+}
+
+constexpr bool Fits(long value) {
+    return value == static_cast<std::int32_t>(value);
+}
+
+} // namespace
+
+WBinarySerializer::WBinarySerializer(const std::string& data, bool bLabels)
+    : WSerializer(L"BINARY"), m_bLabels(bLabels), m_bIsSizing(false),
+      m_nBytesWritten(static_cast<unsigned int>(data.size())), m_buffer(data) {}
+
+WBinarySerializer::WBinarySerializer(unsigned int size, bool bLabels)
+    : WSerializer(L"BINARY"), m_bLabels(bLabels), m_bIsSizing(false), m_buffer(size, '\0') {}
+
+WBinarySerializer::WBinarySerializer(const char* data, long size, bool bLabels)
+    : WSerializer(L"BINARY"), m_bLabels(bLabels), m_bIsSizing(false) {
+    if (data != nullptr && size > 0) {
+        m_buffer.assign(data, static_cast<std::size_t>(size));
+    }
+}
+
+WBinarySerializer::WBinarySerializer(bool bIsSizing, bool bLabels)
+    : WSerializer(L"BINARY"), m_bLabels(bLabels), m_bIsSizing(bIsSizing) {}
+
+WBinarySerializer::~WBinarySerializer() = default;
+
+unsigned int WBinarySerializer::GetBufferSize() const {
+    return m_bIsSizing ? m_nBytesWritten : static_cast<unsigned int>(m_buffer.size());
+}
+
+void WBinarySerializer::WriteToBuffer(unsigned char*& target) const {
+    std::copy(m_buffer.begin(), m_buffer.end(), target);
+}
+
+std::size_t WBinarySerializer::Append(const void* data, std::size_t size) {
+    if (m_bIsSizing) {
+        m_nBytesWritten += static_cast<unsigned int>(size);
+        return size;
+    }
+    if (m_bEnd || m_bBad) {
+        throw std::length_error(m_sErrorWrite);
+    }
+    if (size == 0) {
+        return 0;
+    }
+    try {
+        if (size > kLargestImage - m_nWritePosition) {
+            throw std::length_error(m_sErrorWrite);
+        }
+        const auto* const bytes = static_cast<const char*>(data);
+        const std::size_t over = std::min(size, m_buffer.size() - m_nWritePosition);
+        m_buffer.append(bytes + over, size - over);
+        std::memcpy(m_buffer.data() + m_nWritePosition, bytes, over);
+    } catch (const std::exception&) {
+        m_bBad = true;
+        throw std::length_error(m_sErrorWrite);
+    }
+    m_nWritePosition += size;
+    m_nBytesWritten += static_cast<unsigned int>(size);
+    return size;
+}
+
+void WBinarySerializer::AppendCount(std::size_t count) {
+    const auto stored = static_cast<std::uint32_t>(count);
+    Append(&stored, sizeof(stored));
+}
+
+std::size_t WBinarySerializer::AppendText(const std::wstring& text) {
+    if (m_bIsSizing) {
+        return Append(nullptr, sizeof(std::uint32_t) + 2 * platform::Utf16Length(text));
+    }
+    const auto units = platform::Utf16FromWide(text);
+    AppendCount(units.size());
+    return sizeof(std::uint32_t) + Append(units.data(), 2 * units.size());
+}
+
+std::size_t WBinarySerializer::Take(void* target, std::size_t size) {
+    if (m_bBad) {
+        throw std::length_error(m_sErrorRead);
+    }
+    if (m_bEnd || size == 0) {
+        return 0;
+    }
+    const std::size_t there = std::min(size, Remaining());
+    std::memcpy(target, m_buffer.data() + m_nReadPosition, there);
+    m_nReadPosition += there;
+    if (there < size) {
+        m_bEnd = true;
+        return 0;
+    }
+    m_nBytesRead += static_cast<unsigned int>(size);
+    return size;
+}
+
+std::size_t WBinarySerializer::CheckPromise(long count, std::size_t width) const {
+    if (count < 0 || static_cast<std::uint64_t>(count) * width > std::uint64_t{Remaining()} + kSlack) {
+        throw std::bad_alloc();
+    }
+    return static_cast<std::size_t>(count);
+}
+
+std::size_t WBinarySerializer::TakeCount(std::size_t width) {
+    std::int32_t count = 0;
+    Take(&count, sizeof(count));
+    return CheckPromise(count, width);
+}
+
+void WBinarySerializer::TakeText(std::string& text) {
+    const std::size_t count = TakeCount(1);
+    if (count != 0) {
+        text.assign(count, '\0');
+        Take(text.data(), count);
+    }
+}
+
+void WBinarySerializer::TakeText(std::wstring& text) {
+    const std::size_t count = TakeCount(sizeof(platform::Utf16Unit));
+    if (count != 0) {
+        platform::Utf16String units(count, 0);
+        Take(units.data(), count * sizeof(platform::Utf16Unit));
+        text = platform::WideFromUtf16(units);
+    }
+}
+
+unsigned int WBinarySerializer::Write(void* const data, unsigned int size) {
+    return static_cast<unsigned int>(Append(data, size));
+}
+
+unsigned int WBinarySerializer::Read(void* target, unsigned int size) {
+    return static_cast<unsigned int>(Take(target, size));
+}
+
+unsigned int WBinarySerializer::WriteLabel(const std::wstring& label) {
+    if (m_bLabels) {
+        return static_cast<unsigned int>(AppendText(label));
+    }
+    AppendCount(0);
+    return sizeof(std::uint32_t);
+}
+
+unsigned int WBinarySerializer::ReadLabel(std::wstring& label) {
+    label.clear();
+    std::int32_t length = 0;
+    std::size_t moved = Take(&length, sizeof(length));
+    if (length >= 1) {
+        platform::Utf16String units(CheckPromise(length, sizeof(platform::Utf16Unit)), 0);
+        moved += Take(units.data(), sizeof(platform::Utf16Unit) * units.size());
+        label = platform::WideFromUtf16(units);
+    }
+    return static_cast<unsigned int>(moved);
+}
+
+/// ReadLabel for those who do not want the label.
+void WBinarySerializer::SkipLabel() {
+    std::int32_t length = 0;
+    Take(&length, sizeof(length));
+    if (length < 1) {
+        return;
+    }
+    const std::size_t size = sizeof(platform::Utf16Unit) * CheckPromise(length, sizeof(platform::Utf16Unit));
+    if (m_bEnd || size > Remaining()) {
+        m_nReadPosition = m_buffer.size();
+        m_bEnd = true;
+    } else {
+        m_nReadPosition += size;
+        m_nBytesRead += static_cast<unsigned int>(size);
+    }
+}
+
+template <class Value>
+void WBinarySerializer::InsertValue(const std::wstring& label, const Value& value) {
+    WriteLabel(label);
+    Append(&value, sizeof(value));
+}
+
+template <class Value>
+void WBinarySerializer::RetrieveValue(Value& value) {
+    SkipLabel();
+    Take(&value, sizeof(value));
+}
+
+template <class Element>
+void WBinarySerializer::InsertElements(const std::wstring& label, const Element* data, std::size_t count) {
+    CheckCount(label, count);
+    if constexpr (std::is_same_v<Element, long> && sizeof(long) > sizeof(std::int32_t)) {
+        const auto* const bad = std::find_if_not(data, data + count, Fits);
+        if (bad != data + count) {
+            ThrowCannotWrite(label, L"its element " + std::to_wstring(bad - data) + L", " +
+                                        std::to_wstring(*bad) + L", does not fit into 32 bits");
+        }
+        std::vector<std::int32_t> stored;
+        if (!m_bIsSizing) {
+            stored.resize(count);
+            std::transform(data, data + count, stored.begin(),
+                           [](long value) { return static_cast<std::int32_t>(value); });
+        }
+        WriteLabel(label);
+        AppendCount(count);
+        Append(stored.data(), count * sizeof(std::int32_t));
+    } else if constexpr (kIsText<Element>) {
+        for (std::size_t i = 0; i < count; ++i) {
+            CheckCount(label, data[i].size());
+        }
+        WriteLabel(label);
+        AppendCount(count);
+        const std::wstring noLabel;
+        for (std::size_t i = 0; i < count; ++i) {
+            WBinarySerializer::Insert(noLabel, data[i]);
+        }
+    } else {
+        WriteLabel(label);
+        AppendCount(count);
+        Append(data, count * sizeof(Element));
+    }
+}
+
+template <class Element>
+void WBinarySerializer::InsertArray(const std::wstring& label, const Element* data, long count) {
+    CheckPointer(label, data, count);
+    InsertElements(label, data, static_cast<std::size_t>(count));
+}
+
+/// Into elements that hold zeros, which those keep that are not there.
+template <class Element>
+void WBinarySerializer::TakeElements(Element* elements, std::size_t count) {
+    if constexpr (std::is_same_v<Element, long> && sizeof(long) > sizeof(std::int32_t)) {
+        std::vector<std::int32_t> stored(count);
+        Take(stored.data(), count * sizeof(std::int32_t));
+        std::copy(stored.begin(), stored.end(), elements);
+    } else if constexpr (std::is_same_v<Element, bool>) {
+        std::vector<unsigned char> stored(count);
+        Take(stored.data(), count);
+        std::transform(stored.begin(), stored.end(), elements, [](unsigned char byte) { return byte != 0; });
+    } else if constexpr (kIsText<Element>) {
+        for (std::size_t i = 0; i < count; ++i) {
+            WBinarySerializer::Retrieve({}, elements[i]);
+        }
+    } else {
+        Take(elements, count * sizeof(Element));
+    }
+}
+
+template <class Element>
+void WBinarySerializer::RetrieveArray(Element*& data, long& count) {
+    data = nullptr;
+    count = 0;
+    SkipLabel();
+    const std::size_t promised = TakeCount(Width<Element>());
+    if (promised == 0) {
+        return;
+    }
+    std::unique_ptr<Element[]> elements(new Element[promised]());
+    TakeElements(elements.get(), promised);
+    data = elements.release();
+    count = static_cast<long>(promised);
+}
+
+template <class Element>
+void WBinarySerializer::RetrieveVector(std::vector<Element>& values) {
+    SkipLabel();
+    const std::size_t promised = TakeCount(Width<Element>());
+    if (promised * Width<Element>() > Remaining()) {
+        values.clear(); // so that there are zeros for what is not there
+    }
+    values.resize(promised);
+    TakeElements(values.data(), promised);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::vector<std::wstring>& values) {
+    InsertElements(label, values.data(), values.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::vector<bool>& values) {
+    std::vector<unsigned char> bytes;
+    if (!m_bIsSizing) {
+        bytes.assign(values.begin(), values.end());
+    }
+    InsertElements(label, bytes.data(), values.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::vector<double>& values) {
+    InsertElements(label, values.data(), values.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::vector<long>& values) {
+    InsertElements(label, values.data(), values.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::vector<int>& values) {
+    InsertElements(label, values.data(), values.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::wstring& value) {
+    CheckCount(label, platform::Utf16Length(value));
+    WriteLabel(label);
+    AppendText(value);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::string& value) {
+    CheckCount(label, value.size());
+    WriteLabel(label);
+    AppendCount(value.size());
+    Append(value.data(), value.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::wstring* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::string* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const double* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const float* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const long* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const unsigned char* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, struct tm value) {
+    InsertValue(label, FieldsOf(value));
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, GUID value) {
+    InsertValue(label, value);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, double value) {
+    InsertValue(label, value);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, float value) {
+    InsertValue(label, value);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, long value) {
+    if (!Fits(value)) {
+        ThrowCannotWrite(label, L"its value " + std::to_wstring(value) + L" does not fit into 32 bits");
+    }
+    InsertValue(label, static_cast<std::int32_t>(value));
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, short value) {
+    InsertValue(label, value);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, bool value) {
+    InsertValue(label, value);
+}
+
+void WBinarySerializer::InsertF(const std::wstring& label, const std::vector<double>& values) {
+    CheckCount(label, values.size());
+    WriteLabel(label);
+    AppendCount(values.size());
+    std::vector<float> singles;
+    if (!m_bIsSizing) {
+        // The precision is lost on purpose.
+        singles.assign(values.begin(), values.end());
+    }
+    Append(singles.data(), values.size() * sizeof(float));
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::list<int>& values) {
+    std::vector<int> elements;
+    if (!m_bIsSizing) {
+        elements.assign(values.begin(), values.end());
+    }
+    InsertElements(label, elements.data(), values.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const std::vector<std::string>& values) {
+    InsertElements(label, values.data(), values.size());
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const int* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const short* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, const bool* const data, long count) {
+    InsertArray(label, data, count);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, int value) {
+    InsertValue(label, value);
+}
+
+void WBinarySerializer::Insert(const std::wstring& label, unsigned short value) {
+    InsertValue(label, value);
+}
+
+void WBinarySerializer::InsertEx(const std::wstring& label, void* const data, unsigned int size) {
+    if (data == nullptr && size > 0) {
+        ThrowCannotWrite(label, L"its pointer is null and its size " + std::to_wstring(size));
+    }
+    WriteLabel(label);
+    Write(data, size);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<std::wstring>& values) {
+    values.clear();
+    RetrieveVector(values);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<bool>& values) {
+    std::vector<unsigned char> bytes;
+    RetrieveVector(bytes);
+    values.resize(bytes.size());
+    std::transform(bytes.begin(), bytes.end(), values.begin(), [](unsigned char byte) { return byte != 0; });
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<double>& values) {
+    RetrieveVector(values);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<long>& values) {
+    RetrieveVector(values);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<int>& values) {
+    RetrieveVector(values);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::wstring& value) {
+    SkipLabel();
+    TakeText(value);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::string& value) {
+    SkipLabel();
+    TakeText(value);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::wstring*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::string*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, double*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, float*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, long*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, unsigned char*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, struct tm& value) {
+    TimeFields fields = FieldsOf(value);
+    RetrieveValue(fields);
+    SetFields(value, fields);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, GUID& value) {
+    RetrieveValue(value);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, double& value) {
+    RetrieveValue(value);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, float& value) {
+    RetrieveValue(value);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, long& value) {
+    std::int32_t stored = 0;
+    SkipLabel();
+    if (Take(&stored, sizeof(stored)) != 0) {
+        value = stored;
+    }
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, short& value) {
+    RetrieveValue(value);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, bool& value) {
+    auto byte = static_cast<unsigned char>(value);
+    RetrieveValue(byte);
+    value = byte != 0;
+}
+
+void WBinarySerializer::RetrieveF(const std::wstring& /*label*/, std::vector<double>& values) {
+    std::vector<float> singles;
+    RetrieveVector(singles);
+    values.assign(singles.begin(), singles.end());
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::list<int>& values) {
+    values.clear();
+    std::vector<int> elements;
+    RetrieveVector(elements);
+    values.assign(elements.begin(), elements.end());
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<std::string>& values) {
+    values.clear();
+    RetrieveVector(values);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, int*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, short*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, bool*& data, long& count) {
+    RetrieveArray(data, count);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, int& value) {
+    RetrieveValue(value);
+}
+
+void WBinarySerializer::Retrieve(const std::wstring& /*label*/, unsigned short& value) {
+    RetrieveValue(value);
+}
+
+void WBinarySerializer::RetrieveEx(const std::wstring& /*label*/, void* data, unsigned int size) {
+    SkipLabel();
+    Read(data, size);
+}
+
+} // namespace bss

@@ -1,0 +1,518 @@
+#include "bss/exception/WExceptionCatalogue.h"
+#include "bss/serial/WBinarySerializer.h"
+#include "bss/serial/WPersistentObject.h"
+#include "bss/serial/WVersion.h"
+#include "codec/Hex.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iomanip>
+#include <list>
+#include <map>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <stdexcept>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using bss::WBinarySerializer;
+
+/// An empty stream, or one of the given bytes
+WBinarySerializer Reader(const std::string& hex) {
+    return {FromHex(hex), false};
+}
+
+bool Same(const tm& a, const tm& b) {
+    const auto fields = [](const tm& t) {
+        return std::tie(t.tm_sec, t.tm_min, t.tm_hour, t.tm_mday, t.tm_mon, t.tm_year, t.tm_wday, t.tm_yday,
+                        t.tm_isdst);
+    };
+    return fields(a) == fields(b);
+}
+template <class Value>
+bool Same(const Value& a, const Value& b) {
+    return a == b;
+}
+
+struct Row {
+    std::string name;
+    std::function<void(WBinarySerializer&)> write;
+    std::function<bool(WBinarySerializer&)> readsTheSame;
+};
+
+template <class Value>
+Row ValueRow(const char* name, Value value) {
+    return {name, [value](WBinarySerializer& s) { s.Insert(L"ab", value); },
+            [value](WBinarySerializer& s) {
+                Value read{};
+                s.Retrieve(L"another label", read);
+                return Same(read, value);
+            }};
+}
+
+template <class Element>
+Row ArrayRow(const char* name, std::list<Element> values) {
+    const std::shared_ptr<Element[]> data(new Element[values.size()]);
+    std::copy(values.begin(), values.end(), data.get());
+    const auto count = static_cast<long>(values.size());
+    return {name, [=](WBinarySerializer& s) { s.Insert(L"ab", data.get(), count); },
+            [=](WBinarySerializer& s) {
+                Element* read = data.get();
+                long readCount = -1;
+                s.Retrieve({}, read, readCount);
+                const std::unique_ptr<Element[]> owner(read);
+                return readCount == count && (count == 0) == (read == nullptr) &&
+                       std::equal(read, read + readCount, data.get());
+            }};
+}
+
+class Sample : public bss::WPersistentObject {
+public:
+    Sample() : WPersistentObject(3, -1, bss::WVersion(5, 3, 0, 9)) {
+        SetValid(false);
+        SetModified(true);
+    }
+    void Serialize(bool bRead) override {
+        WPersistentObject::Serialize(bRead);
+        bRead ? m_pSerializer->Retrieve(L"m_fAngle", angle) : m_pSerializer->Insert(L"m_fAngle", angle);
+        bRead ? m_pSerializer->Retrieve(L"m_sName", name) : m_pSerializer->Insert(L"m_sName", name);
+    }
+    double angle = 90.0;
+    std::wstring name = L"run 1";
+};
+
+Row ObjectRow(const char* name, long version) {
+    return {name,
+            [version](WBinarySerializer& s) {
+                Sample sample;
+                sample.Write(&s, version, true);
+            },
+            [version](WBinarySerializer& s) {
+                Sample read;
+                const bool hasFlags = version >= bss::WVersion::GetVersion(5, 3, 0, 9);
+                read.SetValid(true);
+                read.SetModified(false);
+                read.SetGroupID(0);
+                read.SetObjectID(0);
+                read.angle = 0.0;
+                read.name.clear();
+                read.Read(&s, 0, true);
+                return read.GetVersion() == version && read.GetGroupID() == 3 && read.GetObjectID() == -1 &&
+                       read.GetValid() == !hasFlags && read.GetModified() == hasFlags && read.angle == 90.0 &&
+                       read.name == L"run 1";
+            }};
+}
+
+std::vector<Row> Rows() {
+    const GUID guid = {0x01234567, 0x89AB, 0xCDEF, {0xFE, 0xDC, 0xBA, 0x98, 0x76, 0x54, 0x32, 0x10}};
+    tm time{};
+    time.tm_sec = 59, time.tm_min = 30, time.tm_hour = 12, time.tm_mday = 31, time.tm_mon = 11;
+    time.tm_year = 126, time.tm_wday = 4, time.tm_yday = 364, time.tm_isdst = -1;
+    const std::wstring lone = {wchar_t(0xD83D), L'a',           wchar_t(0xDE00), L'\0',
+                               wchar_t(0xFFFE), wchar_t(0xD83D)};
+    const std::wstring pair = L"\U0001F600";
+    const std::wstring wide = L"a\u00E9\u20AC";
+    const long least = -2147483647L - 1;
+    using std::string;
+    using std::vector;
+    using std::wstring;
+    vector<Row> rows = {
+        ValueRow("bool", true),
+        ValueRow<short>("short", -2),
+        ValueRow<unsigned short>("unsigned short", 65534),
+        ValueRow("int", -3),
+        ValueRow("long", least),
+        ValueRow("float", 1.5F),
+        ValueRow("double", -2.25),
+        ValueRow("GUID", guid),
+        ValueRow("tm", time),
+        ValueRow("wstring", wide),
+        ValueRow("wstring empty", wstring()),
+        ValueRow("wstring pair", pair),
+        ValueRow("wstring lone", lone),
+        ValueRow("string", string("a\xE9\0b", 4)),
+        ValueRow("string empty", string()),
+        ArrayRow<unsigned char>("unsigned char array", {0, 127, 255}),
+        ArrayRow<bool>("bool array", {true, false, true}),
+        ValueRow("bool array", vector<bool>{true, false, true}),
+        ArrayRow<short>("short array", {-1, 256}),
+        ArrayRow<int>("int array", {-1, 65536}),
+        ValueRow("int array", vector<int>{-1, 65536}),
+        ValueRow("int array", std::list<int>{-1, 65536}),
+        ArrayRow<long>("long array", {-1, 2147483647, least}),
+        ValueRow("long array", vector<long>{-1, 2147483647, least}),
+        ArrayRow<float>("float array", {0.5F, -1.0F}),
+        ArrayRow<double>("double array", {0.1, -1e300}),
+        ValueRow("double array", vector<double>{0.1, -1e300}),
+        ArrayRow<wstring>("wstring array", {L"a", L"", pair}),
+        ValueRow("wstring array", vector<wstring>{L"a", L"", pair}),
+        ArrayRow<string>("string array", {"xy", ""}),
+        ValueRow("string array", vector<string>{"xy", ""}),
+        ArrayRow<double>("empty array", {}),
+        ArrayRow<bool>("empty array", {}),
+        ArrayRow<wstring>("empty array", {}),
+        ValueRow("empty array", vector<bool>()),
+        ValueRow("empty array", vector<long>()),
+        ValueRow("empty array", vector<wstring>()),
+        ValueRow("empty array", std::list<int>()),
+        {"vector float F",
+         [](WBinarySerializer& s) {
+             s.InsertF(L"ab", {0.1, -1e30});
+         },
+         [](WBinarySerializer& s) {
+             vector<double> read;
+             s.RetrieveF(L"", read);
+             return read == vector<double>{static_cast<double>(0.1F), static_cast<double>(-1e30F)};
+         }},
+        {"Ex",
+         [](WBinarySerializer& s) {
+             char bytes[] = {1, 2, 3};
+             s.InsertEx(L"ab", bytes, 3);
+         },
+         [](WBinarySerializer& s) {
+             char read[4] = {};
+             s.RetrieveEx(L"", read, 3);
+             return std::memcmp(read, "\1\2\3", 4) == 0;
+         }},
+        ObjectRow("object 5.3.0.8", bss::WVersion::GetVersion(5, 3, 0, 8)),
+        ObjectRow("object 5.3.0.9", bss::WVersion::GetVersion(5, 3, 0, 9)),
+    };
+    return rows;
+}
+
+/// name: images without and with labels
+std::map<std::string, std::pair<std::string, std::string>> GoldenImages() {
+    std::map<std::string, std::pair<std::string, std::string>> images;
+    std::ifstream file(KRTBSS_SOURCE_DIR "/tests/data/binary_golden.txt");
+    EXPECT_TRUE(file) << "cannot open tests/data/binary_golden.txt";
+    for (std::string line; std::getline(file, line);) {
+        if (const std::size_t colon = line.find(": "); line[0] != '#' && colon != std::string::npos) {
+            std::istringstream(line.substr(colon + 2)) >> images[line.substr(0, colon)].first >>
+                images[line.substr(0, colon)].second;
+        }
+    }
+    return images;
+}
+
+TEST(Binary, EveryTypeHasItsGoldenImage) {
+    auto images = GoldenImages();
+    std::map<std::string, bool> seen;
+    for (const Row& row : Rows()) {
+        SCOPED_TRACE(row.name);
+        ASSERT_EQ(images.count(row.name), 1U);
+        for (const bool labels : {false, true}) {
+            const std::string& golden = labels ? images[row.name].second : images[row.name].first;
+            WBinarySerializer writer(false, labels);
+            row.write(writer);
+            EXPECT_EQ(ToHex(writer.GetBuffer()), golden);
+            WBinarySerializer sizing(true, labels);
+            row.write(sizing);
+            EXPECT_EQ(sizing.GetBufferSize() * 2, golden.size());
+            EXPECT_EQ(sizing.GetBuffer(), "");
+            WBinarySerializer reader(FromHex(golden),
+                                     !labels); // what the reader's flag says counts for nothing
+            EXPECT_TRUE(row.readsTheSame(reader));
+            char more = 0;
+            EXPECT_TRUE(reader.MoreToRead());
+            reader.RetrieveEx(L"", &more, 1);
+            EXPECT_FALSE(reader.MoreToRead()); // every byte was taken
+        }
+        seen[row.name] = true;
+    }
+    EXPECT_EQ(seen.size(), images.size());
+}
+
+TEST(Binary, EveryTypeCutShortGivesNoFailure) {
+    for (const Row& row : Rows()) {
+        WBinarySerializer writer(false, true);
+        row.write(writer);
+        const std::string image = writer.GetBuffer();
+        for (std::size_t size = 0; size < image.size(); ++size) {
+            WBinarySerializer reader(image.substr(0, size), false);
+            EXPECT_NO_THROW(EXPECT_FALSE(row.readsTheSame(reader) && reader.MoreToRead()))
+                << row.name << size;
+        }
+    }
+}
+
+TEST(Binary, WorkedExampleOfTheDocumentIsAnImage) {
+    std::ifstream file(KRTBSS_SOURCE_DIR "/docs/binary-format.md");
+    std::string line;
+    while (std::getline(file, line) && line.substr(0, 10) != "```hexdump") {
+    }
+    std::string hex;
+    while (std::getline(file, line) && line.substr(0, 3) != "```") {
+        std::ostringstream offset;
+        offset << std::uppercase << std::hex << std::setfill('0') << std::setw(4) << hex.size() / 2;
+        EXPECT_EQ(line.substr(0, 4), offset.str());
+        const std::string bytes = line.substr(6, line.find("  ", 6) - 6);
+        for (const char c : bytes) {
+            hex += c == ' ' || c == '\r' ? "" : std::string(1, c);
+        }
+    }
+    EXPECT_EQ(hex, GoldenImages()["object 5.3.0.9"].second);
+}
+
+TEST(Binary, HugeItemsPass) {
+    std::vector<double> numbers(1'000'000);
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        numbers[i] = static_cast<double>(i) / 7.0;
+    }
+    const std::wstring text(3'000'000, L'\u20AC');
+    const std::vector<std::string> strings(100'000, "abc");
+    WBinarySerializer s(false, false);
+    s.Insert(L"", numbers);
+    s.Insert(L"", text);
+    s.Insert(L"", strings);
+    EXPECT_EQ(s.GetBufferSize(), 8U + 8'000'000 + 8 + 6'000'000 + 8 + 1'100'000);
+    std::vector<double> readNumbers;
+    std::wstring readText;
+    std::vector<std::string> readStrings;
+    s.Retrieve(L"", readNumbers);
+    s.Retrieve(L"", readText);
+    s.Retrieve(L"", readStrings);
+    EXPECT_TRUE(readNumbers == numbers && readText == text && readStrings == strings);
+    EXPECT_TRUE(s.MoreToRead());
+}
+
+template <class Call>
+std::wstring SerializerErrorOf(Call call) {
+    try {
+        call();
+    } catch (const bss::WNESerializerError& e) {
+        return e.AsString(false);
+    }
+    return L"none";
+}
+
+TEST(Binary, WhatTheImageCannotHoldIsRefusedByName) {
+    for (const bool sizing : {false, true}) {
+        WBinarySerializer s(sizing, true);
+        const auto refused = [&s](auto... arguments) {
+            return SerializerErrorOf([&] { s.Insert(L"m_nCount", arguments...); });
+        };
+        const std::wstring begin = L"Serializer Error: cannot write item 'm_nCount': its ";
+        const double one = 1.0;
+        EXPECT_EQ(refused(&one, -1L), begin + L"count -1 is negative\n");
+        EXPECT_EQ(refused(static_cast<const bool*>(nullptr), 2L),
+                  begin + L"pointer is null and its count 2\n");
+        EXPECT_EQ(SerializerErrorOf([&s] { s.InsertEx(L"m_nCount", nullptr, 3); }),
+                  begin + L"pointer is null and its size 3\n");
+        if constexpr (sizeof(long) > 4) {
+            const auto wide = static_cast<long>(0x100000000);
+            EXPECT_EQ(refused(wide), begin + L"value 4294967296 does not fit into 32 bits\n");
+            EXPECT_EQ(refused(-wide / 2 - 1), begin + L"value -2147483649 does not fit into 32 bits\n");
+            EXPECT_EQ(refused(std::vector<long>{1, wide / 2}),
+                      begin + L"element 1, 2147483648, does not fit into 32 bits\n");
+            EXPECT_EQ(refused(&one, wide), begin + L"count 4294967296 does not fit into 32 bits\n");
+        }
+        EXPECT_EQ(s.GetBufferSize(), 0U);
+    }
+}
+
+TEST(Binary, ReadingPastTheEndKeepsTheValue) {
+    auto s = std::make_unique<WBinarySerializer>(FromHex("00000000"
+                                                         "FFFF"),
+                                                 false);
+    long number = 7;
+    s->Retrieve(L"", number);
+    EXPECT_EQ(number, 7);
+    EXPECT_FALSE(s->MoreToRead());
+    double real = 2.5;
+    std::wstring text = L"kept";
+    std::vector<double> numbers = {1.0};
+    s->Retrieve(L"", real);
+    s->Retrieve(L"", text);
+    s->Retrieve(L"", numbers);
+    EXPECT_EQ(real, 2.5);
+    EXPECT_EQ(text, L"kept"); // of a count that is 0
+    EXPECT_TRUE(numbers.empty());
+    try {
+        s->Insert(L"", 1.0);
+        FAIL() << "a stream that was read to its end takes no more";
+    } catch (const std::length_error& e) {
+        EXPECT_STREQ(e.what(), "Error writing to an invalid buffer");
+    }
+    char bytes[4] = {9, 9, 9, 9};
+    WBinarySerializer part(FromHex("00000000"
+                                   "0102"),
+                           false);
+    part.RetrieveEx(L"", bytes, 4);
+    EXPECT_EQ(ToHex(std::string(bytes, 4)), "01020909"); // what there was
+}
+
+TEST(Binary, FailedWriteMakesTheStreamBad) {
+    struct Opened : WBinarySerializer {
+        Opened() : WBinarySerializer(false, false) {}
+        using WBinarySerializer::Read;
+        using WBinarySerializer::Write;
+    } s;
+    char bytes[4] = {1, 2, 3, 4};
+    EXPECT_EQ(s.Write(bytes, 4), 4U);
+    EXPECT_EQ(s.Read(bytes, 2), 2U);
+    EXPECT_THROW(s.Write(bytes, 0xFFFFFFFFU), std::length_error); // over 4 GiB in all
+    EXPECT_FALSE(s.MoreToRead());
+    EXPECT_THROW(s.Write(bytes, 1), std::length_error);
+    try {
+        s.Read(bytes, 1);
+        FAIL() << "a bad stream is not read";
+    } catch (const std::length_error& e) {
+        EXPECT_STREQ(e.what(), "Error reading from an invalid buffer");
+    }
+    EXPECT_EQ(s.Size(), 4U);
+    EXPECT_EQ(s.GetBufferSize(), 4U);
+    Sample sample;
+    EXPECT_THROW(sample.Write(&s, 0, true), bss::WNEDataIOError);
+}
+
+template <class Element>
+void ExpectPointerFormRefuses(const std::string& hex) {
+    WBinarySerializer s = Reader(hex);
+    auto* data = reinterpret_cast<Element*>(&s);
+    long count = 5;
+    EXPECT_THROW(s.Retrieve(L"", data, count), std::bad_alloc) << hex;
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(count, 0);
+}
+
+template <class Value>
+void ExpectValueRefuses(const std::string& hex) {
+    WBinarySerializer s = Reader(hex);
+    Value value;
+    EXPECT_THROW(s.Retrieve(L"", value), std::bad_alloc) << hex;
+    EXPECT_TRUE(value.empty());
+}
+
+TEST(Binary, LyingCountsAreRefusedWithoutMemory) {
+    for (const std::string count : {"FFFFFFFF", "00000080", "FFFFFF7F"}) {
+        const std::string hex = "00000000" + count + "0102";
+        ExpectPointerFormRefuses<unsigned char>(hex);
+        ExpectPointerFormRefuses<bool>(hex);
+        ExpectPointerFormRefuses<short>(hex);
+        ExpectPointerFormRefuses<int>(hex);
+        ExpectPointerFormRefuses<long>(hex);
+        ExpectPointerFormRefuses<float>(hex);
+        ExpectPointerFormRefuses<double>(hex);
+        ExpectPointerFormRefuses<std::string>(hex);
+        ExpectPointerFormRefuses<std::wstring>(hex);
+        ExpectValueRefuses<std::string>(hex);
+        ExpectValueRefuses<std::wstring>(hex);
+        ExpectValueRefuses<std::vector<bool>>(hex);
+        ExpectValueRefuses<std::vector<double>>(hex);
+        ExpectValueRefuses<std::vector<std::wstring>>(hex);
+        ExpectValueRefuses<std::list<int>>(hex);
+    }
+    ExpectValueRefuses<std::string>("FFFFFF7F"
+                                    "0102"); // a label
+    // 16 MiB over what is left pass, one element more does not.
+    ExpectPointerFormRefuses<double>("00000000"
+                                     "02002000"
+                                     "0000000000000000");
+    WBinarySerializer s = Reader("00000000"
+                                 "01002000"
+                                 "0000000000000440");
+    double* data = nullptr;
+    long count = 0;
+    s.Retrieve(L"", data, count);
+    const std::unique_ptr<double[]> owner(data);
+    ASSERT_EQ(count, 0x200001);
+    EXPECT_EQ(data[0], 2.5);
+    EXPECT_EQ(std::count(data + 1, data + count, 0.0), count - 1);
+    EXPECT_FALSE(s.MoreToRead());
+}
+
+TEST(Binary, SmallLiesGiveZerosAlsoInWhatIsUsedAgain) {
+    std::vector<double> numbers(4, 9.0);
+    WBinarySerializer s = Reader("00000000"
+                                 "03000000"
+                                 "0000000000000440");
+    s.Retrieve(L"", numbers);
+    EXPECT_EQ(numbers, (std::vector<double>{2.5, 0.0, 0.0}));
+    std::wstring text = L"zzzz";
+    s = Reader("00000000"
+               "03000000"
+               "6100");
+    s.Retrieve(L"", text);
+    EXPECT_EQ(text, std::wstring(L"a\0\0", 3));
+    std::vector<std::string> strings(5, "z");
+    s = Reader("00000000"
+               "03000000"
+               "00000000"
+               "01000000"
+               "61");
+    s.Retrieve(L"", strings);
+    EXPECT_EQ(strings, (std::vector<std::string>{"a", "", ""}));
+}
+
+TEST(Binary, BytesThatAreNoBoolReadAsTrue) {
+    WBinarySerializer s = Reader("00000000"
+                                 "07"
+                                 "00000000"
+                                 "02000000"
+                                 "00FF");
+    bool flag = false;
+    s.Retrieve(L"", flag);
+    EXPECT_TRUE(flag);
+    std::vector<bool> flags;
+    s.Retrieve(L"", flags);
+    EXPECT_EQ(flags, (std::vector<bool>{false, true}));
+}
+
+TEST(Binary, ConstructorsMakeTheirStreams) {
+    WBinarySerializer fixed(10U, false);
+    fixed.Insert(L"", 1L);
+    EXPECT_EQ(ToHex(fixed.GetBuffer()), "00000000010000000000");
+    EXPECT_EQ(fixed.Size(), 8U);
+    EXPECT_EQ(fixed.GetBufferSize(), 10U);
+    fixed.Insert(L"", 1.0); // over the end
+    EXPECT_EQ(fixed.GetBufferSize(), 20U);
+
+    WBinarySerializer whole(std::string("abcdefgh"), false);
+    whole.SetIsSizing(true);
+    EXPECT_TRUE(whole.GetIsSizing());
+    EXPECT_EQ(whole.GetBufferSize(), 8U);
+    whole.Insert(L"", true);
+    EXPECT_EQ(whole.GetBufferSize(), 13U);
+    EXPECT_EQ(whole.GetBuffer(), "abcdefgh");
+    EXPECT_EQ(whole.Size(), 0U);
+
+    WBinarySerializer bytes("abcdefgh", 3, false);
+    EXPECT_EQ(bytes.GetBuffer(), "abc");
+    bytes.SetIsSizing(true);
+    EXPECT_EQ(bytes.GetBufferSize(), 0U);
+    EXPECT_EQ(WBinarySerializer(nullptr, 3, false).GetBuffer(), "");
+    EXPECT_EQ(WBinarySerializer("abc", 0, false).GetBuffer(), "");
+    EXPECT_EQ(bytes.GetSerializerType(), L"BINARY");
+
+    unsigned char block[4] = {9, 9, 9, 9};
+    unsigned char* target = block;
+    bytes.WriteToBuffer(target);
+    EXPECT_EQ(target, block);
+    EXPECT_EQ(std::memcmp(block, "abc\t", 4), 0);
+}
+
+TEST(Binary, LabelsAreReadAsTheyWereWritten) {
+    struct Opened : WBinarySerializer {
+        Opened() : WBinarySerializer(false, true) {}
+        using WBinarySerializer::ReadLabel;
+        using WBinarySerializer::WriteLabel;
+    } s;
+    const std::wstring label = L"\u03B1\U0001F600";
+    EXPECT_EQ(s.WriteLabel(label), 10U);
+    EXPECT_EQ(s.WriteLabel(L""), 4U);
+    std::wstring read = L"x";
+    EXPECT_EQ(s.ReadLabel(read), 10U);
+    EXPECT_EQ(read, label);
+    EXPECT_EQ(s.ReadLabel(read), 4U);
+    EXPECT_TRUE(read.empty());
+}
+
+} // namespace
