@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
+#include <atomic>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -336,9 +336,11 @@ TEST(Frame, ClassNamesLoseNamespacesAndArguments) {
 
 TEST(Frame, ThreadsThatShareASerializerTakeTurnsByObjects) {
     RecordingSerializer serializer;
-    std::latch bothRun(2);
-    const auto writeMany = [&serializer, &bothRun](long objectID) {
-        bothRun.arrive_and_wait();
+    std::atomic<int> running = 0;
+    const auto writeMany = [&serializer, &running](long objectID) {
+        for (++running; running < 2;) {
+            std::this_thread::yield();
+        }
         for (int i = 0; i < 300; ++i) {
             Node(objectID).Write(&serializer, 0, true);
         }

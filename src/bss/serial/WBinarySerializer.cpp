@@ -307,7 +307,7 @@ void WBinarySerializer::TakeElements(Element* elements, std::size_t count) {
     } else if constexpr (std::is_same_v<Element, bool>) {
         std::vector<unsigned char> stored(count);
         Take(stored.data(), count);
-        std::transform(stored.begin(), stored.end(), elements, [](unsigned char byte) { return byte != 0; });
+        std::transform(stored.begin(), stored.end(), elements, [](unsigned char bit) { return bit != 0; });
     } else if constexpr (kIsText<Element>) {
         for (std::size_t i = 0; i < count; ++i) {
             WBinarySerializer::Retrieve({}, elements[i]);
@@ -496,7 +496,7 @@ void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<bool
     std::vector<unsigned char> bytes;
     RetrieveVector(bytes);
     values.resize(bytes.size());
-    std::transform(bytes.begin(), bytes.end(), values.begin(), [](unsigned char byte) { return byte != 0; });
+    std::transform(bytes.begin(), bytes.end(), values.begin(), [](unsigned char bit) { return bit != 0; });
 }
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<double>& values) {
@@ -576,9 +576,9 @@ void WBinarySerializer::Retrieve(const std::wstring& /*label*/, short& value) {
 }
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, bool& value) {
-    auto byte = static_cast<unsigned char>(value);
-    RetrieveValue(byte);
-    value = byte != 0;
+    auto bit = static_cast<unsigned char>(value);
+    RetrieveValue(bit);
+    value = bit != 0;
 }
 
 void WBinarySerializer::RetrieveF(const std::wstring& /*label*/, std::vector<double>& values) {
