@@ -21,7 +21,8 @@
 // outside a database, m_bValid and m_bModified. A class that owns other persistent objects overrides the
 // operations on components and forwards them.
 //
-// Failures of Read and Write are chains of WNestedException.
+// Failures of Read and Write are chains of WNestedException. What SerializeComponents itself throws, outside
+// the runs of the components, passes as it is.
 //
 // Threads: an object has no lock. No other thread may touch it during a run.
 
