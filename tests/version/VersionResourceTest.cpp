@@ -118,7 +118,7 @@ TEST(VersionResource, NamesEveryKindOfFileAndOfSystem) {
     };
     int number = 0;
     for (const Row& row : rows) {
-        const LoadedModule module(ModuleFilePath("version_row_" + std::to_string(number)));
+        const LoadedModule module(ModuleFilePath(std::string("version_row_").append(std::to_string(number))));
         const WVersionResource resource(module.Handle());
         EXPECT_STREQ(resource.GetFileType(), row.type) << number;
         EXPECT_STREQ(resource.GetFileOS(), row.system) << number;
