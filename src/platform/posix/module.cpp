@@ -2,6 +2,7 @@
 
 #include "platform/error.h"
 #include "platform/posix/modulefile.h"
+#include "platform/posix/modulelist.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <link.h>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace platform {
 
@@ -77,7 +79,26 @@ std::string AbsolutePath(const std::string& name) {
     return std::string(folder) + "/" + name;
 }
 
+/// Runs under the linker's lock, too.
+int AppendList(dl_phdr_info*, std::size_t, void* argument) {
+    auto* const modules = static_cast<std::vector<posix::ListedModule>*>(argument);
+    for (const link_map* map = FirstMap(); map != nullptr; map = map->l_next) {
+        modules->push_back({reinterpret_cast<HMODULE>(const_cast<link_map*>(map)),
+                            map->l_name == nullptr ? std::string() : AbsolutePath(map->l_name)});
+    }
+    return 1;
+}
+
 } // namespace
+
+std::vector<posix::ListedModule> posix::ListModules() {
+    std::vector<ListedModule> modules;
+    dl_iterate_phdr(&AppendList, &modules);
+    if (!modules.empty()) {
+        modules.front().file = ProgramPath();
+    }
+    return modules;
+}
 
 BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
     if (module == nullptr) {

@@ -1,0 +1,80 @@
+#include "platform/process.h"
+#include "platform/error.h"
+#include "platform/module.h"
+#include "platform/sync.h"
+#include "platform/user.h"
+#include "support/Wine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr DWORD kRights = PROCESS_QUERY_INFORMATION | PROCESS_VM_READ;
+
+HMODULE ModuleOf(const void* address) {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       static_cast<LPCWSTR>(address), &module);
+    return module;
+}
+
+std::wstring PathOf(HANDLE process, HMODULE module) {
+    wchar_t path[1000] = {};
+    const DWORD length = K32GetModuleFileNameExW(process, module, path, 1000);
+    return {path, length};
+}
+
+TEST(Process, OnlyRunningOnesOpen) {
+    EXPECT_EQ(OpenProcess(kRights, FALSE, 0), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(OpenProcess(kRights, FALSE, 0x7FFFFFF0), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    HMODULE module = nullptr;
+    DWORD needed = 0;
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    EXPECT_FALSE(K32EnumProcessModules(event, &module, sizeof(module), &needed));
+    EXPECT_EQ(PathOf(event, nullptr), L"");
+    CloseHandle(event);
+}
+
+TEST(Process, ModulesOfThisOneAreListedBothWays) {
+    wchar_t programPath[1000] = {};
+    GetModuleFileNameW(nullptr, programPath, 1000);
+    const HANDLE opened = OpenProcess(kRights, FALSE, GetCurrentProcessId());
+    ASSERT_NE(opened, nullptr);
+    for (const HANDLE process : {opened, GetCurrentProcess()}) {
+        HMODULE modules[256] = {};
+        DWORD needed = 0;
+        ASSERT_TRUE(K32EnumProcessModules(process, modules, sizeof(modules), &needed));
+        const std::size_t count = needed / sizeof(HMODULE);
+        ASSERT_LE(count, 256U);
+        const HMODULE program = ModuleOf(reinterpret_cast<const void*>(&PathOf));
+        EXPECT_EQ(modules[0], program);
+        EXPECT_EQ(PathOf(process, program), programPath);
+        EXPECT_EQ(PathOf(process, nullptr), programPath);
+        bool hasLibrary = false;
+        for (std::size_t i = 0; i < count; ++i) {
+            hasLibrary = hasLibrary || PathOf(process, modules[i]).find(L"krtbss") != std::wstring::npos;
+        }
+        EXPECT_TRUE(hasLibrary);
+        HMODULE first = nullptr;
+        DWORD neededAgain = 0;
+        EXPECT_TRUE(K32EnumProcessModules(process, &first, sizeof(first), &neededAgain)); // as many as fit
+        EXPECT_EQ(first, program);
+        EXPECT_EQ(neededAgain, needed);
+        int local = 0;
+        EXPECT_EQ(PathOf(process, reinterpret_cast<HMODULE>(&local)), L"");
+    }
+    wchar_t cut[5] = {};
+    if (!RunsUnderWine()) { // which answers one less
+        EXPECT_EQ(K32GetModuleFileNameExW(opened, nullptr, cut, 5), 5U);
+    }
+    EXPECT_TRUE(CloseHandle(opened));
+    EXPECT_EQ(PathOf(opened, nullptr), L"");
+}
+
+} // namespace
