@@ -66,8 +66,9 @@ void InitializeCriticalSection(CRITICAL_SECTION* section) {
 }
 
 BOOL InitializeCriticalSectionAndSpinCount(CRITICAL_SECTION* section, DWORD spinCount) {
-    // The system keeps flags in the upper byte. On one processor the owner can't run meanwhile.
-    const bool several = sysconf(_SC_NPROCESSORS_ONLN) > 1;
+    // The system keeps flags in the upper byte. On one processor the owner can't run meanwhile. Asking takes
+    // microseconds, so it is done once.
+    static const bool several = sysconf(_SC_NPROCESSORS_ONLN) > 1;
     *section = {nullptr, kFree, 0, nullptr, nullptr, several ? (spinCount & 0x00FFFFFF) : 0};
     return TRUE;
 }
