@@ -450,6 +450,10 @@ TEST(Binary, SmallLiesGiveZerosAlsoInWhatIsUsedAgain) {
                "61");
     s.Retrieve(L"", strings);
     EXPECT_EQ(strings, (std::vector<std::string>{"a", "", ""}));
+    s = Reader("00000000"
+               "FFFFFFFF");
+    EXPECT_THROW(s.Retrieve(L"", strings), std::bad_alloc);
+    EXPECT_TRUE(strings.empty());
 }
 
 TEST(Binary, BytesThatAreNoBoolReadAsTrue) {

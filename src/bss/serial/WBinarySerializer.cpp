@@ -51,6 +51,23 @@ void SetFields(tm& time, const TimeFields& fields) {
 template <class Element>
 constexpr bool kIsText = std::is_same_v<Element, std::string> || std::is_same_v<Element, std::wstring>;
 
+/// Whether the characters of a text are what the image has.
+template <class Text>
+constexpr bool kIsStoredAsItIs = std::is_same_v<Text, std::string> ||
+                                 sizeof(typename Text::value_type) == sizeof(platform::Utf16Unit);
+
+/// Bytes of the characters.
+template <class Text>
+std::size_t SizeOf(const Text& text) {
+    return text.size() * sizeof(typename Text::value_type);
+}
+
+/// What stands in front of a string's characters in an array.
+struct StringHead {
+    std::int32_t labelLength;
+    std::int32_t length;
+};
+
 /// Bytes of one element in the image; of a string the least, its two counts.
 template <class Element>
 constexpr std::size_t Width() {
@@ -109,31 +126,51 @@ void WBinarySerializer::WriteToBuffer(unsigned char*& target) const {
     std::copy(m_buffer.begin(), m_buffer.end(), target);
 }
 
-std::size_t WBinarySerializer::Append(const void* data, std::size_t size) {
-    if (m_bIsSizing) {
-        m_nBytesWritten += static_cast<unsigned int>(size);
-        return size;
+/// Room for bytes that are written now, at the position of writing, which moves behind them.
+char* WBinarySerializer::Extend(std::size_t size) {
+    const std::size_t begin = Advance(size);
+    if (m_nWritePosition > m_buffer.size()) {
+        m_buffer.resize(m_nWritePosition);
     }
+    return m_buffer.data() + begin;
+}
+
+/// Moves the position of writing, which must be possible, and answers the former one.
+std::size_t WBinarySerializer::Advance(std::size_t size) {
     if (m_bEnd || m_bBad) {
         throw std::length_error(m_sErrorWrite);
     }
-    if (size == 0) {
-        return 0;
-    }
+    const std::size_t begin = m_nWritePosition;
     try {
-        if (size > kLargestImage - m_nWritePosition) {
+        if (size > kLargestImage - begin) {
             throw std::length_error(m_sErrorWrite);
         }
-        const auto* const bytes = static_cast<const char*>(data);
-        const std::size_t over = std::min(size, m_buffer.size() - m_nWritePosition);
-        m_buffer.append(bytes + over, size - over);
-        std::memcpy(m_buffer.data() + m_nWritePosition, bytes, over);
+        // What comes behind a large item is mostly small: it should not move that once more.
+        const std::size_t needed = begin + size;
+        if (needed > m_buffer.capacity()) {
+            m_buffer.reserve(std::max(2 * m_buffer.capacity(), needed + needed / 8));
+        }
     } catch (const std::exception&) {
         m_bBad = true;
         throw std::length_error(m_sErrorWrite);
     }
     m_nWritePosition += size;
     m_nBytesWritten += static_cast<unsigned int>(size);
+    return begin;
+}
+
+std::size_t WBinarySerializer::Append(const void* data, std::size_t size) {
+    if (m_bIsSizing) {
+        m_nBytesWritten += static_cast<unsigned int>(size);
+        return size;
+    }
+    const std::size_t begin = Advance(size);
+    if (size != 0) {
+        const auto* const bytes = static_cast<const char*>(data);
+        const std::size_t over = std::min(size, m_buffer.size() - begin);
+        std::memcpy(m_buffer.data() + begin, bytes, over);
+        m_buffer.append(bytes + over, size - over);
+    }
     return size;
 }
 
@@ -149,6 +186,34 @@ std::size_t WBinarySerializer::AppendText(const std::wstring& text) {
     const auto units = platform::Utf16FromWide(text);
     AppendCount(units.size());
     return sizeof(std::uint32_t) + Append(units.data(), 2 * units.size());
+}
+
+/// The elements of an array of strings, each with its label of no length.
+template <class Text>
+void WBinarySerializer::AppendStrings(const Text* data, std::size_t count) {
+    if constexpr (kIsStoredAsItIs<Text>) {
+        std::size_t size = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            size += sizeof(StringHead) + SizeOf(data[i]);
+        }
+        if (m_bIsSizing) {
+            m_nBytesWritten += static_cast<unsigned int>(size);
+            return;
+        }
+        char* target = Extend(size);
+        for (std::size_t i = 0; i < count; ++i) {
+            const StringHead head = {0, static_cast<std::int32_t>(data[i].size())};
+            std::memcpy(target, &head, sizeof(head));
+            // NOLINTNEXTLINE(bugprone-not-null-terminated-result): texts are counted
+            std::memcpy(target + sizeof(head), data[i].data(), SizeOf(data[i]));
+            target += sizeof(head) + SizeOf(data[i]);
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            AppendCount(0);
+            AppendText(data[i]);
+        }
+    }
 }
 
 std::size_t WBinarySerializer::Take(void* target, std::size_t size) {
@@ -196,6 +261,35 @@ void WBinarySerializer::TakeText(std::wstring& text) {
         platform::Utf16String units(count, 0);
         Take(units.data(), count * sizeof(platform::Utf16Unit));
         text = platform::WideFromUtf16(units);
+    }
+}
+
+/// The elements of an array of strings, whatever they hold.
+template <class Text>
+void WBinarySerializer::TakeStrings(Text* strings, std::size_t count) {
+    std::size_t i = 0;
+    if constexpr (kIsStoredAsItIs<Text>) {
+        // Those that are there whole and without labels, which are all unless the image was damaged.
+        StringHead head{};
+        for (; i < count && Remaining() >= sizeof(head); ++i) {
+            const char* const source = m_buffer.data() + m_nReadPosition;
+            std::memcpy(&head, source, sizeof(head));
+            const std::size_t left = Remaining() - sizeof(head);
+            if (head.labelLength != 0 || head.length < 0 ||
+                static_cast<std::size_t>(head.length) > left / sizeof(typename Text::value_type)) {
+                break;
+            }
+            strings[i].resize(static_cast<std::size_t>(head.length));
+            std::memcpy(strings[i].data(), source + sizeof(head), SizeOf(strings[i]));
+            const std::size_t size = sizeof(head) + SizeOf(strings[i]);
+            m_nReadPosition += size;
+            m_nBytesRead += static_cast<unsigned int>(size);
+        }
+    }
+    for (; i < count; ++i) {
+        strings[i].clear();
+        SkipLabel();
+        TakeText(strings[i]);
     }
 }
 
@@ -280,10 +374,7 @@ void WBinarySerializer::InsertElements(const std::wstring& label, const Element*
         }
         WriteLabel(label);
         AppendCount(count);
-        const std::wstring noLabel;
-        for (std::size_t i = 0; i < count; ++i) {
-            WBinarySerializer::Insert(noLabel, data[i]);
-        }
+        AppendStrings(data, count);
     } else {
         WriteLabel(label);
         AppendCount(count);
@@ -309,9 +400,7 @@ void WBinarySerializer::TakeElements(Element* elements, std::size_t count) {
         Take(stored.data(), count);
         std::transform(stored.begin(), stored.end(), elements, [](unsigned char bit) { return bit != 0; });
     } else if constexpr (kIsText<Element>) {
-        for (std::size_t i = 0; i < count; ++i) {
-            WBinarySerializer::Retrieve({}, elements[i]);
-        }
+        TakeStrings(elements, count);
     } else {
         Take(elements, count * sizeof(Element));
     }
@@ -336,7 +425,7 @@ template <class Element>
 void WBinarySerializer::RetrieveVector(std::vector<Element>& values) {
     SkipLabel();
     const std::size_t promised = TakeCount(Width<Element>());
-    if (promised * Width<Element>() > Remaining()) {
+    if (!kIsText<Element> && promised * Width<Element>() > Remaining()) {
         values.clear(); // so that there are zeros for what is not there
     }
     values.resize(promised);
@@ -488,8 +577,10 @@ void WBinarySerializer::InsertEx(const std::wstring& label, void* const data, un
 }
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<std::wstring>& values) {
-    values.clear();
-    RetrieveVector(values);
+    std::vector<std::wstring> strings;
+    strings.swap(values); // which is empty if this fails
+    RetrieveVector(strings);
+    values.swap(strings);
 }
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<bool>& values) {
@@ -595,8 +686,10 @@ void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::list<int>& 
 }
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<std::string>& values) {
-    values.clear();
-    RetrieveVector(values);
+    std::vector<std::string> strings;
+    strings.swap(values); // which is empty if this fails
+    RetrieveVector(strings);
+    values.swap(strings);
 }
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, int*& data, long& count) {

@@ -148,6 +148,8 @@ protected:
     unsigned int ReadLabel(std::wstring& label);
 
 private:
+    std::size_t Advance(std::size_t size);
+    char* Extend(std::size_t size);
     std::size_t Append(const void* data, std::size_t size);
     std::size_t AppendText(const std::wstring& text);
     void AppendCount(std::size_t count);
@@ -159,6 +161,10 @@ private:
     void TakeText(std::wstring& text);
     void SkipLabel();
 
+    template <class Text>
+    void AppendStrings(const Text* data, std::size_t count);
+    template <class Text>
+    void TakeStrings(Text* strings, std::size_t count);
     template <class Value>
     void InsertValue(const std::wstring& label, const Value& value);
     template <class Value>

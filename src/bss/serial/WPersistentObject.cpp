@@ -22,6 +22,20 @@ namespace {
 /// Of the module's table of strings
 constexpr UINT kUpgradeText = 1001;
 
+/// Made once, since every object has them, and never destroyed.
+struct Labels {
+    const std::wstring version = L"m_nVersion";
+    const std::wstring groupID = L"groupID";
+    const std::wstring objectID = L"objectID";
+    const std::wstring valid = L"m_bValid";
+    const std::wstring modified = L"m_bModified";
+};
+
+const Labels& GetLabels() {
+    static const Labels& labels = *new Labels;
+    return labels;
+}
+
 std::wstring LoadText(UINT number) {
     wchar_t text[512] = {};
     const int length = LoadStringW(GetBSSHandle(), number, text, 512);
@@ -230,18 +244,19 @@ void WPersistentObject::Serialize(bool bRead) {
 
 void WPersistentObject::SerializeMembers(bool bRead) {
     WSerializer& serializer = Demand(m_pSerializer);
-    const auto member = [&serializer, bRead](const wchar_t* label, auto& value) {
+    const Labels& labels = GetLabels();
+    const auto member = [&serializer, bRead](const std::wstring& label, auto& value) {
         bRead ? serializer.Retrieve(label, value) : serializer.Insert(label, value);
     };
-    member(L"m_nVersion", m_nVersion);
+    member(labels.version, m_nVersion);
     if (bRead && m_nVersion > m_nCurrentVersion) {
         throw WNEDataIOError(LoadText(kUpgradeText));
     }
-    member(L"groupID", m_nGroupID);
-    member(L"objectID", m_nObjectID);
+    member(labels.groupID, m_nGroupID);
+    member(labels.objectID, m_nObjectID);
     if (m_nVersion >= WVersion::GetVersion(5, 3, 0, 9) && !IsDatabase(serializer)) {
-        member(L"m_bValid", m_bValid);
-        member(L"m_bModified", m_bModified);
+        member(labels.valid, m_bValid);
+        member(labels.modified, m_bModified);
     }
 }
 
