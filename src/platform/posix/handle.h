@@ -13,7 +13,14 @@
 
 namespace platform::posix {
 
-enum class ObjectKind : std::uint32_t { Event = 1, Mutex = 2, Semaphore = 3, Token = 4, EventSource = 5, Process = 6 };
+enum class ObjectKind : std::uint32_t {
+    Event = 1,
+    Mutex = 2,
+    Semaphore = 3,
+    Token = 4,
+    EventSource = 5,
+    Process = 6
+};
 
 /// Whether objects of a kind can be waited for.
 constexpr bool IsWaitable(ObjectKind kind) {
