@@ -1,5 +1,7 @@
 #include "platform/text.h"
 
+#include <cstring>
+
 namespace platform {
 
 namespace {
@@ -61,40 +63,14 @@ std::string Narrow(UINT codePage, std::wstring_view text) {
 } // namespace
 
 Utf16String EncodeUtf16(std::wstring_view text) {
-    if constexpr (sizeof(wchar_t) == sizeof(Utf16Unit)) {
-        return {text.begin(), text.end()};
-    }
-    Utf16String units;
-    units.reserve(text.size());
-    for (const wchar_t character : text) {
-        const auto codePoint = static_cast<char32_t>(character);
-        if (codePoint < 0x10000) {
-            units += static_cast<Utf16Unit>(codePoint);
-        } else if (codePoint <= kLastCodePoint) {
-            units += static_cast<Utf16Unit>(0xD800 + ((codePoint - 0x10000) >> 10U));
-            units += static_cast<Utf16Unit>(0xDC00 + ((codePoint - 0x10000) & 0x3FFU));
-        } else {
-            units += static_cast<Utf16Unit>(kReplacement);
-        }
-    }
+    Utf16String units(Utf16Length(text), 0);
+    PutUtf16(text, units.data());
     return units;
 }
 
 std::wstring DecodeUtf16(Utf16View units) {
-    if constexpr (sizeof(wchar_t) == sizeof(Utf16Unit)) {
-        return {units.begin(), units.end()};
-    }
     std::wstring text;
-    text.reserve(units.size());
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        const char32_t unit = units[i];
-        if (IsHighSurrogate(unit) && i + 1 < units.size() && IsLowSurrogate(units[i + 1])) {
-            text += static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10U) + (units[i + 1] - 0xDC00U));
-            ++i;
-        } else {
-            text += static_cast<wchar_t>(unit);
-        }
-    }
+    TakeUtf16(units.data(), units.size(), text);
     return text;
 }
 
@@ -107,6 +83,54 @@ std::size_t CountUtf16(std::wstring_view text) {
         }
     }
     return count;
+}
+
+void* PutUtf16(std::wstring_view text, void* bytes) {
+    auto* target = static_cast<unsigned char*>(bytes);
+    if constexpr (sizeof(wchar_t) == sizeof(Utf16Unit)) {
+        std::memcpy(target, text.data(), sizeof(Utf16Unit) * text.size());
+        return target + sizeof(Utf16Unit) * text.size();
+    }
+    const auto put = [&target](char32_t value) {
+        const auto unit = static_cast<Utf16Unit>(value);
+        std::memcpy(target, &unit, sizeof(unit));
+        target += sizeof(unit);
+    };
+    for (const wchar_t character : text) {
+        const auto codePoint = static_cast<char32_t>(character);
+        if (codePoint < 0x10000) {
+            put(codePoint);
+        } else if (codePoint <= kLastCodePoint) {
+            put(0xD800 + ((codePoint - 0x10000) >> 10U));
+            put(0xDC00 + ((codePoint - 0x10000) & 0x3FFU));
+        } else {
+            put(kReplacement);
+        }
+    }
+    return target;
+}
+
+void TakeUtf16(const void* bytes, std::size_t count, std::wstring& text) {
+    const auto* const source = static_cast<const unsigned char*>(bytes);
+    text.resize(count);
+    if constexpr (sizeof(wchar_t) == sizeof(Utf16Unit)) {
+        std::memcpy(text.data(), source, sizeof(Utf16Unit) * count);
+        return;
+    }
+    const auto unitAt = [source](std::size_t i) {
+        Utf16Unit unit = 0;
+        std::memcpy(&unit, source + sizeof(unit) * i, sizeof(unit));
+        return static_cast<char32_t>(unit);
+    };
+    wchar_t* target = text.data();
+    for (std::size_t i = 0; i < count; ++i) {
+        char32_t value = unitAt(i);
+        if (IsHighSurrogate(value) && i + 1 < count && IsLowSurrogate(unitAt(i + 1))) {
+            value = 0x10000 + ((value - 0xD800) << 10U) + (unitAt(++i) - 0xDC00U);
+        }
+        *target++ = static_cast<wchar_t>(value);
+    }
+    text.resize(static_cast<std::size_t>(target - text.data()));
 }
 
 std::wstring WidenText(std::string_view text) {

@@ -93,6 +93,12 @@ Result WideFromUtf16(Utf16View units) {
     }
 }
 
+/// The code units of a text as they stand in memory, 2 bytes each and Utf16Length of them, wherever `bytes`
+/// lies. Answers their end.
+PLATFORM_API void* PutUtf16(std::wstring_view text, void* bytes);
+/// Sets the text of `count` such code units; its memory is used again.
+PLATFORM_API void TakeUtf16(const void* bytes, std::size_t count, std::wstring& text);
+
 /// Narrow text in the current code page (UTF-8 on Linux) to wide. What is no text there becomes U+FFFD or
 /// what the system puts in its place. NULs inside pass.
 PLATFORM_API std::wstring WidenText(std::string_view text);

@@ -51,15 +51,33 @@ void SetFields(tm& time, const TimeFields& fields) {
 template <class Element>
 constexpr bool kIsText = std::is_same_v<Element, std::string> || std::is_same_v<Element, std::wstring>;
 
-/// Whether the characters of a text are what the image has.
-template <class Text>
-constexpr bool kIsStoredAsItIs = std::is_same_v<Text, std::string> ||
-                                 sizeof(typename Text::value_type) == sizeof(platform::Utf16Unit);
+// Text by its units in the image: how many, how they get there, and back.
 
-/// Bytes of the characters.
-template <class Text>
-std::size_t SizeOf(const Text& text) {
-    return text.size() * sizeof(typename Text::value_type);
+constexpr std::size_t UnitSize(const std::string& /*text*/) {
+    return 1;
+}
+constexpr std::size_t UnitSize(const std::wstring& /*text*/) {
+    return sizeof(platform::Utf16Unit);
+}
+std::size_t CountUnits(const std::string& text) {
+    return text.size();
+}
+std::size_t CountUnits(const std::wstring& text) {
+    return platform::Utf16Length(text);
+}
+/// Answers the end of what was put.
+char* PutText(const std::string& text, char* target) {
+    return std::copy(text.begin(), text.end(), target);
+}
+char* PutText(const std::wstring& text, char* target) {
+    return static_cast<char*>(platform::PutUtf16(text, target));
+}
+void SetText(std::string& text, const char* source, std::size_t count) {
+    text.resize(count);
+    std::copy_n(source, count, text.data());
+}
+void SetText(std::wstring& text, const char* source, std::size_t count) {
+    platform::TakeUtf16(source, count, text);
 }
 
 /// What stands in front of a string's characters in an array.
@@ -179,40 +197,39 @@ void WBinarySerializer::AppendCount(std::size_t count) {
     Append(&stored, sizeof(stored));
 }
 
-std::size_t WBinarySerializer::AppendText(const std::wstring& text) {
+template <class Text>
+std::size_t WBinarySerializer::AppendText(const Text& text) {
+    const std::size_t count = CountUnits(text);
+    const std::size_t size = sizeof(std::uint32_t) + UnitSize(text) * count;
     if (m_bIsSizing) {
-        return Append(nullptr, sizeof(std::uint32_t) + 2 * platform::Utf16Length(text));
+        return Append(nullptr, size);
     }
-    const auto units = platform::Utf16FromWide(text);
-    AppendCount(units.size());
-    return sizeof(std::uint32_t) + Append(units.data(), 2 * units.size());
+    const auto stored = static_cast<std::uint32_t>(count);
+    char* const target = Extend(size);
+    std::memcpy(target, &stored, sizeof(stored));
+    PutText(text, target + sizeof(stored));
+    return size;
 }
 
 /// The elements of an array of strings, each with its label of no length.
 template <class Text>
 void WBinarySerializer::AppendStrings(const Text* data, std::size_t count) {
-    if constexpr (kIsStoredAsItIs<Text>) {
-        std::size_t size = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            size += sizeof(StringHead) + SizeOf(data[i]);
-        }
-        if (m_bIsSizing) {
-            m_nBytesWritten += static_cast<unsigned int>(size);
-            return;
-        }
-        char* target = Extend(size);
-        for (std::size_t i = 0; i < count; ++i) {
-            const StringHead head = {0, static_cast<std::int32_t>(data[i].size())};
-            std::memcpy(target, &head, sizeof(head));
-            // NOLINTNEXTLINE(bugprone-not-null-terminated-result): texts are counted
-            std::memcpy(target + sizeof(head), data[i].data(), SizeOf(data[i]));
-            target += sizeof(head) + SizeOf(data[i]);
-        }
-    } else {
-        for (std::size_t i = 0; i < count; ++i) {
-            AppendCount(0);
-            AppendText(data[i]);
-        }
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        size += sizeof(StringHead) + UnitSize(data[i]) * CountUnits(data[i]);
+    }
+    if (m_bIsSizing) {
+        Append(nullptr, size);
+        return;
+    }
+    char* target = Extend(size);
+    for (std::size_t i = 0; i < count; ++i) {
+        char* const units = target + sizeof(StringHead);
+        char* const end = PutText(data[i], units);
+        const auto length = static_cast<std::size_t>(end - units);
+        const StringHead head = {0, static_cast<std::int32_t>(length / UnitSize(data[i]))};
+        std::memcpy(target, &head, sizeof(head));
+        target = end;
     }
 }
 
@@ -247,20 +264,21 @@ std::size_t WBinarySerializer::TakeCount(std::size_t width) {
     return CheckPromise(count, width);
 }
 
-void WBinarySerializer::TakeText(std::string& text) {
-    const std::size_t count = TakeCount(1);
-    if (count != 0) {
-        text.assign(count, '\0');
-        Take(text.data(), count);
+template <class Text>
+void WBinarySerializer::TakeText(Text& text) {
+    const std::size_t count = TakeCount(UnitSize(text));
+    if (count == 0) {
+        return; // the string keeps what it held
     }
-}
-
-void WBinarySerializer::TakeText(std::wstring& text) {
-    const std::size_t count = TakeCount(sizeof(platform::Utf16Unit));
-    if (count != 0) {
-        platform::Utf16String units(count, 0);
-        Take(units.data(), count * sizeof(platform::Utf16Unit));
-        text = platform::WideFromUtf16(units);
+    const std::size_t size = UnitSize(text) * count;
+    if (size <= Remaining()) {
+        SetText(text, m_buffer.data() + m_nReadPosition, count);
+        m_nReadPosition += size;
+        m_nBytesRead += static_cast<unsigned int>(size);
+    } else {
+        std::string bytes(size, '\0');
+        Take(bytes.data(), size);
+        SetText(text, bytes.data(), count);
     }
 }
 
@@ -268,23 +286,21 @@ void WBinarySerializer::TakeText(std::wstring& text) {
 template <class Text>
 void WBinarySerializer::TakeStrings(Text* strings, std::size_t count) {
     std::size_t i = 0;
-    if constexpr (kIsStoredAsItIs<Text>) {
-        // Those that are there whole and without labels, which are all unless the image was damaged.
-        StringHead head{};
-        for (; i < count && Remaining() >= sizeof(head); ++i) {
-            const char* const source = m_buffer.data() + m_nReadPosition;
-            std::memcpy(&head, source, sizeof(head));
-            const std::size_t left = Remaining() - sizeof(head);
-            if (head.labelLength != 0 || head.length < 0 ||
-                static_cast<std::size_t>(head.length) > left / sizeof(typename Text::value_type)) {
-                break;
-            }
-            strings[i].resize(static_cast<std::size_t>(head.length));
-            std::memcpy(strings[i].data(), source + sizeof(head), SizeOf(strings[i]));
-            const std::size_t size = sizeof(head) + SizeOf(strings[i]);
-            m_nReadPosition += size;
-            m_nBytesRead += static_cast<unsigned int>(size);
+    // Those that are there whole and without labels, which are all unless the image was damaged.
+    StringHead head{};
+    for (; i < count && Remaining() >= sizeof(head); ++i) {
+        const char* const source = m_buffer.data() + m_nReadPosition;
+        std::memcpy(&head, source, sizeof(head));
+        const std::size_t left = Remaining() - sizeof(head);
+        if (head.labelLength != 0 || head.length < 0 ||
+            static_cast<std::size_t>(head.length) > left / UnitSize(strings[i])) {
+            break;
         }
+        const auto length = static_cast<std::size_t>(head.length);
+        SetText(strings[i], source + sizeof(head), length);
+        const std::size_t size = sizeof(head) + UnitSize(strings[i]) * length;
+        m_nReadPosition += size;
+        m_nBytesRead += static_cast<unsigned int>(size);
     }
     for (; i < count; ++i) {
         strings[i].clear();
@@ -370,7 +386,9 @@ void WBinarySerializer::InsertElements(const std::wstring& label, const Element*
         Append(stored.data(), count * sizeof(std::int32_t));
     } else if constexpr (kIsText<Element>) {
         for (std::size_t i = 0; i < count; ++i) {
-            CheckCount(label, data[i].size());
+            if (data[i].size() > INT32_MAX / 2) { // a character has one unit or two
+                CheckCount(label, CountUnits(data[i]));
+            }
         }
         WriteLabel(label);
         AppendCount(count);
@@ -465,8 +483,7 @@ void WBinarySerializer::Insert(const std::wstring& label, const std::wstring& va
 void WBinarySerializer::Insert(const std::wstring& label, const std::string& value) {
     CheckCount(label, value.size());
     WriteLabel(label);
-    AppendCount(value.size());
-    Append(value.data(), value.size());
+    AppendText(value);
 }
 
 void WBinarySerializer::Insert(const std::wstring& label, const std::wstring* const data, long count) {

@@ -151,16 +151,17 @@ private:
     std::size_t Advance(std::size_t size);
     char* Extend(std::size_t size);
     std::size_t Append(const void* data, std::size_t size);
-    std::size_t AppendText(const std::wstring& text);
     void AppendCount(std::size_t count);
     std::size_t Take(void* target, std::size_t size);
     std::size_t Remaining() const { return m_buffer.size() - m_nReadPosition; }
     std::size_t CheckPromise(long count, std::size_t width) const;
     std::size_t TakeCount(std::size_t width);
-    void TakeText(std::string& text);
-    void TakeText(std::wstring& text);
     void SkipLabel();
 
+    template <class Text>
+    std::size_t AppendText(const Text& text);
+    template <class Text>
+    void TakeText(Text& text);
     template <class Text>
     void AppendStrings(const Text* data, std::size_t count);
     template <class Text>
