@@ -8,6 +8,9 @@
 #include "bss/math/WMathUtil.h"
 #include "bss/math/WPolynomialFunction.h"
 #include "bss/net/WSystemTimeEx.h"
+#include "bss/serial/WBinarySerializer.h"
+#include "bss/serial/WPersistentObject.h"
+#include "bss/serial/WVersion.h"
 #include "bss/system/WCompression.h"
 #include "bss/system/WEncryption.h"
 #include "bss/system/WVersionResource.h"
@@ -34,6 +37,16 @@ bool Catches(Call call) {
     }
     return false;
 }
+
+class Angle : public bss::WPersistentObject {
+public:
+    explicit Angle(double angle) : WPersistentObject(1, 2, bss::WVersion(5, 4, 0, 0)), m_fAngle(angle) {}
+    void Serialize(bool bRead) override {
+        WPersistentObject::Serialize(bRead);
+        bRead ? m_pSerializer->Retrieve(L"m_fAngle", m_fAngle) : m_pSerializer->Insert(L"m_fAngle", m_fAngle);
+    }
+    double m_fAngle;
+};
 
 int main() {
     REQUIRE(Catches<bss::WNEDivideByZero>([] { bss::WBroadeningFunction().Evaluate(1.0); }))
@@ -65,6 +78,13 @@ int main() {
     des3key(bss::WEncryption::m_Key, 0);
     Ddes(block, block);
     REQUIRE(bss::WEncryption::Decrypt(std::string(block, block + 8)) == "consumer")
+    // A persistent class of another module, written and read by the library.
+    Angle angle(90.0);
+    bss::WBinarySerializer serializer(false, true);
+    angle.Write(&serializer, 0, true);
+    angle.m_fAngle = 0.0;
+    angle.Read(&serializer, 0, true);
+    REQUIRE(angle.m_fAngle == 90.0 && angle.GetNameOfClass() == L"Angle")
     // Thrown inside the module from text, caught here by type.
     REQUIRE(Catches<bss::WNESocketException>([] {
         std::wstring record = L"7020,WNESocketException,,MAJOR   ,10061,,,,,,,,";

@@ -13,6 +13,9 @@
 //     bss::WBinarySerializer reader(writer.GetBuffer(), false);
 //     copy.Read(&reader, 0, true);
 //
+// Bytes are passed as a std::string, or as a pointer with its size: a literal alone would be taken for a
+// bool.
+//
 // The image has no header and no types: who reads makes the calls of who wrote, in the same order. Labels are
 // stored or not, by the constructor's flag, and never compared. The bytes are the same on every system
 // (docs/binary-format.md): integers of 32 bits, also for long, and UTF-16.
