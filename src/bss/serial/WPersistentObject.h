@@ -35,11 +35,13 @@
 
 namespace bss {
 
+class WDatabase;
 class WIDDispenser;
 class WSerializer;
 class WVersion;
 
 class KRTBSS_API WPersistentObject {
+    friend class WDatabase;
     friend class WSerializer;
 
 public:

@@ -1,0 +1,434 @@
+// Connection, transactions, failures and queries. The schema is in WDatabaseSchema.cpp, reading and writing
+// of objects in WDatabaseStore.cpp, that of values in WDatabaseValues.cpp.
+
+#include "bss/serial/database/WDatabase.h"
+
+#include "bss/exception/WExceptionCatalogue.h"
+#include "bss/serial/WPersistentObject.h"
+#include "bss/serial/database/private/SqlDialect.h"
+#include "bss/serial/database/private/Statement.h"
+#include "platform/debug.h"
+#include "platform/odbc.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <cwctype>
+#include <stdexcept>
+
+namespace bss {
+
+namespace {
+
+namespace odbc = platform::odbc;
+
+/// What a database file is where its name does not tell.
+constexpr bool kFilesAreAccess = KRTBSS_ACCESS_FILES;
+
+bool EndsWith(const std::wstring& path, std::wstring_view extension) {
+    return path.size() >= extension.size() &&
+           std::equal(extension.begin(), extension.end(), path.end() - static_cast<long>(extension.size()),
+                      [](wchar_t a, wchar_t b) {
+                          return a == static_cast<wchar_t>(std::towlower(static_cast<wint_t>(b)));
+                      });
+}
+
+bool IsAccessFile(const std::wstring& path) {
+    return kFilesAreAccess ? !EndsWith(path, L".db") && !EndsWith(path, L".sqlite") : EndsWith(path, L".mdb");
+}
+
+std::wstring FileConnection(const std::wstring& path, const std::wstring& user,
+                            const std::wstring& password) {
+    if (IsAccessFile(path)) {
+        return L"APP=vorin.exe;DRIVER={Microsoft Access Driver (*.mdb)};MaxBufferSize=4096;DBQ=" + path +
+               L";UID=" + user + L";PWD=" + password + L";";
+    }
+    // What is written lasts before the call returns, other processes are waited for, and text stays as it is.
+    return L"DRIVER={" KRTBSS_SQLITE_DRIVER L"};Database=" + path +
+           L";Timeout=10000;SyncPragma=FULL;FKSupport=0;LongNames=0;NoWCHAR=1;";
+}
+
+void DemandSuccess(odbc::Result result) {
+    if (!odbc::Succeeded(result)) {
+        throw std::runtime_error("unknown failure");
+    }
+}
+
+} // namespace
+
+bool WDatabase::column::operator<(const column& other) const {
+    return ordinal < other.ordinal;
+}
+
+bool WDatabase::column::operator>(const column& other) const {
+    return ordinal > other.ordinal;
+}
+
+WDatabase::parameter::parameter(e_kind parameterKind, std::wstring columnName, const void* source,
+                                std::int32_t length, long objectVersion)
+    : kind(parameterKind), name(std::move(columnName)), dataLength(length),
+      version(static_cast<std::int32_t>(objectVersion)) {
+    if (source != nullptr) {
+        data = std::make_unique<unsigned char[]>(GetByteCount());
+        std::memcpy(data.get(), source, GetByteCount());
+    }
+}
+
+WDatabase::parameter::~parameter() = default;
+
+bool WDatabase::parameter::operator<(const parameter& other) const {
+    return columnIndex < other.columnIndex;
+}
+
+bool WDatabase::parameter::operator>(const parameter& other) const {
+    return columnIndex > other.columnIndex;
+}
+
+std::size_t WDatabase::parameter::GetByteCount() const {
+    const auto length = static_cast<std::size_t>(std::max(dataLength, 0));
+    return kind == kindText || kind == kindTextToo ? length * sizeof(platform::Utf16Unit) : length;
+}
+
+WDatabase::WDatabase()
+    : WSerializer(L"DATABASE"), m_nDoubleType(odbc::kDouble), m_nIntegerType(odbc::kInteger),
+      m_nBitType(odbc::kBit) {}
+
+WDatabase::~WDatabase() noexcept {
+    Disconnect();
+}
+
+void WDatabase::Connect(const std::wstring& user, const std::wstring& password,
+                        const std::wstring& dataSource) {
+    Disconnect();
+    m_sUser = user;
+    m_sPassword = password;
+    m_sDataSource = dataSource;
+    OpenConnection(false);
+    if (!odbc::Succeeded(odbc::Connect(m_hDbc, dataSource, user, password))) {
+        FailToConnect(L"", m_hDbc, odbc::kConnection);
+    }
+    m_eConnection = connectionDataSource;
+    ReadCapabilities(false);
+}
+
+void WDatabase::ConnectFile(const std::wstring& user, const std::wstring& password,
+                            const std::wstring& filePath) {
+    Disconnect();
+    m_sUser = user;
+    m_sPassword = password;
+    m_sDataSource = filePath;
+    OpenConnection(true);
+    if (!odbc::Succeeded(odbc::DriverConnect(m_hDbc, FileConnection(filePath, user, password)))) {
+        FailToConnect(L"WDatabase::ConnectFile:  Error in SQLDriverConnect: ", m_hDbc, odbc::kConnection);
+    }
+    m_eConnection = connectionFile;
+    ReadCapabilities(true);
+}
+
+/// `debugText` goes in front of the failure in the debugger output; null: nothing goes there.
+void WDatabase::FailToConnect(const wchar_t* debugText, void* handle, short handleType) {
+    const std::wstring text = GetErrorMsg(handle, handleType);
+    if (debugText != nullptr) {
+        OutputDebugStringW((debugText + text + L"\n").c_str());
+    }
+    Disconnect();
+    throw WNEODBCError(text);
+}
+
+void WDatabase::OpenConnection(bool isFile) {
+    const auto say = [isFile](const wchar_t* text) { return isFile ? text : nullptr; };
+    if (!odbc::Succeeded(odbc::AllocHandle(odbc::kEnvironment, nullptr, &m_hEnv))) {
+        FailToConnect(say(L"WDatabase::ConnectFile:  Error in SQLAllocHandle (Environment): "), m_hEnv,
+                      odbc::kEnvironment);
+    }
+    if (!odbc::Succeeded(odbc::SetEnvAttr(m_hEnv, odbc::kAttrOdbcVersion, odbc::kOdbcVersion3))) {
+        FailToConnect(say(L"WDatabase::ConnectFile:  Error in SQLSetEnvAttr: "), m_hEnv, odbc::kEnvironment);
+    }
+    if (!odbc::Succeeded(odbc::AllocHandle(odbc::kConnection, m_hEnv, &m_hDbc))) {
+        FailToConnect(say(L"WDatabase::ConnectFile:  Error in SQLAllocHandle (Database): "), m_hEnv,
+                      odbc::kEnvironment);
+    }
+    constexpr std::uintptr_t seconds = 5;
+    if (!odbc::Succeeded(odbc::SetConnectAttr(m_hDbc, odbc::kAttrLoginTimeout, seconds))) {
+        if (!isFile) {
+            FailToConnect(nullptr, m_hDbc, odbc::kConnection);
+        }
+        // A file needs no login: the connect goes on.
+        OutputDebugStringW((L"WDatabase::ConnectFile:  Error in SQLSetConnectAttr: " +
+                            GetErrorMsg(m_hDbc, odbc::kConnection) + L"\n")
+                               .c_str());
+    }
+}
+
+void WDatabase::ReadCapabilities(bool isFile) {
+    constexpr std::uint32_t anyColumn = 1;
+    constexpr std::uint32_t anyOrder = 2;
+    std::uint32_t extensions = 0;
+    if (!odbc::Succeeded(odbc::GetInfo(m_hDbc, odbc::kGetDataExtensions, &extensions,
+                                       static_cast<std::int16_t>(sizeof(extensions)), nullptr))) {
+        FailToConnect(isFile ? L"WDatabase::ConnectFile:  Error in SQLGetInfo: " : nullptr, m_hDbc,
+                      odbc::kConnection);
+    }
+    if ((extensions & (anyColumn | anyOrder)) != 0) {
+        OutputDebugStringW(L"\tKRT:\tWDatabase::Connect, May fetch any column, in any order.\n");
+        m_bAnyOrder = true;
+    } else if ((extensions & anyColumn) != 0) { // never so: the test above takes it, too
+        OutputDebugStringW(L"\tKRT:\tWDatabase::Connect, May fetch any column, in increasing order.\n");
+    }
+    m_pDialect = SqlDialect::Make(GetInfoText(odbc::kDbmsName, MAX_PATH), m_bAnyOrder);
+    try {
+        CheckDataTypes();
+    } catch (...) {
+        Disconnect();
+        throw;
+    }
+}
+
+void WDatabase::Disconnect() {
+    for (void** const statement : {&m_hStmt, &m_hStmtSchema}) {
+        if (*statement != nullptr) {
+            odbc::CloseCursor(*statement);
+            odbc::FreeHandle(odbc::kStatement, *statement);
+            *statement = nullptr;
+        }
+    }
+    m_eConnection = connectionNone;
+    if (m_hDbc != nullptr) {
+        odbc::Disconnect(m_hDbc);
+        odbc::FreeHandle(odbc::kConnection, m_hDbc);
+        m_hDbc = nullptr;
+    }
+    if (m_hEnv != nullptr) {
+        odbc::FreeHandle(odbc::kEnvironment, m_hEnv);
+        m_hEnv = nullptr;
+    }
+    m_bAnyOrder = false;
+    m_sDataSource.clear();
+    m_Tables.clear();
+    // A level that was open has gone with its connection.
+    m_TransactionModes.clear();
+    m_ePass = passNone;
+}
+
+/// Empty if the driver has no answer. `room` is in code units; 0 asks for the length first.
+std::wstring WDatabase::GetInfoText(std::uint16_t what, std::size_t room) const {
+    constexpr std::size_t unit = sizeof(platform::Utf16Unit);
+    std::int16_t length = 0;
+    if (room == 0) {
+        if (!odbc::Succeeded(odbc::GetInfo(m_hDbc, what, nullptr, 0, &length)) || length < 0) {
+            return {};
+        }
+        room = static_cast<std::size_t>(length) / unit + 1;
+    }
+    platform::Utf16String units(room, 0);
+    if (!odbc::Succeeded(
+            odbc::GetInfo(m_hDbc, what, units.data(), static_cast<std::int16_t>(room * unit), &length))) {
+        return {};
+    }
+    units.resize(std::min(units.find(platform::Utf16Unit{0}), units.size()));
+    return std::wstring(platform::WideFromUtf16(units));
+}
+
+std::wstring WDatabase::GetUser() const {
+    return IsConnected() ? GetInfoText(odbc::kUserName, 0) : std::wstring();
+}
+
+std::wstring WDatabase::GetDatabasePath() const {
+    if (!IsConnected()) {
+        return {};
+    }
+    std::wstring path = GetInfoText(odbc::kDatabaseName, MAX_PATH);
+    if (path.empty() || m_eConnection != connectionDataSource ||
+        GetInfoText(odbc::kDbmsName, MAX_PATH) == L"access") {
+        return path;
+    }
+    // The extension begins at the last point of the file's name.
+    const std::size_t name = path.find_last_of(L"/\\") + 1; // 0 without any
+    const std::size_t point = path.rfind(L'.');
+    if (point != std::wstring::npos && point >= name) {
+        path.erase(point);
+    }
+    return path + L".mdb";
+}
+
+std::wstring WDatabase::GetErrorMsg(void* handle, short handleType) const {
+    std::wstring text;
+    for (std::int16_t number = 1;; ++number) {
+        odbc::DiagnosticRecord record;
+        const odbc::Result result = odbc::GetDiagRec(handleType, handle, number, &record);
+        if (result == odbc::kNoData) {
+            return text;
+        }
+        if (!odbc::Succeeded(result)) {
+            return text + L"\tUnexpected error retrieving SQL error message.\n";
+        }
+        text +=
+            L"\tObject: " +
+            (m_pCurrentObject == nullptr ? std::wstring(L"Unknown") : m_pCurrentObject->GetNameOfClass()) +
+            L"\n\tSqlState: " + record.state + L"\n\tNativeError: " + std::to_wstring(record.nativeError) +
+            L"\n\tError message: " + record.text + L"\n";
+    }
+}
+
+/// Where in the data a failure was: class, group and object, and a column if one is given.
+std::wstring WDatabase::GetPosition(const WPersistentObject* object, const std::wstring& where) const {
+    const std::wstring numbers = object == nullptr ? std::wstring(L"Unknown (0,0)")
+                                                   : object->GetNameOfClass() + L" (" +
+                                                         std::to_wstring(object->GetGroupID()) + L"," +
+                                                         std::to_wstring(object->GetObjectID()) + L")";
+    return L"\n\t" + numbers + (where.empty() ? L"" : L"." + where) + L"\n";
+}
+
+void WDatabase::SetAutoCommit(etransactionmode mode) {
+    if (!odbc::Succeeded(
+            odbc::SetConnectAttr(m_hDbc, odbc::kAttrAutoCommit, mode == transactionAuto ? 1U : 0U))) {
+        throw WNEODBCError(GetErrorMsg(m_hDbc, odbc::kConnection) + GetPosition(m_pCurrentObject));
+    }
+}
+
+void WDatabase::SetTransactionMode(etransactionmode mode) {
+    m_TransactionModes.push_back(mode);
+    if (m_TransactionModes.size() == 1) {
+        SetAutoCommit(mode);
+    }
+}
+
+void WDatabase::Transact(etransaction kind) {
+    if (m_TransactionModes.empty()) {
+        return;
+    }
+    if (m_TransactionModes.size() == 1) {
+        const odbc::Result result = odbc::EndTran(
+            odbc::kConnection, m_hDbc, kind == transactionCommit ? odbc::kCommit : odbc::kRollback);
+        if (!odbc::Succeeded(result)) {
+            throw WNEODBCError(GetErrorMsg(m_hDbc, odbc::kConnection) + GetPosition(m_pCurrentObject));
+        }
+        if (result == odbc::kSuccessWithInfo) {
+            GetErrorMsg(m_hDbc, odbc::kConnection); // takes the records away
+        }
+        m_TransactionModes.pop_back();
+        SetTransactionMode(transactionAuto);
+    }
+    m_TransactionModes.pop_back();
+}
+
+void WDatabase::ClearQueryStream() {
+    m_QueryStream.str({});
+}
+
+void WDatabase::SendQuery() {
+    SendQuery(m_hStmtSchema);
+}
+
+void WDatabase::SendQuery(void* statement) {
+    switch (odbc::ExecDirect(statement, m_QueryStream.str())) {
+    case odbc::kError:
+    case odbc::kInvalidHandle:
+    case odbc::kNeedData:
+    case odbc::kStillExecuting:
+        throw WNESerializerError(GetErrorMsg(statement, odbc::kStatement));
+    case odbc::kSuccessWithInfo:
+        GetErrorMsg(statement, odbc::kStatement);
+        break;
+    default:
+        break;
+    }
+}
+
+void WDatabase::RunQuery(const std::wstring& query, const std::function<void(void* statement)>& read) {
+    const Statement statement(m_hDbc);
+    try {
+        if (!statement.IsAllocated()) {
+            throw std::runtime_error("unknown failure");
+        }
+        const odbc::Result result = odbc::ExecDirect(statement.Handle(), query);
+        if (result == odbc::kNoData || result == odbc::kError) {
+            return;
+        }
+        DemandSuccess(result);
+        read(statement.Handle());
+    } catch (const std::runtime_error&) {
+        throw WNESerializerError(GetErrorMsg(statement.Handle(), odbc::kStatement));
+    }
+}
+
+void WDatabase::BindFirstColumn(void* statement, std::int32_t* target, std::intptr_t* indicator) {
+    DemandSuccess(odbc::BindCol(statement, 1, odbc::kCLong, target, sizeof(*target), indicator));
+}
+
+/// Whether there was a row.
+bool WDatabase::FetchRow(void* statement) {
+    const odbc::Result result = odbc::Fetch(statement);
+    if (result != odbc::kNoData) {
+        DemandSuccess(result);
+    }
+    return result != odbc::kNoData;
+}
+
+long WDatabase::GetLongFromQuery(const std::wstring& query) {
+    std::int32_t value = 0;
+    RunQuery(query, [&value](odbc::Handle statement) {
+        odbc::Length indicator = 0;
+        BindFirstColumn(statement, &value, &indicator);
+        while (FetchRow(statement)) {
+        }
+    });
+    return value;
+}
+
+std::vector<long> WDatabase::GetVectorOfLongsFromQuery(const std::wstring& query) {
+    std::vector<long> values;
+    RunQuery(query, [&values](odbc::Handle statement) {
+        std::int32_t value = 0;
+        odbc::Length indicator = 0;
+        BindFirstColumn(statement, &value, &indicator);
+        // The fetch that finds no more adds the last value once more, which callers count on.
+        for (bool hasRow = true; hasRow;) {
+            hasRow = FetchRow(statement);
+            values.push_back(value);
+        }
+    });
+    return values;
+}
+
+long WDatabase::GetRowCount(const std::wstring& table) {
+    return GetLongFromQuery(L"SELECT COUNT(m_nVersion) FROM " + table);
+}
+
+long WDatabase::GetDirectoryEntryCount(const std::wstring& className) {
+    return GetLongFromQuery(
+        L"SELECT COUNT(m_nVersion) FROM WDirectoryEntry WHERE (m_sDirectoryClassName LIKE '" + className +
+        L"')");
+}
+
+std::vector<long> WDatabase::GetEntryIDs(const std::wstring& table) {
+    return GetVectorOfLongsFromQuery(L"SELECT groupID FROM " + table);
+}
+
+std::vector<WDatabase::entryInfo> WDatabase::GetMissingExperimentDirectoryInfo() {
+    std::vector<entryInfo> entries;
+    RunQuery(
+        L"SELECT groupID,m_sPath,m_sName FROM WExperiment WHERE groupID NOT IN (SELECT m_nDirectoryID FROM "
+        L"WDirectoryEntry WHERE m_sDirectoryClassName LIKE 'WExperiment') ORDER BY groupID",
+        [&entries](odbc::Handle statement) {
+            constexpr std::size_t room = 260 / sizeof(platform::Utf16Unit);
+            std::int32_t group = 0;
+            platform::Utf16Unit path[room] = {};
+            platform::Utf16Unit name[room] = {};
+            odbc::Length indicators[3] = {};
+            BindFirstColumn(statement, &group, &indicators[0]);
+            DemandSuccess(odbc::BindCol(statement, 2, odbc::kCWChar, path, sizeof(path), &indicators[1]));
+            DemandSuccess(odbc::BindCol(statement, 3, odbc::kCWChar, name, sizeof(name), &indicators[2]));
+            const auto text = [](const platform::Utf16Unit* units) {
+                return std::wstring(platform::WideFromUtf16(platform::Utf16View(units)));
+            };
+            for (bool hasRow = true; hasRow;) {
+                hasRow = FetchRow(statement);
+                entries.push_back({group, text(path), text(name)});
+            }
+        });
+    return entries;
+}
+
+} // namespace bss

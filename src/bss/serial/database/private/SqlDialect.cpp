@@ -1,0 +1,217 @@
+#include "bss/serial/database/private/SqlDialect.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace bss {
+
+namespace {
+
+namespace odbc = platform::odbc;
+
+class AccessDialect : public SqlDialect {
+public:
+    std::wstring CreateIndex(const std::wstring& table) const override {
+        return L"CREATE UNIQUE INDEX [groupID_objectID] ON " + table + L" ([groupID] ASC, [objectID] ASC)";
+    }
+};
+
+class SqlServerDialect : public SqlDialect {
+public:
+    std::wstring CreateIndex(const std::wstring& table) const override {
+        return L"CREATE UNIQUE NONCLUSTERED INDEX [groupID_objectID] ON [" + table +
+               L"] ([groupID] ASC, [objectID] ASC) ON [PRIMARY]";
+    }
+    std::wstring WriteHint() const override { return L" WITH (ROWLOCK) "; }
+    std::wstring ReadHint() const override { return L" WITH (NOLOCK) "; }
+
+protected:
+    std::wstring TablePrefix() const override { return L"[dbo]."; }
+};
+
+/// Its driver takes any name of a type and gives it back as written, and tells of no long wide text and no
+/// GUID. Wide text outside the basic plane would be damaged on its way.
+class SqliteDialect : public SqlDialect {
+public:
+    std::wstring CreateIndex(const std::wstring& table) const override {
+        // All indices of a database share one name space.
+        return L"CREATE UNIQUE INDEX [" + table + L"_groupID_objectID] ON [" + table +
+               L"] ([groupID] ASC, [objectID] ASC)";
+    }
+    std::vector<std::wstring> AddColumns(const std::wstring& table,
+                                         const std::vector<column>& columns) const override {
+        std::vector<std::wstring> statements;
+        for (const column& each : columns) {
+            const std::vector<std::wstring> one = SqlDialect::AddColumns(table, {each});
+            statements.insert(statements.end(), one.begin(), one.end());
+        }
+        return statements;
+    }
+    std::wstring NameOfType(std::int16_t sqlType) const override {
+        return sqlType == odbc::kWLongVarChar ? L"LONGCHAR" : sqlType == odbc::kGuid ? L"GUID" : L"";
+    }
+    bool HasTypeNames() const override { return true; }
+    parameter::e_kind KindOfType(const std::wstring& typeName) const override {
+        return typeName == L"integer" ? parameter::kindInteger : SqlDialect::KindOfType(typeName);
+    }
+    bool HasUtf8Text() const override { return true; }
+    bool HasGuidText() const override { return true; }
+    bool TellsSizePlainly() const override { return true; }
+};
+
+constexpr char16_t kEscapeMark = 0xFFFE;
+
+bool IsHighHalf(char16_t unit) {
+    return (unit & 0xFC00) == 0xD800;
+}
+
+bool IsLowHalf(char16_t unit) {
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+bool NeedsEscape(platform::Utf16View units) {
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const auto unit = static_cast<char16_t>(units[i]);
+        const bool hasPair =
+            IsHighHalf(unit) && i + 1 < units.size() && IsLowHalf(static_cast<char16_t>(units[i + 1]));
+        if (unit == 0 || (IsHighHalf(unit) && !hasPair) || IsLowHalf(unit)) {
+            return true;
+        }
+        i += hasPair ? 1 : 0;
+    }
+    return !units.empty() && static_cast<char16_t>(units[0]) == kEscapeMark;
+}
+
+/// The value of a hexadecimal digit, 0 for what is none.
+unsigned DigitValue(wchar_t c) {
+    constexpr std::wstring_view digits = L"0123456789abcdef";
+    const std::size_t value = digits.find(c);
+    return value == std::wstring_view::npos ? 0 : static_cast<unsigned>(value);
+}
+
+} // namespace
+
+SqlDialect::~SqlDialect() = default;
+
+std::unique_ptr<const SqlDialect> SqlDialect::Make(const std::wstring& dbmsName, bool anyOrder) {
+    if (dbmsName == L"SQLite") {
+        return std::make_unique<SqliteDialect>();
+    }
+    if (anyOrder) {
+        return std::make_unique<AccessDialect>();
+    }
+    return std::make_unique<SqlServerDialect>();
+}
+
+std::wstring SqlDialect::CreateTable(const std::wstring& table, const std::vector<column>& fixed) const {
+    std::wstring text = L"CREATE TABLE " + TablePrefix() + table + L" (";
+    for (const column& each : fixed) {
+        const bool isFirst = &each == &fixed.front();
+        text += (isFirst ? L"" : L", ") + each.name + L" " + each.type +
+                (isFirst ? L" PRIMARY KEY" : L" NOT NULL");
+    }
+    return text + L")";
+}
+
+std::vector<std::wstring> SqlDialect::AddColumns(const std::wstring& table,
+                                                 const std::vector<column>& columns) const {
+    std::wstring list;
+    for (const column& each : columns) {
+        if (each.name != L"checkSum") {
+            list += (list.empty() ? L"" : L", ") + each.name + L" " + each.type + L" NULL";
+        }
+    }
+    return {L"ALTER TABLE " + table + L" ADD " + list};
+}
+
+std::wstring SqlDialect::WriteHint() const {
+    return {};
+}
+
+std::wstring SqlDialect::ReadHint() const {
+    return {};
+}
+
+std::wstring SqlDialect::NameOfType(std::int16_t /*sqlType*/) const {
+    return {};
+}
+
+bool SqlDialect::HasTypeNames() const {
+    return false;
+}
+
+WDatabase::parameter::e_kind SqlDialect::KindOfType(const std::wstring& typeName) const {
+    struct Row {
+        const wchar_t* name;
+        parameter::e_kind kind;
+    };
+    static constexpr Row rows[] = {
+        {L"bit", parameter::kindBit},
+        {L"BIT", parameter::kindBit},
+        {L"char", parameter::kindBoolCharacter},
+        {L"int", parameter::kindInteger},
+        {L"INTEGER", parameter::kindInteger},
+        {L"double", parameter::kindDouble},
+        {L"DOUBLE", parameter::kindDouble},
+        {L"float", parameter::kindDouble},
+        {L"LONGCHAR", parameter::kindText},
+        {L"ntext", parameter::kindText},
+        {L"string", parameter::kindText},
+        {L"image", parameter::kindBinary},
+        {L"longvarbinary", parameter::kindBinary},
+        {L"LONGBINARY", parameter::kindBinary},
+        {L"GUID", parameter::kindGuid},
+        {L"uniqueidentifier", parameter::kindGuid},
+    };
+    const auto* const row = std::find_if(std::begin(rows), std::end(rows),
+                                         [&](const Row& each) { return each.name == typeName; });
+    return row == std::end(rows) ? parameter::kindNone : row->kind;
+}
+
+bool SqlDialect::HasUtf8Text() const {
+    return false;
+}
+
+bool SqlDialect::HasGuidText() const {
+    return false;
+}
+
+bool SqlDialect::TellsSizePlainly() const {
+    return false;
+}
+
+std::wstring SqlDialect::TablePrefix() const {
+    return {};
+}
+
+std::string EncodeText(platform::Utf16View units) {
+    if (!NeedsEscape(units)) {
+        return platform::Utf8FromWide(platform::WideFromUtf16(units));
+    }
+    std::wstring escaped(1, static_cast<wchar_t>(kEscapeMark));
+    for (const auto unit : units) {
+        for (int shift = 12; shift >= 0; shift -= 4) {
+            escaped += L"0123456789abcdef"[static_cast<char16_t>(unit) >> shift & 0xF];
+        }
+    }
+    return platform::Utf8FromWide(escaped);
+}
+
+platform::Utf16String DecodeText(std::string_view bytes) {
+    const std::wstring text = platform::WideFromUtf8(bytes);
+    if (text.empty() || static_cast<char32_t>(text[0]) != kEscapeMark) {
+        return platform::Utf16String(platform::Utf16FromWide(text));
+    }
+    platform::Utf16String units;
+    for (std::size_t i = 1; i + 4 <= text.size(); i += 4) {
+        unsigned unit = 0;
+        for (std::size_t digit = i; digit < i + 4; ++digit) {
+            unit = unit << 4 | DigitValue(text[digit]);
+        }
+        units += static_cast<platform::Utf16Unit>(unit);
+    }
+    return units;
+}
+
+} // namespace bss

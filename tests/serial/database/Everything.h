@@ -1,0 +1,94 @@
+// A persistent object with a member of every kind, and one that owns components.
+
+#ifndef TESTS_SERIAL_DATABASE_EVERYTHING_H
+#define TESTS_SERIAL_DATABASE_EVERYTHING_H
+
+#include "bss/serial/WPersistentObject.h"
+#include "bss/serial/WVersion.h"
+#include "bss/serial/database/WDatabase.h"
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+/// A member of every kind that a table can hold.
+class Everything : public bss::WPersistentObject {
+public:
+    explicit Everything(long object = 1) : WPersistentObject(7, object, bss::WVersion(5, 3, 2, 0)) {}
+
+    void Serialize(bool bRead) override {
+        WPersistentObject::Serialize(bRead);
+        auto& database = static_cast<bss::WDatabase&>(*m_pSerializer);
+        const auto members = [&](auto&... member) {
+            int count = 0;
+            const auto pass = [&](auto& value) {
+                const std::wstring key = L"m_" + std::to_wstring(++count);
+                bRead ? database.Retrieve(key, value) : database.Insert(key, value);
+            };
+            (pass(member), ...);
+        };
+        members(flag, small, number, wide, single, real, text, narrow, time, guid, texts, narrows, flags, reals,
+                longs, numbers, smalls, singlesVector);
+        bRead ? database.RetrieveF(L"m_series", series) : database.InsertF(L"m_series", series);
+    }
+
+    bool IsSame(const Everything& other) const {
+        return flag == other.flag && small == other.small && number == other.number && wide == other.wide &&
+               single == other.single && real == other.real && text == other.text && narrow == other.narrow &&
+               guid == other.guid && texts == other.texts && narrows == other.narrows && flags == other.flags &&
+               reals == other.reals && longs == other.longs && numbers == other.numbers &&
+               smalls == other.smalls && singlesVector == other.singlesVector && series == other.series &&
+               time.tm_year == other.time.tm_year && time.tm_mon == other.time.tm_mon &&
+               time.tm_mday == other.time.tm_mday && time.tm_hour == other.time.tm_hour &&
+               time.tm_min == other.time.tm_min && time.tm_sec == other.time.tm_sec;
+    }
+
+    void Fill() {
+        flag = true;
+        small = -32768;
+        number = 2147483647;
+        wide = -2147483647 - 1;
+        single = -0.5F;
+        real = 1.23456789e-300;
+        text = L"wide \u00B5 \u20AC \U0001F600 'quoted' \"twice\" \\ \n end";
+        narrow = std::string("narrow\0bytes\xFF", 13);
+        time.tm_year = 104;
+        time.tm_mon = 2;
+        time.tm_mday = 2;
+        time.tm_hour = 3;
+        time.tm_min = 4;
+        time.tm_sec = 5;
+        guid = {0x01234567, 0x89AB, 0xCDEF, {1, 2, 3, 4, 5, 6, 7, 8}};
+        texts = {L"first", L"", L"third \U0001F600"};
+        narrows = {"", "b", std::string(2000, 'c')};
+        flags = {true, false, true};
+        reals.assign(500, 0.1);
+        longs = {1, -2, 3};
+        numbers = {};
+        smalls = {-1, 2};
+        singlesVector = {1.5F};
+        series = {1.0 / 3.0, 1e300};
+    }
+
+    bool flag = false;
+    short small = 0;
+    int number = 0;
+    long wide = 0;
+    float single = 0;
+    double real = 0;
+    std::wstring text;
+    std::string narrow = " ";
+    struct tm time {};
+    GUID guid{};
+    std::vector<std::wstring> texts;
+    std::vector<std::string> narrows;
+    std::vector<bool> flags;
+    std::vector<double> reals;
+    std::vector<long> longs;
+    std::vector<int> numbers;
+    std::vector<short> smalls;
+    std::vector<float> singlesVector;
+    std::vector<double> series;
+};
+
+#endif
