@@ -27,20 +27,21 @@ public:
             };
             (pass(member), ...);
         };
-        members(flag, small, number, wide, single, real, text, narrow, time, guid, texts, narrows, flags, reals,
-                longs, numbers, smalls, singlesVector);
+        members(flag, small, number, wide, single, real, text, narrow, time, guid, texts, narrows, flags,
+                reals, longs, numbers, smalls, singlesVector);
         bRead ? database.RetrieveF(L"m_series", series) : database.InsertF(L"m_series", series);
     }
 
     bool IsSame(const Everything& other) const {
         return flag == other.flag && small == other.small && number == other.number && wide == other.wide &&
                single == other.single && real == other.real && text == other.text && narrow == other.narrow &&
-               guid == other.guid && texts == other.texts && narrows == other.narrows && flags == other.flags &&
-               reals == other.reals && longs == other.longs && numbers == other.numbers &&
-               smalls == other.smalls && singlesVector == other.singlesVector && series == other.series &&
-               time.tm_year == other.time.tm_year && time.tm_mon == other.time.tm_mon &&
-               time.tm_mday == other.time.tm_mday && time.tm_hour == other.time.tm_hour &&
-               time.tm_min == other.time.tm_min && time.tm_sec == other.time.tm_sec;
+               guid == other.guid && texts == other.texts && narrows == other.narrows &&
+               flags == other.flags && reals == other.reals && longs == other.longs &&
+               numbers == other.numbers && smalls == other.smalls && singlesVector == other.singlesVector &&
+               series == other.series && time.tm_year == other.time.tm_year &&
+               time.tm_mon == other.time.tm_mon && time.tm_mday == other.time.tm_mday &&
+               time.tm_hour == other.time.tm_hour && time.tm_min == other.time.tm_min &&
+               time.tm_sec == other.time.tm_sec;
     }
 
     void Fill() {

@@ -487,7 +487,7 @@ std::int16_t WDatabase::FetchBinary(parameter& value, bool* isThere) {
     unsigned char nothing = 0;
     odbc::Result result = odbc::GetData(m_hStmt, ordinal, odbc::kCBinary, &nothing, 0, &length);
     const bool tellsSize =
-        result == odbc::kSuccessWithInfo || (result == odbc::kSuccess && m_pDialect->TellsSizePlainly());
+        result == odbc::kSuccessWithInfo || (result == odbc::kSuccess && m_pDialect->EndsPlainly());
     if (!odbc::Succeeded(result)) {
         return result;
     }
@@ -525,6 +525,9 @@ std::int16_t WDatabase::FetchText(parameter& value) {
             // What the indicator tells is what was left before this piece.
             const auto left = static_cast<std::size_t>(std::max<odbc::Length>(indicator, 0));
             bytes.append(piece.data(), std::min(left, piece.size() - unit));
+        }
+        if (result == odbc::kSuccess && m_pDialect->EndsPlainly()) {
+            break;
         }
     }
     platform::Utf16String units;

@@ -57,7 +57,7 @@ public:
     }
     bool HasUtf8Text() const override { return true; }
     bool HasGuidText() const override { return true; }
-    bool TellsSizePlainly() const override { return true; }
+    bool EndsPlainly() const override { return true; }
 };
 
 constexpr char16_t kEscapeMark = 0xFFFE;
@@ -177,7 +177,7 @@ bool SqlDialect::HasGuidText() const {
     return false;
 }
 
-bool SqlDialect::TellsSizePlainly() const {
+bool SqlDialect::EndsPlainly() const {
     return false;
 }
 

@@ -1,0 +1,70 @@
+// A new database for each test, and statements that another program could send to it.
+
+#ifndef TESTS_SERIAL_DATABASE_FIXTURE_H
+#define TESTS_SERIAL_DATABASE_FIXTURE_H
+
+#include "bss/exception/WNestedException.h"
+#include "bss/serial/WPersistentObject.h"
+#include "bss/serial/database/WDatabase.h"
+#include "platform/odbc.h"
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+class DatabaseTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+        m_path = std::filesystem::absolute(std::string("database-") + test->name() + ".db");
+        std::filesystem::remove(m_path);
+        Connect(m_database);
+    }
+    void TearDown() override {
+        m_database.Disconnect();
+        std::error_code ignored;
+        std::filesystem::remove(m_path, ignored);
+    }
+
+    void Connect(bss::WDatabase& database) const { database.ConnectFile(L"", L"", m_path.wstring()); }
+
+    /// A statement on a connection of its own; false if it fails.
+    bool Execute(const std::wstring& sql) const {
+        namespace odbc = platform::odbc;
+        odbc::Handle environment = nullptr;
+        odbc::Handle connection = nullptr;
+        odbc::Handle statement = nullptr;
+        odbc::AllocHandle(odbc::kEnvironment, nullptr, &environment);
+        odbc::SetEnvAttr(environment, odbc::kAttrOdbcVersion, odbc::kOdbcVersion3);
+        odbc::AllocHandle(odbc::kConnection, environment, &connection);
+        bool ok = odbc::Succeeded(
+            odbc::DriverConnect(connection, L"DRIVER={SQLite3};Database=" + m_path.wstring() + L";"));
+        ok = ok && odbc::Succeeded(odbc::AllocHandle(odbc::kStatement, connection, &statement)) &&
+             odbc::Succeeded(odbc::ExecDirect(statement, sql));
+        odbc::FreeHandle(odbc::kStatement, statement);
+        odbc::Disconnect(connection);
+        odbc::FreeHandle(odbc::kConnection, connection);
+        odbc::FreeHandle(odbc::kEnvironment, environment);
+        return ok;
+    }
+
+    std::filesystem::path m_path;
+    bss::WDatabase m_database;
+};
+
+/// The whole text of the failure of a call; empty if it does not fail.
+template <class Call>
+std::string FailureOf(Call call) {
+    try {
+        call();
+    } catch (const bss::WNestedException& e) {
+        return platform::NarrowText(e.AsString(false));
+    } catch (const std::exception& e) {
+        return e.what();
+    }
+    return {};
+}
+
+#endif
