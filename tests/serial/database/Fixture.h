@@ -8,6 +8,7 @@
 #include "bss/serial/database/WDatabase.h"
 #include "platform/odbc.h"
 #include "platform/text.h"
+#include "support/Wine.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,9 @@
 class DatabaseTest : public testing::Test {
 protected:
     void SetUp() override {
+        if (sizeof(void*) == 4 && RunsUnderWine()) {
+            GTEST_SKIP() << "Wine reaches the ODBC drivers of Linux from 64-bit programs only";
+        }
         const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
         m_path = std::filesystem::absolute(std::string("database-") + test->name() + ".db");
         std::filesystem::remove(m_path);
