@@ -1,0 +1,124 @@
+// The tests' own ODBC driver, set up for a test program: it answers as Microsoft Access or as SQL Server,
+// keeps tables and rows in the memory of the process, fails on demand, and records every call that reaches
+// it.
+//
+//     TestDriver& driver = TestDriver::Get();      // before the first ODBC call of the process
+//     driver.Clear();
+//     driver.Script({"flavour sqlserver", "fail SQLEndTran 1 40001 1205 Deadlock victim."});
+//     ... connect to the data source "krtbss-test" or the driver "Microsoft Access Driver (*.mdb)", write ...
+//     EXPECT_EQ(driver.Record("SQLEndTran").at(0),
+//               "SQLEndTran C1 SQL_COMMIT = SQL_ERROR 40001 1205 \"Deadlock victim.\"");
+//
+// A script replaces the one before and holds from the next call of the driver on. Its lines:
+//
+//     flavour access | sqlserver     types, capabilities and syntax; access unless said otherwise
+//     without TYPE                   SQLGetTypeInfo has no row for bit, char, integer, decimal, float,
+//     double,
+//                                    wlongvarchar, longvarbinary or guid
+//     extensions NUMBER              SQL_GETDATA_EXTENSIONS, which SQLGetData then obeys; else 15 for Access,
+//     4 for SQL Server dbms TEXT, database TEXT       SQL_DBMS_NAME, SQL_DATABASE_NAME no-totals SQLGetData
+//     says SQL_NO_TOTAL for what it cuts fail CALL N STATE NATIVE TEXT  the N-th call of this function does
+//     nothing but fail info CALL N STATE NATIVE TEXT  the N-th call, if it succeeds, says
+//     SQL_SUCCESS_WITH_INFO and this answer CALL N CODE             the N-th call does nothing but return the
+//     code clear                          forgets all tables, once; while no transaction is open # TEXT
+//     nothing
+//
+// After a line that can't be read each call fails, naming it. Calls have their names in the driver, so
+// "SQLExecDirectW".
+//
+// A line of the record is the function, the handle (E1, C1, S1: the smallest free number), the arguments,
+// what came out, " = ", the result, and the state, number and text of each diagnostic record. A statement
+// with parameters is followed by a line for each: "parameter NUMBER CTYPE SQLTYPE size N room N indicator N
+// value HEX" (the first 32 bytes, "NULL", or "at execution"; those bytes are then in the line of SQLPutData).
+// Calls that the driver manager makes on its own account are there too (SQLNumResultCols, SQLGetInfoW while
+// it connects); SQLGetDiagRecW, which it always makes itself, isn't.
+//
+// The driver manager finds the drivers through files that it reads once a process, so there is one object. It
+// also registers the SQLite driver as "SQLite3", where that is installed. Not for several threads.
+
+#ifndef TESTS_SUPPORT_ODBC_TESTDRIVER_H
+#define TESTS_SUPPORT_ODBC_TESTDRIVER_H
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+#include <vector>
+
+class TestDriver {
+public:
+    static TestDriver& Get() {
+        static TestDriver driver;
+        return driver;
+    }
+    TestDriver(const TestDriver&) = delete;
+    TestDriver& operator=(const TestDriver&) = delete;
+    ~TestDriver() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_folder, ignored);
+    }
+
+    void Script(const std::vector<std::string>& lines) {
+        // A number makes each script another, so that the driver notices it.
+        std::string text = "# script " + std::to_string(++m_scripts) + '\n';
+        for (const std::string& line : lines) {
+            text += line + '\n';
+        }
+        Write("script", text);
+    }
+
+    /// No tables, no script, and the record so far is passed over.
+    void Clear() {
+        Script({"clear"});
+        Record();
+    }
+
+    /// The lines since the last call, of all functions or of one.
+    std::vector<std::string> Record(std::string_view function = {}) {
+        std::ifstream file(m_folder / "record", std::ios::binary);
+        file.seekg(m_read);
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(file, line);) {
+            m_read += static_cast<std::streamoff>(line.size()) + 1;
+            if (function.empty() || line.substr(0, line.find(' ')) == function) {
+                lines.push_back(line);
+            }
+        }
+        return lines;
+    }
+
+    static bool HasSqlite() { return !std::string_view(KRTBSS_SQLITE_ODBC).empty(); }
+
+private:
+    TestDriver() : m_folder(std::filesystem::path(KRTBSS_TEST_ODBC_ROOT) / std::to_string(getpid())) {
+        std::filesystem::remove_all(m_folder);
+        std::filesystem::create_directories(m_folder);
+        std::string drivers =
+            "[Microsoft Access Driver (*.mdb)]\nDriver=" KRTBSS_TEST_ODBC_DRIVER "\nFileUsage=1\n";
+        if (HasSqlite()) {
+            drivers += "[SQLite3]\nDriver=" KRTBSS_SQLITE_ODBC "\n";
+        }
+        Write("odbcinst.ini", drivers);
+        Write("odbc.ini", "[krtbss-test]\nDriver=" KRTBSS_TEST_ODBC_DRIVER "\n");
+        Write("record", {});
+        setenv("ODBCSYSINI", m_folder.c_str(), 1);
+        setenv("ODBCINI", (m_folder / "odbc.ini").c_str(), 1);
+        setenv("KRTBSS_TEST_ODBC_FOLDER", m_folder.c_str(), 1);
+    }
+
+    void Write(const char* name, const std::string& text) const {
+        std::ofstream file(m_folder / name, std::ios::binary | std::ios::trunc);
+        if (!(file << text << std::flush)) {
+            throw std::runtime_error("cannot write " + (m_folder / name).string());
+        }
+    }
+
+    std::filesystem::path m_folder;
+    std::streamoff m_read = 0;
+    int m_scripts = 0;
+};
+
+#endif
