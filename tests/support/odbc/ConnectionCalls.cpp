@@ -245,3 +245,9 @@ TESTODBC_ENTRY SQLGetDiagRecW(SQLSMALLINT, SQLHANDLE handle, SQLSMALLINT number,
     }
     return PutText(record.text, text, room, length) ? SQL_SUCCESS : SQL_SUCCESS_WITH_INFO;
 }
+
+/// Has no fields, but has to be there: without it the driver manager asks for no record either.
+TESTODBC_ENTRY SQLGetDiagFieldW(SQLSMALLINT, SQLHANDLE, SQLSMALLINT, SQLSMALLINT, SQLPOINTER, SQLSMALLINT,
+                                SQLSMALLINT*) {
+    return SQL_NO_DATA;
+}

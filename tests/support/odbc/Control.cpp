@@ -118,7 +118,7 @@ void ReadLine(const std::string& text, Settings& settings) {
     } else if (word == "no-totals") {
         settings.hidesTotals = true;
     } else if (word == "clear") {
-        settings.clears = true;
+        settings.clears = !(line >> settings.clearance);
     } else if (word == "fail" || word == "info" || word == "answer") {
         settings.rules.push_back(ReadRule(word, line));
     } else {
@@ -163,13 +163,15 @@ bool Control::Refresh() {
         return false;
     }
     m_script = std::move(script);
+    const int clearance = m_settings.clearance;
     try {
         m_settings = ParseScript(m_script);
     } catch (const std::invalid_argument& error) {
         m_settings = {};
+        m_settings.clearance = clearance;
         m_settings.fault = error.what();
     }
-    return true;
+    return m_settings.clears || m_settings.clearance != clearance;
 }
 
 std::optional<Rule> Control::RuleFor(const std::string& call) {

@@ -33,6 +33,7 @@ struct Settings {
     std::set<int> missingTypes;
     bool hidesTotals = false;
     bool clears = false;
+    int clearance = 0; ///< another number than before empties the store too
     std::vector<Rule> rules;
     std::string fault; ///< the first line that can't be read
 };
@@ -44,7 +45,7 @@ class Control {
 public:
     Control();
 
-    /// Whether a new script has been found and read.
+    /// Reads the script if it is a new one. True if that empties the store.
     bool Refresh();
     const Settings& GetSettings() const { return m_settings; }
 

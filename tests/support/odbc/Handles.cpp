@@ -123,7 +123,7 @@ std::string Connection::DatabaseName() const {
 SQLRETURN Perform(const char* call, Handle& handle, const std::string& arguments, const Body& body) {
     Driver& driver = Driver::Get();
     const std::lock_guard lock(driver.guard);
-    if (driver.control.Refresh() && driver.control.GetSettings().clears) {
+    if (driver.control.Refresh()) {
         driver.store.Clear();
     }
     driver.details.clear();

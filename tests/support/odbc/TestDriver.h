@@ -67,12 +67,14 @@ public:
         for (const std::string& line : lines) {
             text += line + '\n';
         }
-        Write("script", text);
+        Write("script", text + "clear " + std::to_string(m_clears) + '\n');
     }
 
-    /// No tables, no script, and the record so far is passed over.
+    /// No tables, no script, and the record so far is passed over. The tables go with the next call of the
+    /// driver, whatever script there is then; no transaction should be open.
     void Clear() {
-        Script({"clear"});
+        ++m_clears;
+        Script({});
         Record();
     }
 
@@ -119,6 +121,7 @@ private:
     std::filesystem::path m_folder;
     std::streamoff m_read = 0;
     int m_scripts = 0;
+    int m_clears = 0;
 };
 
 #endif
