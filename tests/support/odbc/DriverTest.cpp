@@ -26,9 +26,7 @@ protected:
     ~OdbcDriver() override { Disconnect(); }
 
     SQLRETURN Connect() {
-        SQLAllocHandle(SQL_HANDLE_ENV, nullptr, &m_environment);
-        SQLSetEnvAttr(m_environment, SQL_ATTR_ODBC_VERSION, Number(SQL_OV_ODBC3), 0);
-        SQLAllocHandle(SQL_HANDLE_DBC, m_environment, &m_connection);
+        AllocateConnection();
         SQLSetConnectAttrW(m_connection, SQL_ATTR_LOGIN_TIMEOUT, Number(5), SQL_IS_UINTEGER);
         const SQLRETURN result = SQLConnectW(m_connection, Wide(u"krtbss-test"), SQL_NTS, Wide(u"Jim"),
                                              SQL_NTS, Wide(u"secret"), SQL_NTS);
@@ -36,6 +34,19 @@ protected:
             SQLAllocHandle(SQL_HANDLE_STMT, m_connection, &m_statement);
         }
         return result;
+    }
+
+    SQLRETURN ConnectByText(const char16_t* text) {
+        AllocateConnection();
+        std::array<SQLWCHAR, 4096> out{};
+        return SQLDriverConnectW(m_connection, nullptr, Wide(text), SQL_NTS, out.data(), 4096, nullptr,
+                                 SQL_DRIVER_NOPROMPT);
+    }
+
+    void AllocateConnection() {
+        SQLAllocHandle(SQL_HANDLE_ENV, nullptr, &m_environment);
+        SQLSetEnvAttr(m_environment, SQL_ATTR_ODBC_VERSION, Number(SQL_OV_ODBC3), 0);
+        SQLAllocHandle(SQL_HANDLE_DBC, m_environment, &m_connection);
     }
 
     void Disconnect() {
@@ -192,16 +203,9 @@ TEST_F(OdbcDriver, RecordsConnectAndAnswersAsEitherBackEnd) {
 }
 
 TEST_F(OdbcDriver, ConnectsByDriverName) {
-    SQLAllocHandle(SQL_HANDLE_ENV, nullptr, &m_environment);
-    SQLSetEnvAttr(m_environment, SQL_ATTR_ODBC_VERSION, Number(SQL_OV_ODBC3), 0);
-    SQLAllocHandle(SQL_HANDLE_DBC, m_environment, &m_connection);
-    std::array<SQLWCHAR, 4096> out{};
-    ASSERT_EQ(
-        SQLDriverConnectW(m_connection, nullptr,
-                          Wide(u"APP=vorin.exe;DRIVER={Microsoft Access Driver (*.mdb)};MaxBufferSize=4096;"
-                               u"DBQ=/data/store.mdb;UID=Jim;PWD=;"),
-                          SQL_NTS, out.data(), 4096, nullptr, SQL_DRIVER_NOPROMPT),
-        SQL_SUCCESS);
+    ASSERT_EQ(ConnectByText(u"APP=vorin.exe;DRIVER={Microsoft Access Driver (*.mdb)};MaxBufferSize=4096;"
+                            u"DBQ=/data/store.mdb;UID=Jim;PWD=;"),
+              SQL_SUCCESS);
     EXPECT_EQ(TextInfo(SQL_DATABASE_NAME), u"/data/store.mdb");
     EXPECT_EQ(TextInfo(SQL_USER_NAME), u"Jim");
 }
@@ -383,6 +387,14 @@ TEST_F(OdbcDriver, FailsOnDemand) {
     EXPECT_EQ(m_driver.Record().back(),
               R"(SQLFetch S1 = SQL_ERROR HY000 0 "script line 'fial SQLFetch 1': no such word")");
     m_driver.Clear();
+}
+
+TEST_F(OdbcDriver, FindsSqliteToo) {
+    if (!TestDriver::HasSqlite()) {
+        GTEST_SKIP() << "SQLite's ODBC driver is not installed";
+    }
+    ASSERT_EQ(ConnectByText(u"DRIVER={SQLite3};Database=:memory:"), SQL_SUCCESS);
+    EXPECT_EQ(TextInfo(SQL_DBMS_NAME), u"SQLite");
 }
 
 } // namespace

@@ -31,8 +31,9 @@ constexpr Name kSqlTypes[] = {NAME(SQL_BIT),          NAME(SQL_CHAR),          N
                               NAME(SQL_WLONGVARCHAR), NAME(SQL_LONGVARBINARY), NAME(SQL_GUID)};
 constexpr Name kAttributes[] = {NAME(SQL_ATTR_ODBC_VERSION), NAME(SQL_ATTR_LOGIN_TIMEOUT),
                                 NAME(SQL_ATTR_AUTOCOMMIT)};
-constexpr Name kInfos[] = {NAME(SQL_GETDATA_EXTENSIONS), NAME(SQL_DATABASE_NAME), NAME(SQL_DBMS_NAME),
-                           NAME(SQL_USER_NAME)};
+constexpr Name kInfos[] = {
+    NAME(SQL_GETDATA_EXTENSIONS), NAME(SQL_DATABASE_NAME),          NAME(SQL_DBMS_NAME),
+    NAME(SQL_USER_NAME),          NAME(SQL_CURSOR_COMMIT_BEHAVIOR), NAME(SQL_CURSOR_ROLLBACK_BEHAVIOR)};
 constexpr Name kOptions[] = {NAME(SQL_CLOSE), NAME(SQL_UNBIND), NAME(SQL_RESET_PARAMS)};
 constexpr Name kLengths[] = {NAME(SQL_NULL_DATA), NAME(SQL_NO_TOTAL), NAME(SQL_NTS), NAME(SQL_DATA_AT_EXEC)};
 

@@ -5,7 +5,7 @@
 //     TestDriver& driver = TestDriver::Get();      // before the first ODBC call of the process
 //     driver.Clear();
 //     driver.Script({"flavour sqlserver", "fail SQLEndTran 1 40001 1205 Deadlock victim."});
-//     ... connect to the data source "krtbss-test" or the driver "Microsoft Access Driver (*.mdb)", write ...
+//     ... connect to the source "krtbss-test" or the driver "Microsoft Access Driver (*.mdb)", and write ...
 //     EXPECT_EQ(driver.Record("SQLEndTran").at(0),
 //               "SQLEndTran C1 SQL_COMMIT = SQL_ERROR 40001 1205 \"Deadlock victim.\"");
 //
@@ -13,25 +13,30 @@
 //
 //     flavour access | sqlserver     types, capabilities and syntax; access unless said otherwise
 //     without TYPE                   SQLGetTypeInfo has no row for bit, char, integer, decimal, float,
-//     double,
-//                                    wlongvarchar, longvarbinary or guid
-//     extensions NUMBER              SQL_GETDATA_EXTENSIONS, which SQLGetData then obeys; else 15 for Access,
-//     4 for SQL Server dbms TEXT, database TEXT       SQL_DBMS_NAME, SQL_DATABASE_NAME no-totals SQLGetData
-//     says SQL_NO_TOTAL for what it cuts fail CALL N STATE NATIVE TEXT  the N-th call of this function does
-//     nothing but fail info CALL N STATE NATIVE TEXT  the N-th call, if it succeeds, says
-//     SQL_SUCCESS_WITH_INFO and this answer CALL N CODE             the N-th call does nothing but return the
-//     code clear                          forgets all tables, once; while no transaction is open # TEXT
-//     nothing
+//                                    double, wlongvarchar, longvarbinary or guid
+//     extensions NUMBER              SQL_GETDATA_EXTENSIONS, which SQLGetData then obeys; without this line
+//                                    15 for Access, 4 for SQL Server
+//     dbms TEXT                      SQL_DBMS_NAME; else "ACCESS" or "Microsoft SQL Server"
+//     database TEXT                  SQL_DATABASE_NAME; else the file or the data source connected to
+//     no-totals                      SQLGetData says SQL_NO_TOTAL of what it cuts
+//     fail CALL N STATE NATIVE TEXT  the N-th call of this function does nothing but fail
+//     info CALL N STATE NATIVE TEXT  the N-th call, if it succeeds, is SQL_SUCCESS_WITH_INFO with this
+//     answer CALL N CODE             the N-th call does nothing but return the code
+//     clear [NUMBER]                 forgets all tables; with a number, if the last script had another
+//     # TEXT                         nothing
 //
-// After a line that can't be read each call fails, naming it. Calls have their names in the driver, so
-// "SQLExecDirectW".
+// Calls are counted from the script on, under their names in the driver: "SQLExecDirectW". After a line that
+// can't be read every call fails, naming it.
 //
-// A line of the record is the function, the handle (E1, C1, S1: the smallest free number), the arguments,
-// what came out, " = ", the result, and the state, number and text of each diagnostic record. A statement
-// with parameters is followed by a line for each: "parameter NUMBER CTYPE SQLTYPE size N room N indicator N
-// value HEX" (the first 32 bytes, "NULL", or "at execution"; those bytes are then in the line of SQLPutData).
-// Calls that the driver manager makes on its own account are there too (SQLNumResultCols, SQLGetInfoW while
-// it connects); SQLGetDiagRecW, which it always makes itself, isn't.
+// A line of the record is the function, the handle, the arguments, what came out, " = ", the result, and of
+// each diagnostic record the state, the number and the text. Handles are E1, C1, S1 and so on, each with the
+// smallest free number; D1 is the driver. A statement with parameters is followed by a line for each:
+//
+//     parameter 2 SQL_C_SLONG SQL_INTEGER size 0 room 4 indicator 4 value 01000000
+//
+// with the first 32 bytes, "NULL", or "at execution": those bytes are in the line of SQLPutData. The driver
+// manager hands on attributes of a connection when it connects, and asks for SQL_CURSOR_COMMIT_BEHAVIOR and
+// SQL_CURSOR_ROLLBACK_BEHAVIOR on its own account; it answers SQLGetDiagRecW itself.
 //
 // The driver manager finds the drivers through files that it reads once a process, so there is one object. It
 // also registers the SQLite driver as "SQLite3", where that is installed. Not for several threads.
