@@ -338,6 +338,41 @@ TEST_F(OdbcDriver, GivesDataInPieces) {
     EXPECT_EQ(SQLFetch(m_statement), SQL_NO_DATA);
 }
 
+TEST_F(OdbcDriver, HoldsTheApplicationToAnnouncedLengths) {
+    ASSERT_EQ(Connect(), SQL_SUCCESS);
+    MakeTable();
+    SQLINTEGER token = 0;
+    SQLLEN announced = SQL_LEN_DATA_AT_EXEC(300);
+    SQLPrepareW(m_statement, Wide(u"INSERT INTO WThing (objectID, data) VALUES (5, ?)"), SQL_NTS);
+    Bind(1, SQL_C_BINARY, SQL_LONGVARBINARY, 300, &token, 0, &announced);
+    ASSERT_EQ(SQLExecute(m_statement), SQL_NEED_DATA);
+    EXPECT_EQ(State(PutPieces(&token, {100, 100})), "22026");
+    ASSERT_EQ(SQLExecute(m_statement), SQL_NEED_DATA);
+    EXPECT_EQ(State(PutPieces(&token, {100, 100, 100})), "23000") << "no RecID";
+    EXPECT_EQ(SQLPrepareW(m_statement, Wide(u"SELECT objectID, data FROM WThing"), SQL_NTS), SQL_SUCCESS);
+    EXPECT_EQ(SQLExecute(m_statement), SQL_SUCCESS);
+    SQLSMALLINT width = 0;
+    EXPECT_EQ(SQLNumResultCols(m_statement, &width), SQL_SUCCESS);
+    EXPECT_EQ(width, 2);
+}
+
+TEST_F(OdbcDriver, AnswersTheQueryOfMissingEntries) {
+    ASSERT_EQ(Connect(), SQL_SUCCESS);
+    for (const char16_t* const sql :
+         {u"CREATE TABLE WExperiment (groupID INTEGER, m_sPath LONGCHAR)",
+          u"CREATE TABLE WDirectoryEntry (m_nDirectoryID INTEGER, m_sDirectoryClassName LONGCHAR)",
+          u"INSERT INTO WExperiment (groupID, m_sPath) VALUES (3, 'c')",
+          u"INSERT INTO WExperiment (groupID, m_sPath) VALUES (2, 'b')",
+          u"INSERT INTO WExperiment (groupID, m_sPath) VALUES (1, 'a')",
+          u"INSERT INTO WDirectoryEntry (m_nDirectoryID, m_sDirectoryClassName) VALUES (2, 'wexperiment')",
+          u"INSERT INTO WDirectoryEntry (m_nDirectoryID, m_sDirectoryClassName) VALUES (3, 'WOther')",
+          u"SELECT groupID,m_sPath FROM WExperiment WHERE groupID NOT IN (SELECT m_nDirectoryID FROM "
+          u"WDirectoryEntry WHERE m_sDirectoryClassName LIKE 'WExperiment') ORDER BY groupID"}) {
+        ASSERT_EQ(State(Execute(sql)), "");
+    }
+    EXPECT_EQ(FetchTexts(2), (Lines{"a", "c"}));
+}
+
 TEST_F(OdbcDriver, CommitsAndRollsBackRowsAndTables) {
     ASSERT_EQ(Connect(), SQL_SUCCESS);
     MakeTable();
@@ -359,6 +394,24 @@ TEST_F(OdbcDriver, CommitsAndRollsBackRowsAndTables) {
     EXPECT_EQ(m_driver.Record("SQLDisconnect"), Lines{"SQLDisconnect C1 = SQL_SUCCESS"});
     ASSERT_EQ(Connect(), SQL_SUCCESS);
     EXPECT_EQ(Count(), 1) << "rows outlive the connection";
+}
+
+TEST_F(OdbcDriver, KeepsOthersFromTablesWithChangesThatAreNotCommitted) {
+    ASSERT_EQ(Connect(), SQL_SUCCESS);
+    MakeTable();
+    SQLSetConnectAttrW(m_connection, SQL_ATTR_AUTOCOMMIT, Number(SQL_AUTOCOMMIT_OFF), SQL_IS_UINTEGER);
+    ASSERT_EQ(InsertRow(1, 200), SQL_SUCCESS);
+    const std::array first = {m_environment, m_connection, m_statement};
+    ASSERT_EQ(Connect(), SQL_SUCCESS);
+    EXPECT_EQ(Count(), 1);
+    EXPECT_EQ(State(InsertRow(2, 200)), "HYT00");
+    SQLSetConnectAttrW(first[1], SQL_ATTR_AUTOCOMMIT, Number(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
+    EXPECT_EQ(InsertRow(2, 200), SQL_SUCCESS);
+    EXPECT_EQ(Count(), 2);
+    Disconnect();
+    m_environment = first[0];
+    m_connection = first[1];
+    m_statement = first[2];
 }
 
 TEST_F(OdbcDriver, FailsOnDemand) {
