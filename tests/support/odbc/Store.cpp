@@ -16,10 +16,9 @@ std::size_t PositionOf(const Table& table, const std::string& column) {
 }
 
 std::vector<std::size_t> PositionsOf(const Table& table, const std::vector<std::string>& columns) {
-    std::vector<std::size_t> positions;
-    for (const std::string& column : columns) {
-        positions.push_back(PositionOf(table, column));
-    }
+    std::vector<std::size_t> positions(columns.size());
+    std::transform(columns.begin(), columns.end(), positions.begin(),
+                   [&](const std::string& column) { return PositionOf(table, column); });
     return positions;
 }
 
