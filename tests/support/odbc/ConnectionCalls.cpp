@@ -15,6 +15,7 @@ Handle& Root() {
     struct RootHandle : Handle {
         RootHandle() : Handle('D') {}
     };
+    const std::lock_guard lock(Driver::Get().guard);
     static auto* const root = new RootHandle;
     return *root;
 }

@@ -72,7 +72,9 @@ Driver& Driver::Get() {
 
 Connection::Connection() : Handle('C') {}
 
-Connection::~Connection() = default;
+Connection::~Connection() {
+    EndTransaction(false);
+}
 
 void Connection::Connect(std::string source, std::string user) {
     m_source = std::move(source);

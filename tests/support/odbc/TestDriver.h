@@ -103,8 +103,7 @@ private:
     TestDriver() : m_folder(std::filesystem::path(KRTBSS_TEST_ODBC_ROOT) / std::to_string(getpid())) {
         std::filesystem::remove_all(m_folder);
         std::filesystem::create_directories(m_folder);
-        std::string drivers =
-            "[Microsoft Access Driver (*.mdb)]\nDriver=" KRTBSS_TEST_ODBC_DRIVER "\nFileUsage=1\n";
+        std::string drivers = "[Microsoft Access Driver (*.mdb)]\nDriver=" KRTBSS_TEST_ODBC_DRIVER "\n";
         if (HasSqlite()) {
             drivers += "[SQLite3]\nDriver=" KRTBSS_SQLITE_ODBC "\n";
         }
