@@ -3,11 +3,9 @@
 
 #include "Everything.h"
 #include "Fixture.h"
+#include "Tree.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-
-#include <functional>
-#include <memory>
 
 namespace {
 
@@ -28,46 +26,6 @@ public:
     std::wstring texts[3];
     std::string blocks[3] = {" ", " ", " "};
     long numbers[3] = {1, 2, 3};
-};
-
-/// Owns parts, which have parts, down to a depth.
-class Tree : public bss::WPersistentObject {
-public:
-    Tree(long object, int depth, int parts) : WPersistentObject(5, object, bss::WVersion(5, 3, 2, 0)) {
-        for (int i = 0; depth > 0 && i < parts; ++i) {
-            m_parts.push_back(std::make_unique<Tree>(object * 10 + i + 1, depth - 1, parts));
-        }
-    }
-    void Serialize(bool bRead) override {
-        WPersistentObject::Serialize(bRead);
-        bRead ? m_pSerializer->Retrieve(L"value", value) : m_pSerializer->Insert(L"value", value);
-        if (!bRead && failsInDataPass &&
-            static_cast<bss::WDatabase*>(m_pSerializer)->HasColumn(L"Tree", L"value")) {
-            throw std::runtime_error("no more");
-        }
-    }
-    void SerializeComponents(bool bRead) override {
-        for (const auto& part : m_parts) {
-            bRead ? part->Read(m_pSerializer, m_nVersion, true)
-                  : part->Write(m_pSerializer, m_nVersion, true);
-        }
-    }
-    void DeleteComponents() override {
-        for (const auto& part : m_parts) {
-            part->Delete(m_pSerializer, m_nVersion, true);
-        }
-    }
-    void ForEach(const std::function<void(Tree&)>& call) {
-        call(*this);
-        for (const auto& part : m_parts) {
-            part->ForEach(call);
-        }
-    }
-    long value = 0;
-    bool failsInDataPass = false;
-
-private:
-    std::vector<std::unique_ptr<Tree>> m_parts;
 };
 
 using Store = DatabaseTest;

@@ -263,21 +263,24 @@ std::wstring WDatabase::GetErrorMsg(void* handle, short handleType) const {
         if (!odbc::Succeeded(result)) {
             return text + L"\tUnexpected error retrieving SQL error message.\n";
         }
-        text +=
-            L"\tObject: " +
-            (m_pCurrentObject == nullptr ? std::wstring(L"Unknown") : m_pCurrentObject->GetNameOfClass()) +
-            L"\n\tSqlState: " + record.state + L"\n\tNativeError: " + std::to_wstring(record.nativeError) +
-            L"\n\tError message: " + record.text + L"\n";
+        text += L"\tObject: " + NameOfCurrentClass() + L"\n\tSqlState: " + record.state +
+                L"\n\tNativeError: " + std::to_wstring(record.nativeError) + L"\n\tError message: " +
+                record.text + L"\n";
     }
 }
 
-/// Where in the data a failure was: class, group and object, and a column if one is given.
+std::wstring WDatabase::NameOfCurrentClass() const {
+    return m_pCurrentObject == nullptr ? m_sLastClass : m_pCurrentObject->GetNameOfClass();
+}
+
+/// Where in the data a failure was: class, group and object, and a column if one is given. Null: the last
+/// object there was.
 std::wstring WDatabase::GetPosition(const WPersistentObject* object, const std::wstring& where) const {
-    const std::wstring numbers = object == nullptr ? std::wstring(L"Unknown (0,0)")
-                                                   : object->GetNameOfClass() + L" (" +
-                                                         std::to_wstring(object->GetGroupID()) + L"," +
-                                                         std::to_wstring(object->GetObjectID()) + L")";
-    return L"\n\t" + numbers + (where.empty() ? L"" : L"." + where) + L"\n";
+    const long group = object == nullptr ? m_nLastGroup : object->GetGroupID();
+    const long number = object == nullptr ? m_nLastObject : object->GetObjectID();
+    return L"\n\t" + (object == nullptr ? m_sLastClass : object->GetNameOfClass()) + L" (" +
+           std::to_wstring(group) + L"," + std::to_wstring(number) + L")" +
+           (where.empty() ? L"" : L"." + where) + L"\n";
 }
 
 void WDatabase::SetAutoCommit(etransactionmode mode) {

@@ -281,11 +281,13 @@ protected:
 private:
     enum e_pass : int { passNone = 0, passSchema = 1, passData = 2 };
     class Statement;
+    class CurrentObject;
 
     [[noreturn]] void FailToConnect(const wchar_t* debugText, void* handle, short handleType);
     void OpenConnection(bool isFile);
     void ReadCapabilities(bool isFile);
     std::wstring GetInfoText(std::uint16_t what, std::size_t room) const;
+    std::wstring NameOfCurrentClass() const;
     std::wstring GetPosition(const WPersistentObject* object, const std::wstring& column = {}) const;
     void SetAutoCommit(etransactionmode mode);
     /// Runs a query on a statement of its own; `read` takes the rows, and throws std::runtime_error where it
@@ -366,7 +368,11 @@ private:
     void* m_hDbc = nullptr;
     void* m_hStmt = nullptr;
     void* m_hStmtSchema = nullptr;
-    WPersistentObject* m_pCurrentObject = nullptr; ///< not owned
+    WPersistentObject* m_pCurrentObject = nullptr; ///< not owned; null outside Read, Write and Delete
+    /// Class and numbers of the last one, for messages.
+    std::wstring m_sLastClass = L"Unknown";
+    long m_nLastGroup = 0;
+    long m_nLastObject = 0;
     tableMap m_Tables;
     std::vector<column> m_NewColumns;
     std::wstringstream m_QueryStream;

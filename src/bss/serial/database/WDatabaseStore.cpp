@@ -47,7 +47,27 @@ void Debug(const std::wstring& text) {
 
 } // namespace
 
+/// The object in hand for the time of a call: afterwards callers may destroy it.
+class WDatabase::CurrentObject {
+public:
+    CurrentObject(WDatabase& database, WPersistentObject& object)
+        : m_database(database), m_former(database.m_pCurrentObject) {
+        m_database.m_pCurrentObject = &object;
+        m_database.m_sLastClass = object.GetNameOfClass();
+        m_database.m_nLastGroup = object.GetGroupID();
+        m_database.m_nLastObject = object.GetObjectID();
+    }
+    ~CurrentObject() { m_database.m_pCurrentObject = m_former; }
+    CurrentObject(const CurrentObject&) = delete;
+    CurrentObject& operator=(const CurrentObject&) = delete;
+
+private:
+    WDatabase& m_database;
+    WPersistentObject* m_former;
+};
+
 void WDatabase::Write(WPersistentObject& object, bool bDeep) {
+    const CurrentObject current(*this, object);
     try {
         if (m_ePass != passNone) {
             SetTransactionMode(transactionManual);
@@ -77,10 +97,12 @@ void WDatabase::Write(WPersistentObject& object, bool bDeep) {
 }
 
 void WDatabase::Read(WPersistentObject& object, bool bDeep) {
+    const CurrentObject current(*this, object);
     RunDataPass([&] { ReadObject(object, bDeep); }, [&] { Read(object, bDeep); });
 }
 
 void WDatabase::Delete(WPersistentObject& object, bool bDeep) {
+    const CurrentObject current(*this, object);
     RunDataPass([&] { DeleteObject(object, bDeep); }, [&] { Delete(object, bDeep); });
 }
 

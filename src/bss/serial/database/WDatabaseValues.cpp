@@ -142,8 +142,7 @@ void WDatabase::AddToCheckSum(const std::wstring& value) {
 }
 
 std::wstring WDatabase::ClassAndColumn(const std::wstring& key) const {
-    return (m_pCurrentObject == nullptr ? std::wstring(L"Unknown") : m_pCurrentObject->GetNameOfClass()) +
-           L" and column " + key;
+    return NameOfCurrentClass() + L" and column " + key;
 }
 
 const WDatabase::parameter* WDatabase::FindParameter(const std::wstring& key) const {
@@ -333,10 +332,8 @@ void WDatabase::Retrieve(const std::wstring& key, GUID& value) {
 
 void WDatabase::InsertBinary(const std::wstring& key, const void* data, std::size_t length) {
     const auto fail = [&](const std::wstring& cause) {
-        throw WNESerializerError(
-            L"Unexpected database serialization error.\n\n" + cause + L"\n\n" +
-            (m_pCurrentObject == nullptr ? std::wstring(L"Unknown") : m_pCurrentObject->GetNameOfClass()) +
-            L"::" + key);
+        throw WNESerializerError(L"Unexpected database serialization error.\n\n" + cause + L"\n\n" +
+                                 NameOfCurrentClass() + L"::" + key);
     };
     try {
         const auto* const bytes = static_cast<const unsigned char*>(data);

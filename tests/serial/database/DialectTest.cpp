@@ -1,0 +1,292 @@
+// What reaches the drivers of Access and of SQL Server, call by call, as the tests' own driver records it.
+
+#include "Tree.h"
+
+#include "bss/exception/WExceptionCatalogue.h"
+#include "platform/text.h"
+#include "support/odbc/TestDriver.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// One member of each kind that binds in a way of its own.
+class Reading : public bss::WPersistentObject {
+public:
+    Reading() : WPersistentObject(3, 4, bss::WVersion(5, 3, 2, 0)) {}
+    void Serialize(bool bRead) override {
+        WPersistentObject::Serialize(bRead);
+        const auto member = [&](const wchar_t* key, auto& value) {
+            bRead ? m_pSerializer->Retrieve(key, value) : m_pSerializer->Insert(key, value);
+        };
+        member(L"isOpen", isOpen);
+        member(L"ratio", ratio);
+        member(L"name", name);
+        member(L"block", block);
+    }
+    bool isOpen = true;
+    double ratio = 0.5;
+    std::wstring name = L"n";
+    std::string block = "b";
+};
+
+std::string Quoted(const std::string& line) {
+    const std::size_t start = line.find('"');
+    const std::size_t end = line.rfind("\" = ");
+    return start == std::string::npos || end == std::string::npos ? line
+                                                                  : line.substr(start + 1, end - start - 1);
+}
+
+class Dialect : public testing::TestWithParam<const char*> {
+protected:
+    Dialect() : m_driver(TestDriver::Get()) {
+        m_driver.Clear();
+        m_driver.Script({std::string("flavour ") + GetParam()});
+    }
+    bool IsAccess() const { return std::string(GetParam()) == "access"; }
+
+    void Connect() {
+        m_database.Connect(L"Jim", L"secret", L"krtbss-test");
+        m_driver.Record();
+    }
+
+    /// The texts of the statements since the last look.
+    Lines Statements() {
+        Lines texts;
+        for (const std::string& line : m_driver.Record("SQLExecDirectW")) {
+            texts.push_back(Quoted(line));
+        }
+        return texts;
+    }
+
+    TestDriver& m_driver;
+    bss::WDatabase m_database;
+};
+
+INSTANTIATE_TEST_SUITE_P(Flavours, Dialect, testing::Values("access", "sqlserver"),
+                         [](const auto& flavour) { return std::string(flavour.param); });
+
+TEST_P(Dialect, ConnectAsksForWhatItNeedsAndNoMore) {
+    m_database.Connect(L"Jim", L"secret", L"krtbss-test");
+    Lines calls;
+    for (const std::string& line : m_driver.Record()) {
+        const std::string name = line.substr(0, line.find(' '));
+        if (name != "SQLFreeStmt" && name != "SQLBindCol" && name != "SQLFetch") {
+            calls.push_back(line);
+        }
+    }
+    const auto has = [&calls](const std::string& start) {
+        return std::any_of(calls.begin(), calls.end(),
+                           [&](const std::string& line) { return line.substr(0, start.size()) == start; });
+    };
+    for (const char* const call : {"SQLSetEnvAttr E1 SQL_ATTR_ODBC_VERSION 3 = SQL_SUCCESS",
+                                   "SQLSetConnectAttrW C1 SQL_ATTR_LOGIN_TIMEOUT 5 = SQL_SUCCESS",
+                                   "SQLConnectW C1 \"krtbss-test\" \"Jim\" \"secret\" = SQL_SUCCESS",
+                                   "SQLGetInfoW C1 SQL_GETDATA_EXTENSIONS", "SQLTablesW S2"}) {
+        EXPECT_TRUE(has(call)) << call;
+    }
+    // SQL Server has no double, the last to be asked for: all are asked for once more.
+    const std::size_t types = IsAccess() ? 6 : 6 + 6;
+    const auto count = std::count_if(calls.begin(), calls.end(), [](const std::string& line) {
+        return line.find("SQLGetTypeInfoW") == 0;
+    });
+    EXPECT_EQ(static_cast<std::size_t>(count), types);
+    EXPECT_EQ(m_database.GetConnectionType(), bss::WDatabase::connectionDataSource);
+}
+
+TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
+    const std::string flavour = std::string("flavour ") + GetParam();
+    m_driver.Script({flavour, "without bit"});
+    EXPECT_NO_THROW(Connect());
+    Reading reading;
+    reading.Write(&m_database, 0, true);
+    const Lines created = Statements();
+    EXPECT_NE(created.at(2).find("isOpen " + std::string(IsAccess() ? "CHAR" : "char") + " NULL"),
+              std::string::npos)
+        << created.at(2);
+    m_driver.Clear();
+    m_driver.Script({flavour, "without double", "without float"});
+    try {
+        Connect();
+        ADD_FAILURE() << "connected without any type for doubles";
+    } catch (const bss::WNEODBCTypeNotSupported& e) {
+        EXPECT_EQ(e.GetArgument<0>(), L"");
+    }
+    EXPECT_FALSE(m_database.IsConnected());
+}
+
+TEST_P(Dialect, StatementsHaveTheirExactText) {
+    Connect();
+    Reading reading;
+    reading.Write(&m_database, 0, true);
+    const Lines first = Statements();
+    const std::string integer = IsAccess() ? "INTEGER" : "int";
+    const std::string guid = IsAccess() ? "GUID" : "uniqueidentifier";
+    const std::string text = IsAccess() ? "LONGCHAR" : "ntext";
+    const std::string writeHint = IsAccess() ? "" : " WITH (ROWLOCK) ";
+    const std::string readHint = IsAccess() ? "" : " WITH (NOLOCK) ";
+    const std::string key = " WHERE groupID = 3 AND objectID = 4";
+    ASSERT_EQ(first.size(), 5U);
+    EXPECT_EQ(first[0], "CREATE TABLE " + std::string(IsAccess() ? "" : "[dbo].") + "Reading (RecID " + guid +
+                            " PRIMARY KEY, m_nVersion " + integer + " NOT NULL, groupID " + integer +
+                            " NOT NULL, objectID " + integer + " NOT NULL, checkSum " + text + " NOT NULL)");
+    EXPECT_EQ(
+        first[1],
+        IsAccess()
+            ? "CREATE UNIQUE INDEX [groupID_objectID] ON Reading ([groupID] ASC, [objectID] ASC)"
+            : "CREATE UNIQUE NONCLUSTERED INDEX [groupID_objectID] ON [Reading] ([groupID] ASC, [objectID] "
+              "ASC) ON [PRIMARY]");
+    EXPECT_EQ(first[2], "ALTER TABLE Reading ADD isOpen " + std::string(IsAccess() ? "BIT" : "bit") +
+                            " NULL, ratio " + (IsAccess() ? "DOUBLE" : "float") + " NULL, name " + text +
+                            " NULL, block " + (IsAccess() ? "LONGBINARY" : "image") + " NULL");
+    EXPECT_EQ(first[3], "SELECT m_nVersion FROM Reading" + key);
+    EXPECT_EQ(first[4],
+              "INSERT INTO Reading" + writeHint +
+                  " (RecID, m_nVersion, groupID, objectID, checkSum, isOpen, ratio, name, block) VALUES "
+                  "(?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    reading.Write(&m_database, 0, true);
+    EXPECT_EQ(Statements().back(), "UPDATE Reading" + writeHint +
+                                       " SET m_nVersion = ?, checkSum = ?, isOpen = ?, ratio = ?, name = ?, "
+                                       "block = ?" +
+                                       key);
+    reading.Read(&m_database, 0, true);
+    EXPECT_EQ(Statements(), Lines{"SELECT * FROM Reading" + readHint + key + ";"});
+    reading.Delete(&m_database, 0, true);
+    EXPECT_EQ(Statements(), Lines{"DELETE FROM Reading" + key});
+    EXPECT_EQ(m_database.GetRowCount(L"Reading"), 0);
+    EXPECT_EQ(Statements(), Lines{"SELECT COUNT(m_nVersion) FROM Reading"});
+}
+
+TEST_P(Dialect, ValuesFrom1024BytesOnGoWhileTheStatementRuns) {
+    Connect();
+    struct Row {
+        std::size_t characters;
+        std::size_t bytes;
+        std::size_t frame; ///< of the bytes; from 1001 on they are compressed, which adds 11 to them
+    };
+    for (const Row& row : {Row{511, 1000, 1016}, Row{512, 1001, 1028}}) {
+        Reading written;
+        written.name.assign(row.characters, L'\u20AC');
+        written.block.assign(row.bytes, '\xFF');
+        written.Write(&m_database, 0, true);
+        Lines bound;
+        int put = 0;
+        for (const std::string& line : m_driver.Record()) {
+            if (line.find("SQLBindParameter") == 0) {
+                bound.push_back(line);
+            }
+            put += line.find("SQLPutData") == 0 ? 1 : 0;
+        }
+        ASSERT_GE(bound.size(), 6U);
+        const auto types = [](const std::string& line) { return line.substr(line.find("SQL_C_")); };
+        EXPECT_EQ(types(bound[bound.size() - 2]), "SQL_C_WCHAR SQL_WLONGVARCHAR size " +
+                                                      std::to_string(2 * row.characters) +
+                                                      " digits 0 room 0 = SQL_SUCCESS");
+        EXPECT_EQ(types(bound.back()), "SQL_C_BINARY SQL_LONGVARBINARY size " + std::to_string(row.frame) +
+                                           " digits 0 room 0 = SQL_SUCCESS");
+        EXPECT_EQ(put, row.characters == 512 ? 2 : 0);
+        Reading read;
+        read.Read(&m_database, 0, true);
+        EXPECT_TRUE(read.name == written.name);
+        EXPECT_TRUE(read.block == written.block);
+        EXPECT_TRUE(read.isOpen);
+    }
+}
+
+/// Autocommit, statements and ends of transactions, one letter each.
+TEST_P(Dialect, DeepWritesAreTwoTransactions) {
+    Connect();
+    Tree tree(1, 1, 2);
+    tree.Write(&m_database, 0, true);
+    std::string order;
+    for (const std::string& line : m_driver.Record()) {
+        if (line.find("SQLSetConnectAttrW C1 SQL_ATTR_AUTOCOMMIT") == 0) {
+            order += line.find("AUTOCOMMIT SQL_AUTOCOMMIT_OFF") != std::string::npos ||
+                             line.find("AUTOCOMMIT 0") != std::string::npos
+                         ? '('
+                         : ')';
+        } else if (line.find("SQLEndTran C1 SQL_COMMIT") == 0) {
+            order += 'C';
+        } else if (line.find("SQLExecDirectW") == 0) {
+            order += Quoted(line).at(0);
+        }
+    }
+    // Table, index and column; then the old parts go, and for each object a look and an insert.
+    EXPECT_EQ(order, "(CCAC)(DDSISISIC)");
+}
+
+/// After a failure at any call of a deep write, rows are as before it, and the next write succeeds.
+TEST_P(Dialect, NothingOfAFailedWriteStays) {
+    const std::string flavour = std::string("flavour ") + GetParam();
+    Connect();
+    Tree tree(1, 1, 2);
+    tree.SetAll(1);
+    tree.Write(&m_database, 0, true);
+    const auto all = [&] {
+        Tree read(1, 1, 2);
+        read.Read(&m_database, 0, true);
+        std::vector<long> values;
+        read.ForEach([&](Tree& each) { values.push_back(each.value); });
+        return values;
+    };
+    int failures = 0;
+    for (const std::string call : {"SQLExecDirectW", "SQLEndTran", "SQLSetConnectAttrW", "SQLAllocHandle"}) {
+        for (int n = 1; n <= 12; ++n) {
+            SCOPED_TRACE(call + " " + std::to_string(n));
+            m_driver.Script({flavour, "fail " + call + " " + std::to_string(n) + " HY000 77 Out of order."});
+            tree.SetAll(2);
+            bool failed = false;
+            try {
+                tree.Write(&m_database, 0, true);
+            } catch (const std::exception&) {
+                failed = true;
+            } catch (const bss::WNestedException&) {
+                failed = true;
+            }
+            m_driver.Script({flavour});
+            if (failed) {
+                ++failures;
+                if (!m_database.IsConnected() || call == "SQLEndTran" || call == "SQLSetConnectAttrW") {
+                    m_database.Disconnect(); // a connection that can't end its transactions is of no more use
+                    m_database.Connect(L"Jim", L"secret", L"krtbss-test");
+                }
+                // The last of the calls is the way back to autocommit: by then all is committed.
+                const bool isCommitted = call == "SQLSetConnectAttrW" && n == 4;
+                EXPECT_EQ(all(), std::vector<long>(3, isCommitted ? 2 : 1));
+            }
+            tree.SetAll(1);
+            tree.Write(&m_database, 0, true);
+            EXPECT_EQ(all(), std::vector<long>(3, 1));
+        }
+    }
+    EXPECT_GT(failures, 10);
+}
+
+TEST(DialectFile, AccessFilesAreOpenedByTheirDriver) {
+    TestDriver& driver = TestDriver::Get();
+    driver.Clear();
+    bss::WDatabase database;
+    database.ConnectFile(L"Jim", L"secret", L"/data/results.MDB");
+    const std::string call = driver.Record("SQLDriverConnectW").at(0);
+    EXPECT_NE(call.find("\"APP=vorin.exe;DRIVER={Microsoft Access Driver (*.mdb)};MaxBufferSize=4096;"
+                        "DBQ=/data/results.MDB;UID=Jim;PWD=secret;\""),
+              std::string::npos)
+        << call;
+    EXPECT_EQ(database.GetConnectionType(), bss::WDatabase::connectionFile);
+    EXPECT_EQ(database.GetDatabasePath(), L"/data/results.MDB");
+
+    driver.Script({"dbms ACCESS", "database /data/old.dat"});
+    bss::WDatabase source;
+    source.Connect(L"", L"", L"krtbss-test");
+    EXPECT_EQ(source.GetDatabasePath(), L"/data/old.mdb"); // "ACCESS" is not "access"
+    driver.Script({"dbms access", "database /data/old.dat"});
+    EXPECT_EQ(source.GetDatabasePath(), L"/data/old.dat");
+}
+
+} // namespace
