@@ -76,7 +76,7 @@ void WDatabase::CheckDataTypes() {
             MapDataTypes();
             isMapped = true;
         } catch (const WNEODBCTypeNotSupported& e) {
-            const std::wstring name = e.GetArgument<0>();
+            const std::wstring& name = e.GetArgument<0>();
             const auto* const fallBack =
                 std::find_if(std::begin(fallBacks), std::end(fallBacks), [&](const FallBack& each) {
                     return each.name == name && *each.type == each.first;

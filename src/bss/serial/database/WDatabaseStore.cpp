@@ -312,23 +312,20 @@ bool WDatabase::BindParameter(parameter& value) {
         {odbc::kCGuid, odbc::kGuid},
     };
     Types type = types[value.kind];
-    void* data = value.data.get();
-    std::size_t size = value.GetByteCount();
     bool hasLength = value.kind == parameter::kindText || value.kind == parameter::kindBinary;
     if (value.kind == parameter::kindText && m_pDialect->HasUtf8Text()) {
         type = {odbc::kCChar, odbc::kLongVarChar};
-        value.driverForm = EncodeText({reinterpret_cast<const platform::Utf16Unit*>(data), size / 2});
+        value.driverForm = EncodeText({reinterpret_cast<const platform::Utf16Unit*>(value.data.get()),
+                                       static_cast<std::size_t>(value.dataLength)});
     } else if (value.kind == parameter::kindGuid && m_pDialect->HasGuidText()) {
         GUID guid{};
-        std::memcpy(&guid, data, sizeof(guid));
+        std::memcpy(&guid, value.data.get(), sizeof(guid));
         type = {odbc::kCChar, odbc::kVarChar};
         value.driverForm = platform::Utf8FromWide(WGuid::GetAsText(guid));
         hasLength = true;
     }
-    if (value.driverForm) {
-        data = value.driverForm->data();
-        size = value.driverForm->size();
-    }
+    void* const data = value.driverForm ? value.driverForm->data() : static_cast<void*>(value.data.get());
+    const std::size_t size = value.driverForm ? value.driverForm->size() : value.GetByteCount();
     const auto length = static_cast<odbc::Length>(size);
     const auto number = static_cast<std::uint16_t>(value.number);
     if (!hasLength) {
@@ -419,7 +416,8 @@ void WDatabase::StartRetrieval(WPersistentObject& object) {
     odbc::FreeStmt(m_hStmt, odbc::kResetParams);
     SendSelectQuery(L"*", m_hStmt);
     for (const column& each : table->second) {
-        if (std::unique_ptr<parameter> value = FetchValue(object, each)) {
+        std::unique_ptr<parameter> value = FetchValue(object, each);
+        if (value != nullptr) {
             m_Parameters.push_back(std::move(value));
         }
     }
@@ -465,7 +463,10 @@ std::unique_ptr<WDatabase::parameter> WDatabase::FetchValue(const WPersistentObj
     if (!odbc::Succeeded(result)) {
         FailStatement(GetErrorMsg(m_hStmt, odbc::kStatement) + GetPosition(&object, from.name));
     }
-    return isThere ? std::move(value) : nullptr;
+    if (!isThere) {
+        value.reset();
+    }
+    return value;
 }
 
 std::int16_t WDatabase::FetchFixed(parameter& value) {
