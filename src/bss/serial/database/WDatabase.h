@@ -310,6 +310,7 @@ private:
     void DeleteOldComponents(WPersistentObject& object);
     void ComposeStatement(const WPersistentObject& object, bool isUpdate);
     void BindParameters(const WPersistentObject& object, bool isUpdate);
+    void MakeDriverForm(parameter& value) const;
     bool BindParameter(parameter& value);
     void ExecuteStatement(const WPersistentObject& object);
     void SendDataAtExecution(const WPersistentObject& object);

@@ -47,8 +47,8 @@ public:
     virtual bool HasUtf8Text() const;
     /// Whether GUIDs go as their text.
     virtual bool HasGuidText() const;
-    /// Whether the driver tells the size of binary data as a plain success, and the end of a text by one, too,
-    /// rather than by having no more data.
+    /// Whether the driver tells the size of binary data as a plain success, and the end of a text by one,
+    /// too, rather than by having no more data.
     virtual bool EndsPlainly() const;
 
 protected:
