@@ -37,6 +37,25 @@ protected:
 
     /// A statement on a connection of its own; false if it fails.
     bool Execute(const std::wstring& sql) const {
+        bool ok = false;
+        Run(sql, [&ok](platform::odbc::Handle) { ok = true; });
+        return ok;
+    }
+
+    /// The first value of a query as text, likewise.
+    std::string Ask(const std::wstring& sql) const {
+        char text[1000] = {};
+        Run(sql, [&text](platform::odbc::Handle statement) {
+            platform::odbc::Length length = 0;
+            platform::odbc::Fetch(statement);
+            platform::odbc::GetData(statement, 1, platform::odbc::kCChar, text, sizeof(text), &length);
+        });
+        return text;
+    }
+
+private:
+    template <class Use>
+    void Run(const std::wstring& sql, Use use) const {
         namespace odbc = platform::odbc;
         odbc::Handle environment = nullptr;
         odbc::Handle connection = nullptr;
@@ -44,17 +63,20 @@ protected:
         odbc::AllocHandle(odbc::kEnvironment, nullptr, &environment);
         odbc::SetEnvAttr(environment, odbc::kAttrOdbcVersion, odbc::kOdbcVersion3);
         odbc::AllocHandle(odbc::kConnection, environment, &connection);
-        bool ok = odbc::Succeeded(
-            odbc::DriverConnect(connection, L"DRIVER={SQLite3};Database=" + m_path.wstring() + L";"));
-        ok = ok && odbc::Succeeded(odbc::AllocHandle(odbc::kStatement, connection, &statement)) &&
-             odbc::Succeeded(odbc::ExecDirect(statement, sql));
-        odbc::FreeHandle(odbc::kStatement, statement);
-        odbc::Disconnect(connection);
+        if (odbc::Succeeded(
+                odbc::DriverConnect(connection, L"DRIVER={SQLite3};Database=" + m_path.wstring() + L";")) &&
+            odbc::Succeeded(odbc::AllocHandle(odbc::kStatement, connection, &statement))) {
+            if (odbc::Succeeded(odbc::ExecDirect(statement, sql))) {
+                use(statement);
+            }
+            odbc::FreeHandle(odbc::kStatement, statement);
+            odbc::Disconnect(connection);
+        }
         odbc::FreeHandle(odbc::kConnection, connection);
         odbc::FreeHandle(odbc::kEnvironment, environment);
-        return ok;
     }
 
+protected:
     std::filesystem::path m_path;
     bss::WDatabase m_database;
 };
