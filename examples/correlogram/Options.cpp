@@ -105,9 +105,58 @@ bool ParseNumberOption(ArgumentReader& reader, Options& options) {
     return false;
 }
 
+long ParseAnalysisNumber(ArgumentReader& reader) {
+    const std::string text = reader.Value();
+    const auto value = ParseNumber(text);
+    constexpr double highest = 2147483647.0;
+    if (!value || *value < 1.0 || *value > highest || *value != std::floor(*value)) {
+        throw InputError("--show " + Quote(text) + " is not the number of an analysis.");
+    }
+    return static_cast<long>(*value);
+}
+
+bool ParseStoreOption(ArgumentReader& reader, Options& options) {
+    if (reader.Name() == "--store") {
+        options.storeFile = ParsePath(reader);
+    } else if (reader.Name() == "--data-source") {
+        options.dataSource = ParsePath(reader);
+    } else if (reader.Name() == "--user") {
+        options.user = reader.Value();
+    } else if (reader.Name() == "--show") {
+        options.show = ParseAnalysisNumber(reader);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void CheckTogether(const Options& options) {
+    const bool hasStore = !options.storeFile.empty() || !options.dataSource.empty();
+    if (!options.storeFile.empty() && !options.dataSource.empty()) {
+        throw InputError("--store and --data-source exclude each other.");
+    }
+    if ((options.list || options.show != 0) && !hasStore) {
+        throw InputError("--list and --show need --store or --data-source.");
+    }
+    if (!options.user.empty() && options.dataSource.empty()) {
+        throw InputError("--user goes with --data-source.");
+    }
+    const bool readsStore = options.list || options.show != 0;
+    if (readsStore && !options.file.empty()) {
+        throw InputError("--list and --show take no file: " + Quote(options.file) + " would not be read.");
+    }
+    if (readsStore && !options.plotFile.empty()) {
+        throw InputError("--list and --show draw no plot.");
+    }
+    if (options.file.empty() && !readsStore) {
+        throw InputError("No file is given: see correlogram --help.");
+    }
+}
+
 bool ParseFlag(const ArgumentReader& reader, Options& options) {
     bool* flag = reader.Name() == "--json"                            ? &options.json
                  : reader.Name() == "--verbose"                       ? &options.verbose
+                 : reader.Name() == "--list"                          ? &options.list
                  : reader.Name() == "--help" || reader.Name() == "-h" ? &options.help
                                                                       : nullptr;
     if (flag == nullptr) {
@@ -124,7 +173,8 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
     Options options;
     ArgumentReader reader(arguments);
     while (reader.Next()) {
-        if (ParseFlag(reader, options) || ParseNumberOption(reader, options)) {
+        if (ParseFlag(reader, options) || ParseNumberOption(reader, options) ||
+            ParseStoreOption(reader, options)) {
             continue;
         }
         if (reader.Name() == "--sigma") {
@@ -140,8 +190,8 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
             options.file = reader.Name();
         }
     }
-    if (options.file.empty() && !options.help) {
-        throw InputError("No file is given: see correlogram --help.");
+    if (!options.help) {
+        CheckTogether(options);
     }
     return options;
 }
@@ -179,6 +229,14 @@ std::string HelpText() {
            "  --first-lag SECONDS          leave out the points before (default: start with the first "
            "point)\n"
            "  --plot FILE.svg              draw data, curves and residuals\n"
+           "  --store FILE.db              keep the analysis in a database, which is made where there is "
+           "none\n"
+           "  --data-source NAME           in an ODBC data source instead; the environment's "
+           "CORRELOGRAM_PASSWORD is\n"
+           "                               the password\n"
+           "  --user NAME                  of the data source\n"
+           "  --list                       list what is stored, and do nothing else\n"
+           "  --show NUMBER                print a stored analysis, and do nothing else\n"
            "  --json                       print the result as JSON instead of the table\n"
            "  --verbose                    tell on the error stream what was read and where the fits "
            "started\n"

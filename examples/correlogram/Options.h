@@ -19,9 +19,14 @@ struct Conditions {
 };
 
 struct Options {
-    std::string file;      // measured curve; all paths are UTF-8, as given
-    std::string sigmaFile; // empty: every point has the same weight
-    std::string plotFile;  // empty: no plot
+    std::string file;       // measured curve; all paths are UTF-8, as given
+    std::string sigmaFile;  // empty: every point has the same weight
+    std::string plotFile;   // empty: no plot
+    std::string storeFile;  // database file; empty: none
+    std::string dataSource; // in its place: a named data source, with the user's name
+    std::string user;
+    bool list = false; // of what is stored; no curve is read
+    long show = 0;     // number of the stored analysis to print; 0: none, a curve is read
     Conditions conditions;
     double firstLag = 0.0; // seconds; 0 means from the first point on
     bool json = false;
@@ -30,7 +35,8 @@ struct Options {
 };
 
 // Reads the arguments behind the program's name. An option's value follows as next argument or behind '='.
-// Throws InputError for an unknown option, a missing or impossible value, no file or several.
+// Throws InputError for an unknown option, a missing or impossible value, no file or several, and for options
+// that do not go together.
 Options ParseOptions(const std::vector<std::string>& arguments);
 
 // What --help prints, defaults and units included.

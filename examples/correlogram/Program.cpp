@@ -5,8 +5,10 @@
 #include "Options.h"
 #include "Plot.h"
 #include "Report.h"
+#include "Store.h"
 
 #include "bss/exception/WFileEventLog.h"
+#include "platform/text.h"
 
 #include <filesystem>
 #include <sstream>
@@ -20,9 +22,7 @@ std::string LogText(const bss::WNestedException& failure) {
     std::wostringstream text;
     bss::WFileEventLog log(text, L"correlogram");
     failure.Log(log);
-    // A path is the standard library's way from wide text to UTF-8.
-    const std::u8string utf8 = std::filesystem::path(text.str()).u8string();
-    return {utf8.begin(), utf8.end()};
+    return platform::Utf8FromWide(text.str());
 }
 
 // A plot in the place of a measured file would destroy it.
@@ -45,19 +45,26 @@ Analysis ReadAndAnalyse(const Options& options) {
     return Analyse(std::move(curve), options.conditions, options.firstLag);
 }
 
-int RunChecked(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors) {
-    const Options options = ParseOptions(arguments);
-    if (options.help) {
-        output << HelpText() << std::flush;
+bool HasStore(const Options& options) {
+    return !options.storeFile.empty() || !options.dataSource.empty();
+}
+
+int RunOptions(const Options& options, std::ostream& output, std::ostream& errors) {
+    if (options.list) {
+        output << Store(options).List() << std::flush;
         return kSuccess;
     }
     RefuseToOverwrite(options);
-    const Analysis analysis = ReadAndAnalyse(options);
+    const Analysis analysis = options.show != 0 ? Store(options).Get(options.show) : ReadAndAnalyse(options);
     if (options.verbose) {
         errors << VerboseReport(analysis);
     }
     if (!options.plotFile.empty()) {
         SaveWhole(options.plotFile, DrawPlot(analysis));
+    }
+    if (options.show == 0 && HasStore(options)) {
+        const long number = Store(options).Add(analysis);
+        errors << "correlogram: stored as analysis " << number << "." << std::endl;
     }
     output << (options.json ? JsonReport(analysis) : TableReport(analysis)) << std::flush;
     if (!output) {
@@ -69,6 +76,22 @@ int RunChecked(const std::vector<std::string>& arguments, std::ostream& output, 
         }
     }
     return analysis.HasConverged() ? kSuccess : kFitFailed;
+}
+
+int RunChecked(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors) {
+    const Options options = ParseOptions(arguments);
+    if (options.help) {
+        output << HelpText() << std::flush;
+        return kSuccess;
+    }
+    try {
+        return RunOptions(options, output, errors);
+    } catch (const StoreError& error) {
+        if (options.verbose) {
+            errors << error.Chain() << std::endl;
+        }
+        throw;
+    }
 }
 
 } // namespace
