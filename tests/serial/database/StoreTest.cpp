@@ -251,6 +251,9 @@ TEST_F(Store, FailuresSayWhatAndWhere) {
     bss::WDatabase other;
     EXPECT_THROW(other.ConnectFile(L"", L"", L"/there/is/no/such/folder/x.db"), bss::WNEODBCError);
     EXPECT_FALSE(other.IsConnected());
+    EXPECT_EQ(
+        FailureOf([&] { other.ConnectFile(L"", L"", L"a;b.db"); }),
+        "ODBC Error: cannot open the database file 'a;b.db': its driver takes no name with a semicolon\n");
     EXPECT_THROW(other.Connect(L"", L"", L"no such data source"), bss::WNEODBCError);
     other.Disconnect();
     EXPECT_EQ(other.GetUser(), L"");

@@ -44,6 +44,10 @@ std::wstring FileConnection(const std::wstring& path, const std::wstring& user,
         return L"APP=vorin.exe;DRIVER={Microsoft Access Driver (*.mdb)};MaxBufferSize=4096;DBQ=" + path +
                L";UID=" + user + L";PWD=" + password + L";";
     }
+    if (path.find(L';') != std::wstring::npos) {
+        throw WNEODBCError(L"cannot open the database file '" + path +
+                           L"': its driver takes no name with a semicolon");
+    }
     // What is written lasts before the call returns, other processes are waited for, and text stays as it is.
     return L"DRIVER={" KRTBSS_SQLITE_DRIVER L"};Database=" + path +
            L";Timeout=10000;SyncPragma=FULL;FKSupport=0;LongNames=0;NoWCHAR=1;";
@@ -114,12 +118,13 @@ void WDatabase::Connect(const std::wstring& user, const std::wstring& password,
 
 void WDatabase::ConnectFile(const std::wstring& user, const std::wstring& password,
                             const std::wstring& filePath) {
+    const std::wstring connection = FileConnection(filePath, user, password);
     Disconnect();
     m_sUser = user;
     m_sPassword = password;
     m_sDataSource = filePath;
     OpenConnection(true);
-    if (!odbc::Succeeded(odbc::DriverConnect(m_hDbc, FileConnection(filePath, user, password)))) {
+    if (!odbc::Succeeded(odbc::DriverConnect(m_hDbc, connection))) {
         FailToConnect(L"WDatabase::ConnectFile:  Error in SQLDriverConnect: ", m_hDbc, odbc::kConnection);
     }
     m_eConnection = connectionFile;
