@@ -10,6 +10,8 @@
 #ifndef TESTS_SUPPORT_CHILDPROCESS_H
 #define TESTS_SUPPORT_CHILDPROCESS_H
 
+#include "support/Wine.h"
+
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -48,12 +50,20 @@ public:
         startup.hStdOutput = writeEnd;
         startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
         PROCESS_INFORMATION process{};
-        const BOOL started = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                                            &startup, &process);
+        BOOL started = FALSE;
+        // Wine now and then refuses to start a process while another one is being killed.
+        for (int attempts = RunsUnderWine() ? 20 : 1; !started && attempts > 0; --attempts) {
+            started = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                                     &startup, &process);
+            if (!started && attempts > 1) {
+                Sleep(100);
+            }
+        }
+        const DWORD error = GetLastError();
         CloseHandle(writeEnd);
         if (!started) {
             CloseHandle(m_output);
-            throw std::runtime_error("cannot start " + program);
+            throw std::runtime_error("cannot start " + program + ": error " + std::to_string(error));
         }
         CloseHandle(process.hThread);
         m_process = process.hProcess;
