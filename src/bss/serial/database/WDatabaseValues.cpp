@@ -164,7 +164,9 @@ void WDatabase::AddParameter(parameter::e_kind kind, const std::wstring& key, co
     if (length > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / 2) {
         throw WNESerializerError(L"cannot write column '" + key + L"': its value has more than 1 GiB");
     }
-    m_Parameters.push_back(std::make_unique<parameter>(kind, key, data, static_cast<std::int32_t>(length),
+    // A driver takes a null pointer for NULL, which is not what an empty value is.
+    m_Parameters.push_back(std::make_unique<parameter>(kind, key, data == nullptr ? "" : data,
+                                                       static_cast<std::int32_t>(length),
                                                        m_pCurrentObject->GetVersion()));
 }
 
@@ -310,13 +312,14 @@ void WDatabase::Retrieve(const std::wstring& key, GUID& value) {
     value = GUID{};
     odbc::Length indicator = 0;
     odbc::Result result = odbc::kNoData;
-    if (!m_pDialect->HasGuidText()) {
+    if (!m_pDialect->KeepsStatements()) {
         const int index = GetColumnIndexFromName(key);
         result = odbc::GetData(m_hStmt, static_cast<std::uint16_t>(index), odbc::kCGuid, &value,
                                sizeof(value), &indicator);
     }
     if (result == odbc::kNoData) {
-        // A driver that gives a value once has given it when the row was fetched.
+        // A driver that gives a value once has given it when the row was fetched, and a row that is closed
+        // has given all.
         const parameter& fetched = DemandParameter(key, L"No data found for table (8) ");
         indicator = fetched.data == nullptr ? odbc::kNullData : fetched.dataLength;
         TakeFixed(key, L"", &value);
