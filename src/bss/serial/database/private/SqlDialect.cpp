@@ -84,6 +84,33 @@ public:
     bool KeepsStatements() const override { return true; }
 };
 
+/// Names without quotes would be folded to lower case. The server refuses text with a NUL or with half a
+/// surrogate pair.
+class PostgreSqlDialect : public SqlDialect {
+public:
+    std::wstring CreateIndex(const std::wstring& table) const override {
+        // All tables and indices of a schema share one name space.
+        return L"CREATE UNIQUE INDEX " + Quoted(table + L"_groupID_objectID") + L" ON " + Quoted(table) +
+               L" (\"groupID\", \"objectID\")";
+    }
+    std::wstring Quoted(const std::wstring& name) const override { return InQuotes(name); }
+    std::wstring SchemaQuery() const override { return L"SELECT current_schema()"; }
+    bool HasTypeNames() const override { return true; }
+    parameter::e_kind KindOfType(const std::wstring& typeName) const override {
+        return KindIn(typeName, {{L"bool", parameter::kindBit},
+                                 {L"int4", parameter::kindInteger},
+                                 {L"float8", parameter::kindDouble},
+                                 {L"text", parameter::kindText},
+                                 {L"bytea", parameter::kindBinary},
+                                 {L"uuid", parameter::kindGuid}});
+    }
+    e_text GetTextForm() const override { return textEscapedUtf16; }
+    bool KeepsStatements() const override { return true; }
+
+protected:
+    std::wstring AddClause() const override { return L"ADD "; }
+};
+
 constexpr char16_t kEscapeMark = 0xFFFE;
 constexpr std::u16string_view kDigits = u"0123456789abcdef";
 
@@ -121,6 +148,9 @@ SqlDialect::~SqlDialect() = default;
 std::unique_ptr<const SqlDialect> SqlDialect::Make(const std::wstring& dbmsName, bool anyOrder) {
     if (dbmsName == L"SQLite") {
         return std::make_unique<SqliteDialect>();
+    }
+    if (dbmsName == L"PostgreSQL") {
+        return std::make_unique<PostgreSqlDialect>();
     }
     if (anyOrder) {
         return std::make_unique<AccessDialect>();
