@@ -505,7 +505,8 @@ void WDatabase::FinishRetrieval(WPersistentObject& /*object*/) {
     std::wstring stored;
     Retrieve(L"checkSum", stored);
     ReplaceZeros(stored);
-    if (calculated != stored) {
+    // By code units: encryption makes pairs of surrogates by chance, which come back as one character.
+    if (platform::Utf16FromWide(calculated) != platform::Utf16FromWide(stored)) {
         throw WNESerializerError(L"Data corrupted.");
     }
 }
