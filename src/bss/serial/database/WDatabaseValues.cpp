@@ -317,9 +317,9 @@ void WDatabase::Retrieve(const std::wstring& key, GUID& value) {
         result = odbc::GetData(m_hStmt, static_cast<std::uint16_t>(index), odbc::kCGuid, &value,
                                sizeof(value), &indicator);
     }
-    if (result == odbc::kNoData) {
-        // A driver that gives a value once has given it when the row was fetched, and a row that is closed
-        // has given all.
+    if (result == odbc::kNoData || (!odbc::Succeeded(result) && !m_bAnyOrder)) {
+        // A driver that gives a value once, or only in the order of the columns, has given it when the row
+        // was fetched, and a row that is closed has given all.
         const parameter& fetched = DemandParameter(key, L"No data found for table (8) ");
         indicator = fetched.data == nullptr ? odbc::kNullData : fetched.dataLength;
         TakeFixed(key, L"", &value);
