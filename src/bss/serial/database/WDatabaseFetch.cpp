@@ -53,7 +53,7 @@ void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<c
     std::wstring names;
     for (const column& each : columns) {
         if (m_pDialect->KindOfType(each.type) != parameter::kindNone) {
-            names += (names.empty() ? L"" : L", ") + Quoted(each.name);
+            names += (names.empty() ? L"" : L", ") + m_pDialect->Fetched(each);
             known.push_back(each);
             known.back().ordinal = static_cast<std::int32_t>(known.size());
         }

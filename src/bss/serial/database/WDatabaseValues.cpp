@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <ctime>
 #include <limits>
@@ -243,6 +244,13 @@ void WDatabase::Insert(const std::wstring& key, double value) {
     CreateColumn(key, m_DataTypes[m_nDoubleType]);
     if (IsSchemaPass()) {
         return;
+    }
+    if (!m_pDialect->HasAllDoubles()) {
+        if (std::isnan(value)) {
+            throw WNESerializerError(L"cannot write column '" + key +
+                                     L"': its value is not a number, for which this database has no form");
+        }
+        value += 0.0; // a negative zero becomes zero
     }
     AddToCheckSum(value);
     AddParameter(parameter::kindDouble, key, &value, sizeof(value));

@@ -79,6 +79,12 @@ public:
     parameter::e_kind KindOfType(const std::wstring& typeName) const override {
         return typeName == L"integer" ? parameter::kindInteger : SqlDialect::KindOfType(typeName);
     }
+    /// Of a double its driver would give 15 digits.
+    std::wstring Fetched(const column& from) const override {
+        const std::wstring name = Quoted(from.name);
+        return KindOfType(from.type) == parameter::kindDouble ? L"printf('%!.20g', " + name + L")" : name;
+    }
+    bool HasAllDoubles() const override { return false; }
     e_text GetTextForm() const override { return textEscapedUtf8; }
     bool HasGuidText() const override { return true; }
     bool KeepsStatements() const override { return true; }
@@ -221,6 +227,14 @@ WDatabase::parameter::e_kind SqlDialect::KindOfType(const std::wstring& typeName
                              {L"LONGBINARY", parameter::kindBinary},
                              {L"GUID", parameter::kindGuid},
                              {L"uniqueidentifier", parameter::kindGuid}});
+}
+
+std::wstring SqlDialect::Fetched(const column& from) const {
+    return Quoted(from.name);
+}
+
+bool SqlDialect::HasAllDoubles() const {
+    return true;
 }
 
 SqlDialect::e_text SqlDialect::GetTextForm() const {

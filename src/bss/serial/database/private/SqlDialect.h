@@ -50,6 +50,10 @@ public:
     /// Whether the columns of a table tell their type by name rather than by number.
     virtual bool HasTypeNames() const;
     virtual parameter::e_kind KindOfType(const std::wstring& typeName) const;
+    /// What stands for a column in the list of those that are fetched.
+    virtual std::wstring Fetched(const column& from) const;
+    /// Whether doubles have a negative zero and one that is not a number.
+    virtual bool HasAllDoubles() const;
 
     virtual e_text GetTextForm() const;
     /// Whether GUIDs go as their text.
