@@ -66,6 +66,7 @@ void WDatabase::Write(WPersistentObject& object, bool bDeep) {
     try {
         if (m_ePass != passNone) {
             SetTransactionMode(transactionManual);
+            LockForWriting(object);
             WriteObject(object, bDeep);
             Transact(transactionCommit);
         }
@@ -137,6 +138,16 @@ void WDatabase::RollBack() noexcept {
     if (m_TransactionModes.empty()) {
         m_ePass = passNone;
     }
+}
+
+/// Once in the transaction of a data pass, before its first query.
+void WDatabase::LockForWriting(const WPersistentObject& object) {
+    const std::wstring text = m_pDialect->LockForWriting(object.GetNameOfClass());
+    if (text.empty() || IsSchemaPass() || m_TransactionModes.size() > 1) {
+        return;
+    }
+    const odbc::Handle statement = StatementFor(text);
+    DemandNoError(RunStatement(statement, text), statement);
 }
 
 void WDatabase::WriteObject(WPersistentObject& object, bool bDeep) {

@@ -85,6 +85,10 @@ public:
         return KindOfType(from.type) == parameter::kindDouble ? L"printf('%!.20g', " + name + L")" : name;
     }
     bool HasAllDoubles() const override { return false; }
+    /// Two processes that have read could each wait for the other one's end before they may write.
+    std::wstring LockForWriting(const std::wstring& table) const override {
+        return L"DELETE FROM " + Quoted(table) + L" WHERE 0";
+    }
     e_text GetTextForm() const override { return textEscapedUtf8; }
     bool HasGuidText() const override { return true; }
     bool KeepsStatements() const override { return true; }
@@ -235,6 +239,10 @@ std::wstring SqlDialect::Fetched(const column& from) const {
 
 bool SqlDialect::HasAllDoubles() const {
     return true;
+}
+
+std::wstring SqlDialect::LockForWriting(const std::wstring& /*table*/) const {
+    return {};
 }
 
 SqlDialect::e_text SqlDialect::GetTextForm() const {

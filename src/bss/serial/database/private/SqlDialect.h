@@ -54,6 +54,8 @@ public:
     virtual std::wstring Fetched(const column& from) const;
     /// Whether doubles have a negative zero and one that is not a number.
     virtual bool HasAllDoubles() const;
+    /// A statement that changes nothing and takes the lock of writers; empty: none is needed.
+    virtual std::wstring LockForWriting(const std::wstring& table) const;
 
     virtual e_text GetTextForm() const;
     /// Whether GUIDs go as their text.
