@@ -66,7 +66,9 @@ void WDatabase::Write(WPersistentObject& object, bool bDeep) {
     try {
         if (m_ePass != passNone) {
             SetTransactionMode(transactionManual);
-            LockForWriting(object);
+            if (!IsSchemaPass()) {
+                Begin(m_pDialect->LockForWriting(object.GetNameOfClass()));
+            }
             WriteObject(object, bDeep);
             Transact(transactionCommit);
         }
@@ -94,7 +96,13 @@ void WDatabase::Write(WPersistentObject& object, bool bDeep) {
 
 void WDatabase::Read(WPersistentObject& object, bool bDeep) {
     const CurrentObject current(*this, object);
-    RunDataPass([&] { ReadObject(object, bDeep); }, [&] { Read(object, bDeep); });
+    const auto readOne = [&] {
+        if (bDeep) {
+            Begin(m_pDialect->FixStateForReading());
+        }
+        ReadObject(object, bDeep);
+    };
+    RunDataPass(readOne, [&] { Read(object, bDeep); });
 }
 
 void WDatabase::Delete(WPersistentObject& object, bool bDeep) {
@@ -140,14 +148,12 @@ void WDatabase::RollBack() noexcept {
     }
 }
 
-/// Once in the transaction of a data pass, before its first query.
-void WDatabase::LockForWriting(const WPersistentObject& object) {
-    const std::wstring text = m_pDialect->LockForWriting(object.GetNameOfClass());
-    if (text.empty() || IsSchemaPass() || m_TransactionModes.size() > 1) {
-        return;
+/// The first statement of a transaction at the outermost level; empty: there is none.
+void WDatabase::Begin(const std::wstring& text) {
+    if (!text.empty() && m_TransactionModes.size() == 1) {
+        const Statement statement(m_hDbc);
+        DemandNoError(odbc::ExecDirect(statement.Handle(), text), statement.Handle());
     }
-    const odbc::Handle statement = StatementFor(text);
-    DemandNoError(RunStatement(statement, text), statement);
 }
 
 void WDatabase::WriteObject(WPersistentObject& object, bool bDeep) {

@@ -114,6 +114,9 @@ public:
                                  {L"bytea", parameter::kindBinary},
                                  {L"uuid", parameter::kindGuid}});
     }
+    std::wstring FixStateForReading() const override {
+        return L"SET TRANSACTION ISOLATION LEVEL REPEATABLE READ";
+    }
     e_text GetTextForm() const override { return textEscapedUtf16; }
     bool KeepsStatements() const override { return true; }
 
@@ -242,6 +245,10 @@ bool SqlDialect::HasAllDoubles() const {
 }
 
 std::wstring SqlDialect::LockForWriting(const std::wstring& /*table*/) const {
+    return {};
+}
+
+std::wstring SqlDialect::FixStateForReading() const {
     return {};
 }
 

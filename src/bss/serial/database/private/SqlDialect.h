@@ -56,6 +56,9 @@ public:
     virtual bool HasAllDoubles() const;
     /// A statement that changes nothing and takes the lock of writers; empty: none is needed.
     virtual std::wstring LockForWriting(const std::wstring& table) const;
+    /// A statement by which the queries of a transaction all see one state; empty: none is needed, or there
+    /// is none.
+    virtual std::wstring FixStateForReading() const;
 
     virtual e_text GetTextForm() const;
     /// Whether GUIDs go as their text.
