@@ -1,12 +1,11 @@
 // Writes trees to a database, KIND being "file" or "source":
 //
 //     loop KIND NAME                 until it is killed or a write fails; each write changes all of tree 1
-//     times KIND NAME NUMBER FIRST   so many times tree 1, with the values FIRST, FIRST + 1, ..., and each
-//     time
-//                                    tree number FIRST, FIRST + 1, ..., which is new
+//     times KIND NAME NUMBER FIRST   so many times tree 1, with the values FIRST, FIRST + 1, ..., and as
+//                                    often a new bush of that number
 //
 // `times` prints how many writes there were and how many failed, the value that tree 1 was last written with,
-// and how many new trees were written.
+// and how many bushes were written.
 
 #include "Tree.h"
 
@@ -22,6 +21,12 @@ extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppression
 }
 
 namespace {
+
+/// Has a table of its own.
+class Bush : public Tree {
+public:
+    explicit Bush(long object) : Tree(object, 0, 0) {}
+};
 
 bool Write(bss::WDatabase& database, Tree& tree, long value) {
     tree.SetAll(value);
@@ -63,8 +68,8 @@ int main(int count, char** arguments) {
         const bool isWritten = Write(database, tree, value);
         ++(isWritten ? written : failed);
         last = isWritten ? value : last;
-        Tree other(value, 0, 0);
-        const bool isAdded = Write(database, other, value);
+        Bush bush(value);
+        const bool isAdded = Write(database, bush, value);
         ++(isAdded ? written : failed);
         added += isAdded ? 1 : 0;
     }

@@ -323,7 +323,7 @@ private:
 
     template <class RunOne, class RunAgain>
     void RunDataPass(RunOne runOne, RunAgain runAgain);
-    void Begin(const std::wstring& text);
+    void Send(const std::wstring& text);
     void RollBack() noexcept;
     void DeleteOldComponents(WPersistentObject& object);
     void ComposeStatement(const WPersistentObject& object, bool isUpdate);

@@ -187,6 +187,9 @@ WDatabase::tableMap::iterator WDatabase::FindTable(const std::wstring& name) {
 
 void WDatabase::CreateTable(const WPersistentObject& object) {
     const std::wstring name = object.GetNameOfClass();
+    if (!HasTable(name)) {
+        Send(m_pDialect->LockForWriting());
+    }
     if (FindTable(name) != m_Tables.end()) {
         return;
     }

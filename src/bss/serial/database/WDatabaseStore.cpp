@@ -66,8 +66,8 @@ void WDatabase::Write(WPersistentObject& object, bool bDeep) {
     try {
         if (m_ePass != passNone) {
             SetTransactionMode(transactionManual);
-            if (!IsSchemaPass()) {
-                Begin(m_pDialect->LockForWriting(object.GetNameOfClass()));
+            if (m_ePass == passData && m_TransactionModes.size() == 1) {
+                Send(m_pDialect->LockForWriting());
             }
             WriteObject(object, bDeep);
             Transact(transactionCommit);
@@ -97,8 +97,8 @@ void WDatabase::Write(WPersistentObject& object, bool bDeep) {
 void WDatabase::Read(WPersistentObject& object, bool bDeep) {
     const CurrentObject current(*this, object);
     const auto readOne = [&] {
-        if (bDeep) {
-            Begin(m_pDialect->FixStateForReading());
+        if (bDeep && m_TransactionModes.size() == 1) {
+            Send(m_pDialect->FixStateForReading());
         }
         ReadObject(object, bDeep);
     };
@@ -148,9 +148,9 @@ void WDatabase::RollBack() noexcept {
     }
 }
 
-/// The first statement of a transaction at the outermost level; empty: there is none.
-void WDatabase::Begin(const std::wstring& text) {
-    if (!text.empty() && m_TransactionModes.size() == 1) {
+/// A statement without an answer; empty: there is none.
+void WDatabase::Send(const std::wstring& text) {
+    if (!text.empty()) {
         const Statement statement(m_hDbc);
         DemandNoError(odbc::ExecDirect(statement.Handle(), text), statement.Handle());
     }

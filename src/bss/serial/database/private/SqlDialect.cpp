@@ -85,10 +85,9 @@ public:
         return KindOfType(from.type) == parameter::kindDouble ? L"printf('%!.20g', " + name + L")" : name;
     }
     bool HasAllDoubles() const override { return false; }
-    /// Two processes that have read could each wait for the other one's end before they may write.
-    std::wstring LockForWriting(const std::wstring& table) const override {
-        return L"DELETE FROM " + Quoted(table) + L" WHERE 0";
-    }
+    /// Two processes that have read could each wait for the other one's end before they may write. There is
+    /// no word for the lock inside a transaction; this begins to write and finds nothing to do.
+    std::wstring LockForWriting() const override { return L"PRAGMA incremental_vacuum(1)"; }
     e_text GetTextForm() const override { return textEscapedUtf8; }
     bool HasGuidText() const override { return true; }
     bool KeepsStatements() const override { return true; }
@@ -244,7 +243,7 @@ bool SqlDialect::HasAllDoubles() const {
     return true;
 }
 
-std::wstring SqlDialect::LockForWriting(const std::wstring& /*table*/) const {
+std::wstring SqlDialect::LockForWriting() const {
     return {};
 }
 

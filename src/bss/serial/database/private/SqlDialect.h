@@ -55,7 +55,7 @@ public:
     /// Whether doubles have a negative zero and one that is not a number.
     virtual bool HasAllDoubles() const;
     /// A statement that changes nothing and takes the lock of writers; empty: none is needed.
-    virtual std::wstring LockForWriting(const std::wstring& table) const;
+    virtual std::wstring LockForWriting() const;
     /// A statement by which the queries of a transaction all see one state; empty: none is needed, or there
     /// is none.
     virtual std::wstring FixStateForReading() const;
