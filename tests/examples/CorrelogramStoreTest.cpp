@@ -1,7 +1,7 @@
 // Analyses that are kept in a database and printed again.
 
 #include "examples/CorrelogramSupport.h"
-#include "support/Wine.h"
+#include "serial/database/Fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,31 +9,39 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 using namespace correlogram_test;
 
 namespace {
 
-class CorrelogramStore : public testing::Test {
+class CorrelogramStore : public BackendTest {
 protected:
-    void SetUp() override {
-        if (sizeof(void*) == 4 && RunsUnderWine()) {
-            GTEST_SKIP() << "Wine reaches the ODBC drivers of Linux from 64-bit programs only";
+    // The arguments, and those that say where.
+    std::vector<std::string> At(std::vector<std::string> arguments) const {
+        if (IsFile()) {
+            arguments.push_back("--store=" + m_path.string());
+        } else {
+            arguments.insert(arguments.end(), {"--data-source=" + Name(), "--user=krtbss"});
         }
-        // A relative path is the same for Windows, and for the driver of Linux that Wine reaches.
-        m_Store = std::string("correlogram-") +
-                  testing::UnitTest::GetInstance()->current_test_info()->name() + ".db";
-        std::filesystem::remove(m_Store);
+        return arguments;
     }
-    void TearDown() override {
-        std::error_code ignored;
-        std::filesystem::remove(m_Store, ignored);
+    std::string Name() const { return IsFile() ? m_path.string() : platform::NarrowText(m_backend.source); }
+    // What goes wrong, whole.
+    std::string Sentence(const std::vector<std::string>& arguments) const {
+        const Outcome outcome = RunHere(At(arguments));
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.output, "");
+        return outcome.errors;
     }
-    std::string Option(const std::string& option) const { return option + "=" + m_Store; }
 
     ScratchFolder m_Scratch;
-    std::string m_Store;
 };
+
+INSTANTIATE_TEST_SUITE_P(, CorrelogramStore, testing::Values(kSqlite, kPostgresql),
+                         testing::PrintToStringParamName());
+
+using CorrelogramNoStore = DatabaseTest;
 
 // A single rate, and a mixture that is too much for one of the fits.
 std::string SingleRate() {
@@ -50,49 +58,67 @@ std::string Mixture() {
 
 } // namespace
 
-TEST_F(CorrelogramStore, ShowsTheDigitsThatWerePrinted) {
+TEST_P(CorrelogramStore, ShowsTheDigitsThatWerePrinted) {
     const std::string single = m_Scratch.Write("single \xC3\xA9.csv", SingleRate());
-    const Outcome stored = RunHere({single, Option("--store")});
+    const Outcome stored = RunHere(At({single}));
     EXPECT_EQ(stored.status, 0);
     EXPECT_EQ(stored.errors, "correlogram: stored as analysis 1.\n");
     const std::string mixture = m_Scratch.Write("mixture.csv", Mixture());
-    const Outcome failed = RunHere({mixture, Option("--store"), "--json"});
+    const Outcome failed = RunHere(At({mixture, "--json"}));
     EXPECT_EQ(failed.status, 1);
 
-    const Outcome shown = RunHere({Option("--store"), "--show=1"});
+    const Outcome shown = RunHere(At({"--show=1"}));
     EXPECT_EQ(shown.status, 0);
     EXPECT_EQ(shown.output, stored.output);
-    const Outcome shownFailed = RunHere({Option("--store"), "--show", "2", "--json"});
+    const Outcome shownFailed = RunHere(At({"--show", "2", "--json"}));
     EXPECT_EQ(shownFailed.status, 1);
     EXPECT_EQ(shownFailed.output, failed.output);
 
-    const Outcome list = RunHere({Option("--store"), "--list"});
+    const Outcome list = RunHere(At({"--list"}));
     EXPECT_EQ(list.status, 0);
     EXPECT_EQ(std::count(list.output.begin(), list.output.end(), '\n'), 2);
     EXPECT_EQ(list.output.substr(0, 3), "1  ");
     EXPECT_NE(list.output.find(single), std::string::npos) << list.output;
 }
 
-TEST_F(CorrelogramStore, EverythingThatIsWrongIsOneSentence) {
+TEST_P(CorrelogramStore, RowsAndTablesThatOthersChangedAreOneSentence) {
     const std::string curve = m_Scratch.Write("curve.csv", SingleRate());
+    ASSERT_EQ(RunHere(At({curve})).status, 0);
+    EXPECT_EQ(Sentence({"--show=7"}), "correlogram: There is no analysis 7 in '" + Name() + "'.\n");
+
+    ASSERT_TRUE(Execute(L"UPDATE [StoredFit] SET [m_nIterations] = 99 WHERE [objectID] = 2"));
+    const std::string damaged =
+        "correlogram: Analysis 1 in '" + Name() + "' cannot be read: its data are corrupted.\n";
+    EXPECT_EQ(Sentence({"--show=1"}), damaged);
+    const std::string verbose = Sentence({"--show=1", "--verbose"});
+    EXPECT_NE(verbose.find("Data corrupted."), std::string::npos) << verbose;
+    EXPECT_EQ(verbose.substr(std::max(verbose.size(), damaged.size()) - damaged.size()), damaged);
+
+    ASSERT_TRUE(Execute(L"DROP TABLE [StoredFit]") && Execute(L"CREATE TABLE [StoredFit] (x int)"));
+    for (const char* const what : {"--list", "--show=1"}) {
+        EXPECT_EQ(Sentence({what}),
+                  "correlogram: The table StoredFit in '" + Name() + "' is none of correlogram's.\n");
+    }
+}
+
+TEST_F(CorrelogramNoStore, EverythingThatIsWrongIsOneSentence) {
+    const ScratchFolder scratch;
+    const std::string curve = scratch.Write("curve.csv", SingleRate());
     const auto sentence = [](const std::vector<std::string>& arguments) {
         const Outcome outcome = RunHere(arguments);
         EXPECT_EQ(outcome.status, 2);
         EXPECT_EQ(outcome.output, "");
         return outcome.errors;
     };
-    EXPECT_EQ(sentence({Option("--store"), "--list"}),
-              "correlogram: There is no database '" + m_Store + "'.\n");
-    ASSERT_EQ(RunHere({curve, Option("--store")}).status, 0);
-    EXPECT_EQ(sentence({Option("--store"), "--show=7"}),
-              "correlogram: There is no analysis 7 in '" + m_Store + "'.\n");
+    EXPECT_EQ(sentence({"--store=missing.db", "--list"}),
+              "correlogram: There is no database 'missing.db'.\n");
     EXPECT_EQ(sentence({"--show=1"}), "correlogram: --list and --show need --store or --data-source.\n");
     EXPECT_EQ(sentence({curve, "--store=a", "--data-source=b"}),
               "correlogram: --store and --data-source exclude each other.\n");
     EXPECT_EQ(
-        sentence({curve, Option("--store"), "--list"}).find("correlogram: --list and --show take no file"),
+        sentence({curve, "--store=missing.db", "--list"}).find("correlogram: --list and --show take no file"),
         0U);
-    EXPECT_EQ(sentence({Option("--store"), "--show=x"}),
+    EXPECT_EQ(sentence({"--store=missing.db", "--show=x"}),
               "correlogram: --show 'x' is not the number of an analysis.\n");
 
     const Outcome noSource = RunHere({"--data-source=there-is-none", "--list", "--verbose"});
