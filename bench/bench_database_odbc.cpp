@@ -262,7 +262,10 @@ private:
         m_connection,
         "INSERT INTO Reading (RecID, m_nVersion, groupID, objectID, checkSum, isOpen, channel, "
         "photons, angle, intensity, name, samples) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
-    Statement m_select{m_connection, "SELECT * FROM Reading WHERE groupID = ? AND objectID = ?"};
+    Statement m_select{
+        m_connection,
+        "SELECT RecID, m_nVersion, groupID, objectID, checkSum, isOpen, channel, photons, angle, "
+        "intensity, name, samples FROM Reading WHERE groupID = ? AND objectID = ?"};
 };
 
 class OdbcSeries : public SeriesContestant {
@@ -353,7 +356,8 @@ private:
     Statement m_insert{m_connection,
                        "INSERT INTO Series (RecID, m_nVersion, groupID, objectID, checkSum, samples) "
                        "VALUES (?, ?, ?, ?, ?, ?)"};
-    Statement m_select{m_connection, "SELECT * FROM Series WHERE groupID = ? AND objectID = ?"};
+    Statement m_select{m_connection, "SELECT RecID, m_nVersion, groupID, objectID, checkSum, samples FROM "
+                                     "Series WHERE groupID = ? AND objectID = ?"};
 };
 
 } // namespace

@@ -167,7 +167,10 @@ private:
         m_connection,
         "INSERT INTO Reading (RecID, m_nVersion, groupID, objectID, checkSum, isOpen, channel, "
         "photons, angle, intensity, name, samples) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
-    Statement m_select{m_connection, "SELECT * FROM Reading WHERE groupID = ? AND objectID = ?"};
+    Statement m_select{
+        m_connection,
+        "SELECT RecID, m_nVersion, groupID, objectID, checkSum, isOpen, channel, photons, angle, "
+        "intensity, name, samples FROM Reading WHERE groupID = ? AND objectID = ?"};
 };
 
 } // namespace
