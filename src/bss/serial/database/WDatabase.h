@@ -292,6 +292,7 @@ private:
     void ReadSchema();
     std::wstring GetInfoText(std::uint16_t what, std::size_t room) const;
     std::wstring NameOfCurrentClass() const;
+    std::wstring NameOfClass(const WPersistentObject& object) const;
     std::wstring GetPosition(const WPersistentObject* object, const std::wstring& column = {}) const;
     void SetAutoCommit(etransactionmode mode);
     /// Runs a query on a statement of its own; `read` takes the rows, and throws std::runtime_error where it
@@ -340,7 +341,7 @@ private:
     std::int16_t FetchText(parameter& value);
     std::int16_t FetchPieces(const parameter& value, std::int16_t cType, std::size_t endUnit,
                              std::string* bytes, bool* isNull);
-    static void SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters);
+    void SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters);
     static void RemoveAllParameters(parameterList& parameters);
 
     // The forms that values have in the checksum's text, the same on all systems.
@@ -391,10 +392,12 @@ private:
     void* m_hStmt = nullptr;
     void* m_hStmtSchema = nullptr;
     void* m_hRow = nullptr; ///< of the object in hand: m_hStmt or one of the kept ones
-    std::map<std::wstring, void*> m_KeptStatements; ///< by their texts
-    std::int64_t m_aKey[2] = {};                    ///< what the markers of a key are bound to
-    std::wstring m_sSchema;                         ///< whose tables are meant; empty: all
-    WPersistentObject* m_pCurrentObject = nullptr;  ///< not owned; null outside Read, Write and Delete
+    std::map<std::wstring, void*> m_KeptStatements;    ///< by their texts
+    std::int64_t m_aKey[2] = {};                       ///< what the markers of a key are bound to
+    std::wstring m_sSchema;                            ///< whose tables are meant; empty: all
+    WPersistentObject* m_pCurrentObject = nullptr;     ///< not owned; null outside Read, Write and Delete
+    const WPersistentObject* m_pNamedObject = nullptr; ///< whose class m_sNameOfClass names
+    std::wstring m_sNameOfClass;
     /// Class and numbers of the last one, for messages.
     std::wstring m_sLastClass = L"Unknown";
     long m_nLastGroup = 0;

@@ -22,7 +22,7 @@ namespace odbc = platform::odbc;
 } // namespace
 
 void WDatabase::StartRetrieval(WPersistentObject& object) {
-    const auto table = m_Tables.find(object.GetNameOfClass());
+    const auto table = m_Tables.find(NameOfClass(object));
     if (IsSchemaPass() || table == m_Tables.end()) {
         return;
     }
@@ -59,7 +59,7 @@ void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<c
         }
     }
     m_hRow =
-        StatementFor(L"SELECT " + names + L" FROM " + Quoted(object.GetNameOfClass()) + KeyCondition(object));
+        StatementFor(L"SELECT " + names + L" FROM " + Quoted(NameOfClass(object)) + KeyCondition(object));
     const Reset reset(m_hRow);
     BindKey(m_hRow, 1, object);
     odbc::Result result = odbc::Execute(m_hRow);
@@ -80,7 +80,7 @@ void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<c
 void WDatabase::SendSelectQuery(const std::wstring& columns, void* statement) {
     const WPersistentObject& object = *m_pCurrentObject;
     ClearQueryStream();
-    m_QueryStream << L"SELECT " << columns << L" FROM " << Quoted(object.GetNameOfClass())
+    m_QueryStream << L"SELECT " << columns << L" FROM " << Quoted(NameOfClass(object))
                   << m_pDialect->ReadHint() << KeyCondition(object) << L";";
     odbc::Result result = odbc::ExecDirect(statement, m_QueryStream.str());
     if (odbc::Succeeded(result) || result == odbc::kNoData) {

@@ -186,7 +186,7 @@ WDatabase::tableMap::iterator WDatabase::FindTable(const std::wstring& name) {
 }
 
 void WDatabase::CreateTable(const WPersistentObject& object) {
-    const std::wstring name = object.GetNameOfClass();
+    const std::wstring name = NameOfClass(object);
     if (!HasTable(name)) {
         Send(m_pDialect->LockForWriting());
     }
@@ -215,7 +215,7 @@ void WDatabase::CreateTable(const WPersistentObject& object) {
 
 int WDatabase::CreateColumn(const std::wstring& name, const std::wstring& typeName) {
     const auto table =
-        m_pCurrentObject == nullptr ? m_Tables.end() : m_Tables.find(m_pCurrentObject->GetNameOfClass());
+        m_pCurrentObject == nullptr ? m_Tables.end() : m_Tables.find(NameOfClass(*m_pCurrentObject));
     if (table == m_Tables.end()) {
         return -1;
     }
@@ -228,7 +228,7 @@ int WDatabase::CreateColumn(const std::wstring& name, const std::wstring& typeNa
 }
 
 void WDatabase::AlterTable(const WPersistentObject& object, const std::vector<column>& newColumns) {
-    const auto table = FindTable(object.GetNameOfClass());
+    const auto table = FindTable(NameOfClass(object));
     if (table == m_Tables.end() || std::any_of(newColumns.begin(), newColumns.end(), [&](const column& each) {
             return GetColumnIndexFromName(table, each.name) > 0;
         })) {
@@ -254,7 +254,7 @@ void WDatabase::AlterTable(const WPersistentObject& object, const std::vector<co
 }
 
 void WDatabase::DropTable(const WPersistentObject& object) {
-    const std::wstring name = object.GetNameOfClass();
+    const std::wstring name = NameOfClass(object);
     if (!m_TransactionModes.empty() || !HasTable(name)) {
         return;
     }
@@ -267,7 +267,7 @@ void WDatabase::DropTable(const WPersistentObject& object) {
 
 void WDatabase::RenameTable(const WPersistentObject& object, const std::wstring& oldName,
                             const std::wstring& newName) {
-    if (!m_TransactionModes.empty() || !HasTable(object.GetNameOfClass())) {
+    if (!m_TransactionModes.empty() || !HasTable(NameOfClass(object))) {
         return;
     }
     ClearQueryStream();
@@ -281,7 +281,7 @@ int WDatabase::GetColumnIndexFromName(const std::wstring& name) const {
     if (m_pCurrentObject == nullptr) {
         return 1;
     }
-    const auto table = m_Tables.find(m_pCurrentObject->GetNameOfClass());
+    const auto table = m_Tables.find(NameOfClass(*m_pCurrentObject));
     return table == m_Tables.end() ? 1 : GetColumnIndexFromName(table, name);
 }
 

@@ -46,20 +46,34 @@ void Debug(const std::wstring& text) {
 class WDatabase::CurrentObject {
 public:
     CurrentObject(WDatabase& database, WPersistentObject& object)
-        : m_database(database), m_former(database.m_pCurrentObject) {
+        : m_database(database), m_former(database.m_pCurrentObject), m_formerNamed(database.m_pNamedObject),
+          m_formerName(std::move(database.m_sNameOfClass)) {
         m_database.m_pCurrentObject = &object;
-        m_database.m_sLastClass = object.GetNameOfClass();
+        m_database.m_sNameOfClass = object.GetNameOfClass();
+        m_database.m_pNamedObject = &object;
+        m_database.m_sLastClass = m_database.m_sNameOfClass;
         m_database.m_nLastGroup = object.GetGroupID();
         m_database.m_nLastObject = object.GetObjectID();
     }
-    ~CurrentObject() { m_database.m_pCurrentObject = m_former; }
+    ~CurrentObject() {
+        m_database.m_pCurrentObject = m_former;
+        m_database.m_pNamedObject = m_formerNamed;
+        m_database.m_sNameOfClass = std::move(m_formerName);
+    }
     CurrentObject(const CurrentObject&) = delete;
     CurrentObject& operator=(const CurrentObject&) = delete;
 
 private:
     WDatabase& m_database;
     WPersistentObject* m_former;
+    const WPersistentObject* m_formerNamed;
+    std::wstring m_formerName;
 };
+
+/// An object makes its name anew each time: that of the one in hand is kept.
+std::wstring WDatabase::NameOfClass(const WPersistentObject& object) const {
+    return &object == m_pNamedObject ? m_sNameOfClass : object.GetNameOfClass();
+}
 
 void WDatabase::Write(WPersistentObject& object, bool bDeep) {
     const CurrentObject current(*this, object);
@@ -184,7 +198,7 @@ void WDatabase::DeleteOldComponents(WPersistentObject& object) {
     } catch (...) {
         Debug(L"Unexpected database error. Unable to clear"
               L"clear old data before writing updated data\t" +
-              object.GetNameOfClass() + L"(" + std::to_wstring(object.GetGroupID()) + L", " +
+              NameOfClass(object) + L"(" + std::to_wstring(object.GetGroupID()) + L", " +
               std::to_wstring(object.GetObjectID()) + L")\n");
     }
 }
@@ -203,7 +217,7 @@ void WDatabase::DeleteObject(WPersistentObject& object, bool bDeep) {
     m_NewColumns.clear();
     m_pCurrentObject = &object;
     ClearQueryStream();
-    const std::wstring table = object.GetNameOfClass();
+    const std::wstring table = NameOfClass(object);
     if (HasTable(table)) {
         m_QueryStream << L"DELETE FROM " << Quoted(table) << KeyCondition(object);
         if (m_pDialect->KeepsStatements()) {
@@ -298,7 +312,7 @@ void WDatabase::RemoveAllParameters(parameterList& parameters) {
 }
 
 void WDatabase::SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters) {
-    const auto table = tables.find(object.GetNameOfClass());
+    const auto table = tables.find(NameOfClass(object));
     for (const std::unique_ptr<parameter>& each : parameters) {
         each->columnIndex = table == tables.end() ? -1 : GetColumnIndexFromName(table, each->name);
     }
@@ -315,8 +329,8 @@ void WDatabase::StartInsertion(WPersistentObject& object) {
     }
     odbc::FreeStmt(m_hStmt, odbc::kClose);
     odbc::FreeStmt(m_hStmt, odbc::kResetParams);
-    if (!HasTable(object.GetNameOfClass())) {
-        throw WNEODBCError(L"Table " + object.GetNameOfClass() + L" does not exist.");
+    if (!HasTable(NameOfClass(object))) {
+        throw WNEODBCError(L"Table " + NameOfClass(object) + L" does not exist.");
     }
     AddToCheckSum(object.GetGroupID());
     AddToCheckSum(object.GetObjectID());
@@ -332,7 +346,7 @@ void WDatabase::FinishInsertion(WPersistentObject& object) {
     std::wstring checkSum = CalculateCheckSum(m_CheckSumText);
     ReplaceZeros(checkSum);
     const bool isUpdate = Exists(object, nullptr);
-    if (!isUpdate && HasColumn(object.GetNameOfClass(), L"RecID")) {
+    if (!isUpdate && HasColumn(NameOfClass(object), L"RecID")) {
         Insert(L"RecID", WGuid::GetNextGuid());
     }
     Insert(L"checkSum", checkSum);
@@ -360,7 +374,7 @@ void WDatabase::ComposeStatement(const WPersistentObject& object, bool isUpdate)
         }
     }
     ClearQueryStream();
-    const std::wstring table = Quoted(object.GetNameOfClass()) + m_pDialect->WriteHint();
+    const std::wstring table = Quoted(NameOfClass(object)) + m_pDialect->WriteHint();
     if (isUpdate) {
         m_QueryStream << L"UPDATE " << table << L" SET " << columns << KeyCondition(object);
     } else {
@@ -485,7 +499,7 @@ void WDatabase::SendDataAtExecution(const WPersistentObject& object) {
 }
 
 bool WDatabase::Exists(const WPersistentObject& object, long* pVersion) {
-    const std::wstring table = object.GetNameOfClass();
+    const std::wstring table = NameOfClass(object);
     if (!HasTable(table)) {
         return false;
     }
