@@ -127,7 +127,9 @@ long WDatabase::EscapeString(unsigned char* out, const unsigned char* in, long l
 }
 
 void WDatabase::AddToCheckSum(long value) {
-    m_CheckSumText += std::to_wstring(value);
+    char text[32];
+    const std::to_chars_result end = std::to_chars(std::begin(text), std::end(text), value);
+    m_CheckSumText.append(static_cast<const char*>(text), static_cast<const char*>(end.ptr));
 }
 
 /// Five significant digits, whatever the locale and the C library.
