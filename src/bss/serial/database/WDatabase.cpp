@@ -358,16 +358,11 @@ void WDatabase::RunQuery(const std::wstring& query, const std::function<void(voi
     ReadAnswer(odbc::ExecDirect(statement.Handle(), query), statement.Handle(), read);
 }
 
-void WDatabase::RunKeyQuery(const std::wstring& query, const WPersistentObject& object,
+void WDatabase::RunKeyQuery(void* statement, const WPersistentObject& object,
                             const std::function<void(void* statement)>& read) {
-    if (!m_pDialect->KeepsStatements()) {
-        RunQuery(query, read);
-        return;
-    }
-    const odbc::Handle statement = StatementFor(query);
     BindKey(statement, 1, object);
     const Reset reset(statement);
-    ReadAnswer(RunStatement(statement, query), statement, read);
+    ReadAnswer(odbc::Execute(statement), statement, read);
 }
 
 void WDatabase::ReadAnswer(std::int16_t result, void* statement,

@@ -286,6 +286,20 @@ private:
     class Reset;
     class CurrentObject;
 
+    /// The kept statements of a table, so that their texts need not be made to find them; null before.
+    struct KeptTable {
+        /// For values of these columns.
+        struct Change {
+            std::vector<std::wstring> columns;
+            void* statement = nullptr;
+        };
+        void* exists = nullptr;
+        void* select = nullptr;
+        std::vector<column> selected; ///< with the ordinals that they have in the selection
+        Change insert;
+        Change update;
+    };
+
     [[noreturn]] void FailToConnect(const wchar_t* debugText, void* handle, short handleType);
     void OpenConnection(bool isFile);
     void ReadCapabilities(bool isFile);
@@ -300,8 +314,8 @@ private:
     void RunQuery(const std::wstring& query, const std::function<void(void* statement)>& read);
     void ReadAnswer(std::int16_t result, void* statement,
                     const std::function<void(void* statement)>& read) const;
-    /// The same on the statement of an object's row, where the dialect keeps it.
-    void RunKeyQuery(const std::wstring& query, const WPersistentObject& object,
+    /// The same on a kept statement for an object's row.
+    void RunKeyQuery(void* statement, const WPersistentObject& object,
                      const std::function<void(void* statement)>& read);
     void RetrieveRow(const WPersistentObject& object, const std::vector<column>& columns);
     void DemandNoError(std::int16_t result, void* statement) const;
@@ -328,6 +342,8 @@ private:
     void RollBack() noexcept;
     void DeleteOldComponents(WPersistentObject& object);
     void ComposeStatement(const WPersistentObject& object, bool isUpdate);
+    void* ChangeFor(const WPersistentObject& object, bool isUpdate);
+    const KeptTable& SelectionFor(const WPersistentObject& object, const std::vector<column>& columns);
     void BindParameters(const WPersistentObject& object, bool isUpdate);
     void MakeDriverForm(parameter& value) const;
     bool BindParameter(parameter& value);
@@ -393,6 +409,7 @@ private:
     void* m_hStmtSchema = nullptr;
     void* m_hRow = nullptr; ///< of the object in hand: m_hStmt or one of the kept ones
     std::map<std::wstring, void*> m_KeptStatements;    ///< by their texts
+    std::map<std::wstring, KeptTable> m_KeptTables;    ///< by their names
     std::int64_t m_aKey[2] = {};                       ///< what the markers of a key are bound to
     std::wstring m_sSchema;                            ///< whose tables are meant; empty: all
     WPersistentObject* m_pCurrentObject = nullptr;     ///< not owned; null outside Read, Write and Delete

@@ -48,7 +48,13 @@ void WDatabase::StartRetrieval(WPersistentObject& object) {
 }
 
 /// By named columns: what other programs add or move does not matter then.
-void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<column>& columns) {
+const WDatabase::KeptTable& WDatabase::SelectionFor(const WPersistentObject& object,
+                                                    const std::vector<column>& columns) {
+    const std::wstring table = NameOfClass(object);
+    if (const auto kept = m_KeptTables.find(table);
+        kept != m_KeptTables.end() && kept->second.select != nullptr) {
+        return kept->second;
+    }
     std::vector<column> known;
     std::wstring names;
     for (const column& each : columns) {
@@ -58,8 +64,17 @@ void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<c
             known.back().ordinal = static_cast<std::int32_t>(known.size());
         }
     }
-    m_hRow =
-        StatementFor(L"SELECT " + names + L" FROM " + Quoted(NameOfClass(object)) + KeyCondition(object));
+    const odbc::Handle statement =
+        StatementFor(L"SELECT " + names + L" FROM " + Quoted(table) + KeyCondition(object));
+    KeptTable& made = m_KeptTables[table];
+    made.select = statement;
+    made.selected = std::move(known);
+    return made;
+}
+
+void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<column>& columns) {
+    const KeptTable& table = SelectionFor(object, columns);
+    m_hRow = table.select;
     const Reset reset(m_hRow);
     BindKey(m_hRow, 1, object);
     odbc::Result result = odbc::Execute(m_hRow);
@@ -69,7 +84,7 @@ void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<c
     if (!odbc::Succeeded(result)) {
         throw WNESerializerError(GetErrorMsg(m_hRow, odbc::kStatement) + GetPosition(&object, L"*"));
     }
-    for (const column& each : known) {
+    for (const column& each : table.selected) {
         std::unique_ptr<parameter> value = FetchValue(object, each);
         if (value != nullptr) {
             m_Parameters.push_back(std::move(value));

@@ -290,6 +290,7 @@ void WDatabase::DropKeptStatements() {
         odbc::FreeHandle(odbc::kStatement, statement);
     }
     m_KeptStatements.clear();
+    m_KeptTables.clear();
     m_hRow = m_hStmt;
 }
 
@@ -351,15 +352,41 @@ void WDatabase::FinishInsertion(WPersistentObject& object) {
     }
     Insert(L"checkSum", checkSum);
     SortParameters(object, m_Tables, m_Parameters);
-    ComposeStatement(object, isUpdate);
-    m_hRow = StatementFor(m_QueryStream.str());
     if (m_pDialect->KeepsStatements()) {
+        m_hRow = ChangeFor(object, isUpdate);
         odbc::FreeStmt(m_hRow, odbc::kResetParams);
+    } else {
+        m_hRow = m_hStmt;
+        ComposeStatement(object, isUpdate);
     }
     BindParameters(object, isUpdate);
     ExecuteStatement(object);
     RemoveAllParameters(m_Parameters);
     ClearQueryStream();
+}
+
+/// The kept statement that writes the values in hand.
+void* WDatabase::ChangeFor(const WPersistentObject& object, bool isUpdate) {
+    const std::wstring table = NameOfClass(object);
+    const auto changeOf = [isUpdate](KeptTable& kept) -> KeptTable::Change& {
+        return isUpdate ? kept.update : kept.insert;
+    };
+    if (const auto kept = m_KeptTables.find(table); kept != m_KeptTables.end()) {
+        const KeptTable::Change& change = changeOf(kept->second);
+        if (std::equal(m_Parameters.begin(), m_Parameters.end(), change.columns.begin(), change.columns.end(),
+                       [](const auto& value, const std::wstring& name) { return value->name == name; })) {
+            return change.statement;
+        }
+    }
+    ComposeStatement(object, isUpdate);
+    const odbc::Handle statement = StatementFor(m_QueryStream.str());
+    KeptTable::Change& change = changeOf(m_KeptTables[table]);
+    change.statement = statement;
+    change.columns.clear();
+    for (const std::unique_ptr<parameter>& each : m_Parameters) {
+        change.columns.push_back(each->name);
+    }
+    return statement;
 }
 
 void WDatabase::ComposeStatement(const WPersistentObject& object, bool isUpdate) {
@@ -504,9 +531,10 @@ bool WDatabase::Exists(const WPersistentObject& object, long* pVersion) {
         return false;
     }
     bool isThere = false;
-    const std::wstring query =
-        L"SELECT " + Quoted(L"m_nVersion") + L" FROM " + Quoted(table) + KeyCondition(object);
-    RunKeyQuery(query, object, [&](odbc::Handle statement) {
+    const auto query = [&] {
+        return L"SELECT " + Quoted(L"m_nVersion") + L" FROM " + Quoted(table) + KeyCondition(object);
+    };
+    const auto read = [&](odbc::Handle statement) {
         std::int32_t version = 0;
         odbc::Length indicator = 0;
         BindFirstColumn(statement, &version, &indicator);
@@ -517,7 +545,17 @@ bool WDatabase::Exists(const WPersistentObject& object, long* pVersion) {
         if (isThere && pVersion != nullptr) {
             *pVersion = version;
         }
-    });
+    };
+    if (!m_pDialect->KeepsStatements()) {
+        RunQuery(query(), read);
+        return isThere;
+    }
+    odbc::Handle statement = m_KeptTables[table].exists;
+    if (statement == nullptr) {
+        statement = StatementFor(query());
+        m_KeptTables[table].exists = statement;
+    }
+    RunKeyQuery(statement, object, read);
     return isThere;
 }
 
