@@ -230,7 +230,7 @@ std::int16_t WDatabase::FetchPieces(const parameter& value, std::int16_t cType, 
                                     std::string* bytes, bool* isNull) {
     const bool endsPlainly = m_pDialect->KeepsStatements();
     const auto ordinal = static_cast<std::uint16_t>(value.columnIndex);
-    std::size_t room = endsPlainly ? 2048 : 260;
+    std::size_t room = endsPlainly ? 1024 : 260; // what an allocator has at hand
     for (;;) {
         const std::size_t start = bytes->size();
         bytes->resize(start + room);
