@@ -293,9 +293,14 @@ private:
             std::vector<std::wstring> columns;
             void* statement = nullptr;
         };
+        struct Selected {
+            parameter::e_kind kind;
+            std::wstring name;
+            std::int32_t ordinal; ///< in the selection
+        };
         void* exists = nullptr;
         void* select = nullptr;
-        std::vector<column> selected; ///< with the ordinals that they have in the selection
+        std::vector<Selected> selected;
         Change insert;
         Change update;
     };
@@ -350,7 +355,8 @@ private:
     void ExecuteStatement(const WPersistentObject& object);
     void SendDataAtExecution(const WPersistentObject& object);
     [[noreturn]] void FailStatement(const std::wstring& text);
-    std::unique_ptr<parameter> FetchValue(const WPersistentObject& object, const column& from);
+    std::unique_ptr<parameter> FetchValue(const WPersistentObject& object, parameter::e_kind kind,
+                                          const std::wstring& name, std::int32_t ordinal);
     std::int16_t FetchFixed(parameter& value);
     std::int16_t FetchBinary(parameter& value, bool* isThere);
     std::int16_t FetchWholeBinary(parameter& value, bool* isThere);

@@ -31,16 +31,17 @@ void WDatabase::StartRetrieval(WPersistentObject& object) {
     ClearCheckSumStream();
     AddToCheckSum(object.GetGroupID());
     AddToCheckSum(object.GetObjectID());
-    odbc::FreeStmt(m_hStmt, odbc::kClose);
-    odbc::FreeStmt(m_hStmt, odbc::kResetParams);
-    m_hRow = m_hStmt;
     if (m_pDialect->KeepsStatements()) {
         RetrieveRow(object, table->second);
         return;
     }
+    odbc::FreeStmt(m_hStmt, odbc::kClose);
+    odbc::FreeStmt(m_hStmt, odbc::kResetParams);
+    m_hRow = m_hStmt;
     SendSelectQuery(L"*", m_hStmt);
     for (const column& each : table->second) {
-        std::unique_ptr<parameter> value = FetchValue(object, each);
+        std::unique_ptr<parameter> value =
+            FetchValue(object, m_pDialect->KindOfType(each.type), each.name, each.ordinal);
         if (value != nullptr) {
             m_Parameters.push_back(std::move(value));
         }
@@ -55,13 +56,13 @@ const WDatabase::KeptTable& WDatabase::SelectionFor(const WPersistentObject& obj
         kept != m_KeptTables.end() && kept->second.select != nullptr) {
         return kept->second;
     }
-    std::vector<column> known;
+    std::vector<KeptTable::Selected> known;
     std::wstring names;
     for (const column& each : columns) {
-        if (m_pDialect->KindOfType(each.type) != parameter::kindNone) {
+        const parameter::e_kind kind = m_pDialect->KindOfType(each.type);
+        if (kind != parameter::kindNone) {
             names += (names.empty() ? L"" : L", ") + m_pDialect->Fetched(each);
-            known.push_back(each);
-            known.back().ordinal = static_cast<std::int32_t>(known.size());
+            known.push_back({kind, each.name, static_cast<std::int32_t>(known.size()) + 1});
         }
     }
     const odbc::Handle statement =
@@ -84,8 +85,8 @@ void WDatabase::RetrieveRow(const WPersistentObject& object, const std::vector<c
     if (!odbc::Succeeded(result)) {
         throw WNESerializerError(GetErrorMsg(m_hRow, odbc::kStatement) + GetPosition(&object, L"*"));
     }
-    for (const column& each : table.selected) {
-        std::unique_ptr<parameter> value = FetchValue(object, each);
+    for (const KeptTable::Selected& each : table.selected) {
+        std::unique_ptr<parameter> value = FetchValue(object, each.kind, each.name, each.ordinal);
         if (value != nullptr) {
             m_Parameters.push_back(std::move(value));
         }
@@ -109,13 +110,13 @@ void WDatabase::SendSelectQuery(const std::wstring& columns, void* statement) {
 /// The value of a column in the row that was fetched; null for a column of a type that is not known, and for
 /// binary data that is not there.
 std::unique_ptr<WDatabase::parameter> WDatabase::FetchValue(const WPersistentObject& object,
-                                                            const column& from) {
-    const parameter::e_kind kind = m_pDialect->KindOfType(from.type);
+                                                            parameter::e_kind kind, const std::wstring& name,
+                                                            std::int32_t ordinal) {
     if (kind == parameter::kindNone) {
         return nullptr;
     }
-    auto value = std::make_unique<parameter>(kind, from.name, nullptr, 0, object.GetVersion());
-    value->columnIndex = from.ordinal;
+    auto value = std::make_unique<parameter>(kind, name, nullptr, 0, object.GetVersion());
+    value->columnIndex = ordinal;
     bool isThere = true;
     odbc::Result result = odbc::kSuccess;
     switch (kind) {
@@ -131,7 +132,7 @@ std::unique_ptr<WDatabase::parameter> WDatabase::FetchValue(const WPersistentObj
         result = FetchFixed(*value);
     }
     if (!odbc::Succeeded(result)) {
-        FailStatement(GetErrorMsg(m_hRow, odbc::kStatement) + GetPosition(&object, from.name));
+        FailStatement(GetErrorMsg(m_hRow, odbc::kStatement) + GetPosition(&object, name));
     }
     if (!isThere) {
         value.reset();

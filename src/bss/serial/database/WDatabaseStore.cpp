@@ -328,8 +328,10 @@ void WDatabase::StartInsertion(WPersistentObject& object) {
     if (IsSchemaPass()) {
         return;
     }
-    odbc::FreeStmt(m_hStmt, odbc::kClose);
-    odbc::FreeStmt(m_hStmt, odbc::kResetParams);
+    if (!m_pDialect->KeepsStatements()) {
+        odbc::FreeStmt(m_hStmt, odbc::kClose);
+        odbc::FreeStmt(m_hStmt, odbc::kResetParams);
+    }
     if (!HasTable(NameOfClass(object))) {
         throw WNEODBCError(L"Table " + NameOfClass(object) + L" does not exist.");
     }
