@@ -43,10 +43,11 @@ protected:
         for (int i = 0; i < 3; ++i) {
             EXPECT_TRUE(read.texts[i] == written.texts[i]) << i;
             EXPECT_TRUE(read.blocks[i] == written.blocks[i]) << i;
-            // Bit by bit: zero has a sign.
-            EXPECT_EQ(std::bit_cast<std::uint64_t>(read.numbers[i]),
-                      std::bit_cast<std::uint64_t>(written.numbers[i]))
-                << written.numbers[i];
+            // Bit by bit: zero has a sign. NaN has none in most back-ends.
+            const bool isNan = std::isnan(written.numbers[i]) && std::isnan(read.numbers[i]);
+            EXPECT_TRUE(isNan || std::bit_cast<std::uint64_t>(read.numbers[i]) ==
+                                     std::bit_cast<std::uint64_t>(written.numbers[i]))
+                << written.numbers[i] << ' ' << read.numbers[i];
         }
     }
 };
@@ -119,13 +120,16 @@ TEST_P(Store, AnyTextComesBack) {
 
 TEST_P(Store, AnyDoubleComesBack) {
     using Limits = std::numeric_limits<double>;
-    std::vector<double> numbers = {0.1,           1.0 / 3,          Limits::denorm_min(), -Limits::min(),
-                                   Limits::max(), Limits::lowest(), Limits::infinity()};
-    const bool hasAll = !IsFile();
-    if (hasAll) {
-        numbers.push_back(-0.0);
-        numbers.push_back(Limits::quiet_NaN());
-    }
+    std::vector<double> numbers = {0.1,
+                                   1.0 / 3,
+                                   Limits::denorm_min(),
+                                   -Limits::min(),
+                                   Limits::max(),
+                                   Limits::lowest(),
+                                   Limits::infinity(),
+                                   -0.0,
+                                   Limits::quiet_NaN(),
+                                   -Limits::quiet_NaN()};
     std::minstd_rand random(1);
     for (int i = 0; i < 100; ++i) {
         numbers.push_back(
@@ -135,19 +139,6 @@ TEST_P(Store, AnyDoubleComesBack) {
         Long written;
         written.numbers[1] = number;
         ExpectToComeBack(written);
-    }
-    if (!hasAll) {
-        Long written;
-        written.numbers[1] = -0.0;
-        ASSERT_EQ(FailureOf([&] { written.Write(&m_database, 0, true); }), "");
-        Long read;
-        EXPECT_EQ(FailureOf([&] { read.Read(&m_database, 0, true); }), "");
-        EXPECT_EQ(read.numbers[1], 0.0);
-        written.numbers[1] = Limits::quiet_NaN();
-        EXPECT_NE(FailureOf([&] { written.Write(&m_database, 0, true); })
-                      .find("cannot write column 'n1': its value is not a number, for which this database "
-                            "has no form"),
-                  std::string::npos);
     }
 }
 
@@ -160,6 +151,13 @@ TEST_P(Store, GuidsLieInColumnsWithTheirOwnBytes) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return static_cast<char>(std::toupper(c)); });
     EXPECT_EQ(text, "01234567-89AB-CDEF-0102-030405060708");
+}
+
+// Its checksum holds both halves of a surrogate pair, which come back as one character.
+TEST_P(Store, AnyChecksumIsFoundAgain) {
+    Tree tree(910, 0, 0);
+    ASSERT_EQ(FailureOf([&] { tree.Write(&m_database, 0, true); }), "");
+    EXPECT_EQ(FailureOf([&] { tree.Read(&m_database, 0, true); }), "");
 }
 
 TEST_P(Store, DeepWritesReadsAndDeletesReachAllParts) {

@@ -363,7 +363,7 @@ private:
     std::int16_t FetchText(parameter& value);
     std::int16_t FetchPieces(const parameter& value, std::int16_t cType, std::size_t endUnit,
                              std::string* bytes, bool* isNull);
-    void SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters);
+    static void SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters);
     static void RemoveAllParameters(parameterList& parameters);
 
     // The forms that values have in the checksum's text, the same on all systems.

@@ -61,7 +61,7 @@ const WDatabase::KeptTable& WDatabase::SelectionFor(const WPersistentObject& obj
     for (const column& each : columns) {
         const parameter::e_kind kind = m_pDialect->KindOfType(each.type);
         if (kind != parameter::kindNone) {
-            names += (names.empty() ? L"" : L", ") + m_pDialect->Fetched(each);
+            names += (names.empty() ? L"" : L", ") + m_pDialect->Selected(each.name, kind);
             known.push_back({kind, each.name, static_cast<std::int32_t>(known.size()) + 1});
         }
     }

@@ -313,7 +313,7 @@ void WDatabase::RemoveAllParameters(parameterList& parameters) {
 }
 
 void WDatabase::SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters) {
-    const auto table = tables.find(NameOfClass(object));
+    const auto table = tables.find(object.GetNameOfClass());
     for (const std::unique_ptr<parameter>& each : parameters) {
         each->columnIndex = table == tables.end() ? -1 : GetColumnIndexFromName(table, each->name);
     }
@@ -440,6 +440,12 @@ void WDatabase::MakeDriverForm(parameter& value) const {
         GUID guid{};
         std::memcpy(&guid, value.data.get(), sizeof(guid));
         value.driverForm = platform::Utf8FromWide(WGuid::GetAsText(guid));
+    } else if (value.kind == parameter::kindDouble) {
+        double number = 0.0;
+        std::memcpy(&number, value.data.get(), sizeof(number));
+        if (std::string special = m_pDialect->FormOfNumber(number); !special.empty()) {
+            value.driverForm = std::move(special);
+        }
     }
 }
 
@@ -462,7 +468,7 @@ bool WDatabase::BindParameter(parameter& value) {
     Types type = types[value.kind];
     if (value.kind == parameter::kindText && m_pDialect->GetTextForm() == SqlDialect::textEscapedUtf8) {
         type = {odbc::kCChar, odbc::kLongVarChar};
-    } else if (value.kind == parameter::kindGuid && value.driverForm) {
+    } else if (value.kind != parameter::kindText && value.driverForm) {
         type = {odbc::kCChar, odbc::kVarChar};
     }
     const bool hasLength =

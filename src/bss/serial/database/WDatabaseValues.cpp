@@ -132,8 +132,9 @@ void WDatabase::AddToCheckSum(long value) {
     m_CheckSumText.append(static_cast<const char*>(text), static_cast<const char*>(end.ptr));
 }
 
-/// Five significant digits, whatever the locale and the C library.
+/// Five significant digits, whatever the locale and the C library. NaN has no sign: back-ends drop it.
 void WDatabase::AddToCheckSum(double value) {
+    value = std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value;
     char text[32];
     const std::to_chars_result end =
         std::to_chars(std::begin(text), std::end(text), value, std::chars_format::scientific, 4);
@@ -246,13 +247,6 @@ void WDatabase::Insert(const std::wstring& key, double value) {
     CreateColumn(key, m_DataTypes[m_nDoubleType]);
     if (IsSchemaPass()) {
         return;
-    }
-    if (!m_pDialect->HasAllDoubles()) {
-        if (std::isnan(value)) {
-            throw WNESerializerError(L"cannot write column '" + key +
-                                     L"': its value is not a number, for which this database has no form");
-        }
-        value += 0.0; // a negative zero becomes zero
     }
     AddToCheckSum(value);
     AddParameter(parameter::kindDouble, key, &value, sizeof(value));

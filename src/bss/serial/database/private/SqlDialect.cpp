@@ -1,6 +1,7 @@
 #include "bss/serial/database/private/SqlDialect.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <initializer_list>
 #include <string_view>
@@ -72,6 +73,14 @@ public:
         }
         return statements;
     }
+    /// Its driver rounds floating point to 15 digits, and takes any number of them as text.
+    std::wstring Selected(const std::wstring& columnName, parameter::e_kind kind) const override {
+        const std::wstring name = Quoted(columnName);
+        return kind == parameter::kindDouble
+                   ? L"CASE typeof(" + name + L") WHEN 'real' THEN printf('%!.20g', " + name + L") ELSE " +
+                         name + L" END"
+                   : name;
+    }
     std::wstring NameOfType(std::int16_t sqlType) const override {
         return sqlType == odbc::kWLongVarChar ? L"LONGCHAR" : sqlType == odbc::kGuid ? L"GUID" : L"";
     }
@@ -79,16 +88,14 @@ public:
     parameter::e_kind KindOfType(const std::wstring& typeName) const override {
         return typeName == L"integer" ? parameter::kindInteger : SqlDialect::KindOfType(typeName);
     }
-    /// Of a double its driver would give 15 digits.
-    std::wstring Fetched(const column& from) const override {
-        const std::wstring name = Quoted(from.name);
-        return KindOfType(from.type) == parameter::kindDouble ? L"printf('%!.20g', " + name + L")" : name;
-    }
-    bool HasAllDoubles() const override { return false; }
     /// Two processes that have read could each wait for the other one's end before they may write. There is
     /// no word for the lock inside a transaction; this begins to write and finds nothing to do.
     std::wstring LockForWriting() const override { return L"PRAGMA incremental_vacuum(1)"; }
     e_text GetTextForm() const override { return textEscapedUtf8; }
+    /// It has NULL for NaN and 0 for -0. As texts they stay, and the driver reads them as the numbers.
+    std::string FormOfNumber(double number) const override {
+        return std::isnan(number) ? "nan" : number == 0.0 && std::signbit(number) ? "-0x0" : "";
+    }
     bool HasGuidText() const override { return true; }
     bool KeepsStatements() const override { return true; }
 };
@@ -196,6 +203,10 @@ std::wstring SqlDialect::Quoted(const std::wstring& name) const {
     return name;
 }
 
+std::wstring SqlDialect::Selected(const std::wstring& columnName, parameter::e_kind /*kind*/) const {
+    return Quoted(columnName);
+}
+
 std::wstring SqlDialect::SchemaQuery() const {
     return {};
 }
@@ -235,14 +246,6 @@ WDatabase::parameter::e_kind SqlDialect::KindOfType(const std::wstring& typeName
                              {L"uniqueidentifier", parameter::kindGuid}});
 }
 
-std::wstring SqlDialect::Fetched(const column& from) const {
-    return Quoted(from.name);
-}
-
-bool SqlDialect::HasAllDoubles() const {
-    return true;
-}
-
 std::wstring SqlDialect::LockForWriting() const {
     return {};
 }
@@ -253,6 +256,10 @@ std::wstring SqlDialect::FixStateForReading() const {
 
 SqlDialect::e_text SqlDialect::GetTextForm() const {
     return textUtf16;
+}
+
+std::string SqlDialect::FormOfNumber(double /*number*/) const {
+    return {};
 }
 
 bool SqlDialect::HasGuidText() const {

@@ -44,16 +44,14 @@ public:
     /// What stands behind a table's name when it is written or read.
     virtual std::wstring WriteHint() const;
     virtual std::wstring ReadHint() const;
+    /// What a SELECT names for a column, so that its value comes whole.
+    virtual std::wstring Selected(const std::wstring& columnName, parameter::e_kind kind) const;
 
     /// The back-end's name for an ODBC type of which its driver tells nothing; empty if it has none.
     virtual std::wstring NameOfType(std::int16_t sqlType) const;
     /// Whether the columns of a table tell their type by name rather than by number.
     virtual bool HasTypeNames() const;
     virtual parameter::e_kind KindOfType(const std::wstring& typeName) const;
-    /// What stands for a column in the list of those that are fetched.
-    virtual std::wstring Fetched(const column& from) const;
-    /// Whether doubles have a negative zero and one that is not a number.
-    virtual bool HasAllDoubles() const;
     /// A statement that changes nothing and takes the lock of writers; empty: none is needed.
     virtual std::wstring LockForWriting() const;
     /// A statement by which the queries of a transaction all see one state; empty: none is needed, or there
@@ -61,6 +59,8 @@ public:
     virtual std::wstring FixStateForReading() const;
 
     virtual e_text GetTextForm() const;
+    /// What goes in the place of a number that the back-end cannot hold; empty for all others.
+    virtual std::string FormOfNumber(double number) const;
     /// Whether GUIDs go as their text.
     virtual bool HasGuidText() const;
     /// Whether the statements of objects are prepared once a connection and kept, with markers for keys, and
