@@ -50,17 +50,20 @@ TEST_P(Crash, KilledWritersLeaveTheOldOrTheNewState) {
     const char* const rounds = std::getenv("KRTBSS_TEST_KILLS"); // fewer where processes start slowly
     const int kills = rounds != nullptr ? std::atoi(rounds) : IsFile() ? 200 : 50;
     std::minstd_rand random(1);
+    long latest = 20'000; // microseconds
     int changes = 0;
     long former = 0;
     for (int i = 0; i < kills && !HasFailure(); ++i) {
         SCOPED_TRACE(i);
-        ChildProcess child = Start("loop");
+        ChildProcess child = Start("loop", {std::to_string(1000L * i + 1000)});
         ASSERT_EQ(child.ReadLine(), "ready");
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 20'000));
+        std::this_thread::sleep_for(std::chrono::microseconds(static_cast<long>(random()) % latest));
         child.Kill();
         ASSERT_EQ(child.Wait(), ChildProcess::killed);
         const long value = ExpectWhole();
+        // About every second one is to come as far as to the end of a write, however slow the machine is.
         changes += value == former ? 0 : 1;
+        latest = value == former ? std::min(2 * latest, 1'000'000L) : std::max(latest / 2, 1'000L);
         former = value;
     }
     EXPECT_EQ(m_database.GetRowCount(L"Tree"), 3);

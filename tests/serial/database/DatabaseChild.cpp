@@ -1,6 +1,8 @@
 // Writes trees to a database, KIND being "file" or "source":
 //
-//     loop KIND NAME                 until it is killed or a write fails; each write changes all of tree 1
+//     loop KIND NAME FIRST           until it is killed or a write fails; each write changes all of tree 1,
+//     to
+//                                    FIRST, FIRST + 1, ...
 //     times KIND NAME NUMBER FIRST   so many times tree 1, with the values FIRST, FIRST + 1, ..., and as
 //                                    often a new bush of that number
 //
@@ -12,6 +14,7 @@
 #include "bss/exception/WNestedException.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -43,7 +46,7 @@ bool Write(bss::WDatabase& database, Tree& tree, long value) {
 } // namespace
 
 int main(int count, char** arguments) {
-    if (count < 4) {
+    if (count < 5) {
         return 2;
     }
     bss::WDatabase database;
@@ -55,7 +58,8 @@ int main(int count, char** arguments) {
     std::fflush(stdout);
     if (std::string(arguments[1]) == "loop") {
         // Not for ever, should nobody be there to kill it.
-        for (long value = 1; value < 100'000 && Write(database, tree, value); ++value) {
+        const long end = std::atol(arguments[4]) + 100'000;
+        for (long value = end - 100'000; value < end && Write(database, tree, value); ++value) {
         }
         return 1;
     }
