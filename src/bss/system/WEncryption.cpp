@@ -4,6 +4,7 @@
 #include "platform/text.h"
 
 #include <cstddef>
+#include <cstring>
 
 namespace bss {
 
@@ -12,12 +13,23 @@ namespace {
 using des::BlockSize;
 using des::Mode;
 
+constexpr unsigned char builtInKey[] = "MaDeUpTrIpLeDeSkEy352+=~";
 unsigned char keyBytes[] = "MaDeUpTrIpLeDeSkEy352+=~";
-static_assert(sizeof(keyBytes) == 24 + 1);
+static_assert(sizeof(keyBytes) == 24 + 1 && sizeof(builtInKey) == sizeof(keyBytes));
+
+/// The sub-keys take as long to make as a block: those of the built-in key are kept.
+des::TripleSchedule KeysFor(Mode mode) {
+    static const des::TripleSchedule encrypt = des::ThreeKeySchedule(builtInKey, Mode::Encrypt);
+    static const des::TripleSchedule decrypt = des::ThreeKeySchedule(builtInKey, Mode::Decrypt);
+    if (std::memcmp(WEncryption::m_Key, builtInKey, 24) == 0) {
+        return mode == Mode::Encrypt ? encrypt : decrypt;
+    }
+    return des::ThreeKeySchedule(WEncryption::m_Key, mode);
+}
 
 /// All of `bytes`, filled up to whole blocks, in place.
 void CryptInPlace(std::string& bytes, Mode mode) {
-    const des::TripleSchedule keys = des::ThreeKeySchedule(WEncryption::m_Key, mode);
+    const des::TripleSchedule keys = KeysFor(mode);
     bytes.resize((bytes.size() + BlockSize - 1) / BlockSize * BlockSize, '\0');
     auto* block = reinterpret_cast<unsigned char*>(bytes.data());
     std::size_t blocks = bytes.size() / BlockSize;
