@@ -266,8 +266,9 @@ private:
     Statement m_select{
         m_connection,
         "SELECT RecID, m_nVersion, groupID, objectID, checkSum, isOpen, channel, photons, "
-        "printf('%!.20g', angle), printf('%!.20g', intensity), name, samples FROM Reading WHERE "
-        "groupID = ? AND objectID = ?"};
+        "CASE typeof(angle) WHEN 'real' THEN printf('%!.20g', angle) ELSE angle END, "
+        "CASE typeof(intensity) WHEN 'real' THEN printf('%!.20g', intensity) ELSE intensity END, "
+        "name, samples FROM Reading WHERE groupID = ? AND objectID = ?"};
 };
 
 class OdbcSeries : public SeriesContestant {
