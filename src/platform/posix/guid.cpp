@@ -1,7 +1,8 @@
 #include "platform/guid.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <sys/random.h>
 
@@ -27,11 +28,25 @@ int StringFromGUID2(REFGUID id, LPWSTR text, int count) {
     if (text == nullptr || count < needed) {
         return 0;
     }
-    char narrow[needed];
-    std::snprintf(narrow, sizeof(narrow), "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", id.Data1,
-                  id.Data2, id.Data3, id.Data4[0], id.Data4[1], id.Data4[2], id.Data4[3], id.Data4[4],
-                  id.Data4[5], id.Data4[6], id.Data4[7]);
-    std::copy_n(narrow, needed, text);
+    const auto write = [&text](std::uint64_t number, int digits) {
+        for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) {
+            *text++ = L"0123456789ABCDEF"[number >> shift & 0xF];
+        }
+    };
+    *text++ = L'{';
+    write(id.Data1, 8);
+    *text++ = L'-';
+    write(id.Data2, 4);
+    *text++ = L'-';
+    write(id.Data3, 4);
+    for (std::size_t i = 0; i < sizeof(id.Data4); ++i) {
+        if (i == 0 || i == 2) {
+            *text++ = L'-';
+        }
+        write(id.Data4[i], 2);
+    }
+    *text++ = L'}';
+    *text = L'\0';
     return needed;
 }
 

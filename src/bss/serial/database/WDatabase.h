@@ -312,6 +312,7 @@ private:
     std::wstring GetInfoText(std::uint16_t what, std::size_t room) const;
     std::wstring NameOfCurrentClass() const;
     std::wstring NameOfClass(const WPersistentObject& object) const;
+    tableIterator CurrentTable() const;
     std::wstring GetPosition(const WPersistentObject* object, const std::wstring& column = {}) const;
     void SetAutoCommit(etransactionmode mode);
     /// Runs a query on a statement of its own; `read` takes the rows, and throws std::runtime_error where it

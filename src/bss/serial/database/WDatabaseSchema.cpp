@@ -213,9 +213,17 @@ void WDatabase::CreateTable(const WPersistentObject& object) {
     DropKeptStatements();
 }
 
+/// Of the object in hand; the end of the tables without one.
+WDatabase::tableIterator WDatabase::CurrentTable() const {
+    if (m_pCurrentObject == nullptr) {
+        return m_Tables.end();
+    }
+    return m_pCurrentObject == m_pNamedObject ? m_Tables.find(m_sNameOfClass)
+                                              : m_Tables.find(m_pCurrentObject->GetNameOfClass());
+}
+
 int WDatabase::CreateColumn(const std::wstring& name, const std::wstring& typeName) {
-    const auto table =
-        m_pCurrentObject == nullptr ? m_Tables.end() : m_Tables.find(NameOfClass(*m_pCurrentObject));
+    const auto table = CurrentTable();
     if (table == m_Tables.end()) {
         return -1;
     }
@@ -278,10 +286,7 @@ void WDatabase::RenameTable(const WPersistentObject& object, const std::wstring&
 }
 
 int WDatabase::GetColumnIndexFromName(const std::wstring& name) const {
-    if (m_pCurrentObject == nullptr) {
-        return 1;
-    }
-    const auto table = m_Tables.find(NameOfClass(*m_pCurrentObject));
+    const auto table = CurrentTable();
     return table == m_Tables.end() ? 1 : GetColumnIndexFromName(table, name);
 }
 
