@@ -1,0 +1,11 @@
+// Entry point where a command line is bytes.
+
+#include "Program.h"
+#include "Progress.h"
+
+#include <iostream>
+
+int main(int count, char** values) {
+    return krtstore::Run({values + (count > 0 ? 1 : 0), values + count}, std::cout, std::cerr,
+                         krtstore::HasTerminal());
+}
