@@ -92,6 +92,19 @@ Kind KindOf(bss::WDatabase::parameter::e_kind kind) {
     }
 }
 
+/// The name of a file in ASCII, whatever its letters.
+std::string Locator(const std::string& file) {
+    constexpr char hex[] = "0123456789ABCDEF";
+    std::string text = "file:";
+    for (const char c : file) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                             c == '/' || c == '.' || c == '-' || c == '_';
+        text += isPlain ? std::string(1, c) : std::string({'%', hex[byte >> 4U], hex[byte & 0xFU]});
+    }
+    return text;
+}
+
 /// The kinds of columns of the store by the driver's number of their type, with those that serve where a
 /// back-end has no such type.
 Kind KindOfNumber(std::int64_t sqlType) {
@@ -294,14 +307,15 @@ void Connection::ConnectFile(const std::string& file) {
     if (std::filesystem::is_directory(status)) {
         throw Failure("The database " + m_sName + " cannot be opened: it is a folder.");
     }
-    if (file.find(';') != std::string::npos) {
-        throw Failure("The database " + m_sName +
-                      " cannot be opened: its driver takes no name with a semicolon.");
-    }
     // A row at a time, no file made, and text as it is.
-    const std::wstring text = L"DRIVER={" KRTSTORE_SQLITE_DRIVER L"};Database=" + Wide(file) +
-                              L";Timeout=10000;NoCreat=1;StepAPI=1;LongNames=0;NoWCHAR=1;";
-    if (!odbc::Succeeded(odbc::DriverConnect(m_Link.connection, text))) {
+    const auto connect = [this](const std::string& name) {
+        return odbc::Succeeded(odbc::DriverConnect(
+            m_Link.connection, L"DRIVER={" KRTSTORE_SQLITE_DRIVER L"};Database=" + Wide(name) +
+                                   L";Timeout=10000;NoCreat=1;StepAPI=1;LongNames=0;NoWCHAR=1;"));
+    };
+    // Not every SQLite takes a locator, and only some drivers take any other name as it is.
+    const bool isConnected = connect(Locator(file)) || (file.find(';') == std::string::npos && connect(file));
+    if (!isConnected) {
         Fail("The database " + m_sName + " cannot be opened", odbc::kConnection, m_Link.connection);
     }
 }
@@ -328,7 +342,10 @@ void Connection::ReadCapabilities() {
         m_sQuote.clear();
     }
     if (m_bTellsStorage) {
-        Query(L"PRAGMA query_only = 1", {}, false, "The database " + m_sName + " cannot be read", {});
+        const std::string failure = "The database " + m_sName + " cannot be read";
+        Query(L"PRAGMA query_only = 1", {}, false, failure, {});
+        // The file itself is looked at by the first statement alone; the list of tables would be empty.
+        Query(L"SELECT COUNT(*) FROM sqlite_master", {Kind::Integer}, false, failure, [](const Row&) {});
     }
 }
 
