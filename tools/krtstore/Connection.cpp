@@ -373,6 +373,7 @@ std::vector<Table> Connection::Tables() {
         schemas.emplace(FetchName(statement.Handle(), 3), schema);
     }
     std::vector<Table> tables;
+    tables.reserve(schemas.size());
     for (const auto& [name, schema] : schemas) {
         tables.push_back({name, ReadColumns(schema, name)});
     }
@@ -404,6 +405,7 @@ std::vector<Column> Connection::ReadColumns(const std::wstring& schema, const st
         columns.emplace(ordinal.integer, std::move(column));
     }
     std::vector<Column> sorted;
+    sorted.reserve(columns.size());
     for (auto& [ordinal, column] : columns) {
         sorted.push_back(std::move(column));
     }
@@ -464,7 +466,7 @@ std::wstring Connection::Quoted(const std::wstring& name) const {
 }
 
 std::wstring Connection::Selected(const Column& column, bool tellsStorage) const {
-    const std::wstring name = Quoted(column.name);
+    std::wstring name = Quoted(column.name);
     if (!tellsStorage) {
         return name;
     }
