@@ -2,6 +2,8 @@
 
 #include "tools/KrtstoreFixture.h"
 
+#include "krtstore/Connection.h"
+
 #include <cstdlib>
 
 namespace {
@@ -133,6 +135,24 @@ TEST_F(Program, AProcessEndsWithItsStatus) {
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.output, "");
     EXPECT_EQ(outcome.errors, "krtstore: There is no database 'no-such.db'.\n");
+}
+
+TEST_F(Program, RowsThatAreReadInTurnsAreAllThereOnce) {
+    for (const long object : {1L, 2L, 3L, 5L, 8L}) {
+        Write(Sample(object));
+    }
+    Execute(L"DROP INDEX Sample_groupID_objectID");
+    Execute(L"UPDATE Sample SET objectID = 3 WHERE objectID = 5");
+    Execute(L"UPDATE Sample SET groupID = -1 WHERE objectID = 8");
+    Execute(L"UPDATE Sample SET groupID = 'x' WHERE objectID = 1");
+    krtstore::Arguments arguments;
+    arguments.file = Database();
+    krtstore::Connection connection(arguments);
+    connection.SetTurn(std::chrono::milliseconds(0));
+    const krtstore::Table table = connection.Tables().at(0);
+    std::string keys;
+    connection.ForEachRow(table, {}, [&](const krtstore::Row& row) { keys += KeyText(table, row); });
+    EXPECT_EQ(keys, "(-1, 8)(3, 2)(3, 3)(3, 3)('x', 1)");
 }
 
 TEST_F(Program, NamesMayBeAnyText) {

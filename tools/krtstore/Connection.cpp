@@ -8,11 +8,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <utility>
 
 namespace krtstore {
 
@@ -237,6 +239,60 @@ Cell GuidFromText(Cell cell) {
     return cell;
 }
 
+std::function<bool(const Row&)> UseAll(const std::function<void(const Row&)>& use) {
+    return [use](const Row& row) {
+        use(row);
+        return true;
+    };
+}
+
+/// Rows in the order of their keys, in turns between which others may write. A turn has one key at least, and
+/// all rows of a key are in one turn.
+class Turns {
+public:
+    using Key = std::pair<std::int64_t, std::int64_t>;
+
+    Turns(const Table& table, std::chrono::milliseconds length, const std::function<void(const Row&)>& use)
+        : m_nGroup(*table.Find(L"groupID")), m_nObject(*table.Find(L"objectID")), m_Length(length),
+          m_Use(use) {}
+
+    void Begin() {
+        m_Start.reset();
+        m_Last.reset();
+        m_Next.reset();
+    }
+    /// False at the end of the turn: the row was not used.
+    bool Use(const Row& row) {
+        const auto now = std::chrono::steady_clock::now();
+        const Cell& group = row[m_nGroup];
+        const Cell& object = row[m_nObject];
+        std::optional<Key> key;
+        if (group.form == Cell::Form::Integer && object.form == Cell::Form::Integer) {
+            key = {group.integer, object.integer};
+        }
+        if (!m_Start) {
+            m_Start = now;
+        } else if (key && key != m_Last && now - *m_Start >= m_Length) {
+            m_Next = key;
+            return false;
+        }
+        m_Last = key;
+        m_Use(row);
+        return true;
+    }
+    /// The key that the next turn begins with; nothing if there were no more rows.
+    const std::optional<Key>& Next() const { return m_Next; }
+
+private:
+    std::size_t m_nGroup;
+    std::size_t m_nObject;
+    std::chrono::milliseconds m_Length;
+    const std::function<void(const Row&)>& m_Use;
+    std::optional<std::chrono::steady_clock::time_point> m_Start;
+    std::optional<Key> m_Last;
+    std::optional<Key> m_Next;
+};
+
 } // namespace
 
 /// Freed at the end of its scope.
@@ -335,17 +391,18 @@ void Connection::ReadCapabilities() {
                   static_cast<std::int16_t>(sizeof(extensions)), nullptr);
     const std::wstring backEnd = InfoText(odbc::kDbmsName);
     m_pDialect = bss::SqlDialect::Make(backEnd, (extensions & (anyColumn | anyOrder)) != 0);
-    m_bTellsStorage = backEnd == L"SQLite";
+    m_bSqlite = backEnd == L"SQLite";
     m_bEscapes = m_pDialect->HasUtf8Text() || backEnd == L"PostgreSQL";
     m_sQuote = InfoText(kIdentifierQuote);
     if (m_sQuote == L" ") {
         m_sQuote.clear();
     }
-    if (m_bTellsStorage) {
+    if (m_bSqlite) {
         const std::string failure = "The database " + m_sName + " cannot be read";
         Query(L"PRAGMA query_only = 1", {}, false, failure, {});
         // The file itself is looked at by the first statement alone; the list of tables would be empty.
-        Query(L"SELECT COUNT(*) FROM sqlite_master", {Kind::Integer}, false, failure, [](const Row&) {});
+        Query(L"SELECT COUNT(*) FROM sqlite_master", {Kind::Integer}, false, failure,
+              UseAll([](const Row&) {}));
     }
 }
 
@@ -420,7 +477,7 @@ Row Connection::CountRows(const Table& table) {
     Query(L"SELECT COUNT(*)" + (hasVersions ? L", MIN(" + version + L"), MAX(" + version + L")" : L"") +
               L" FROM " + Quoted(table.name),
           kinds, false, "Table " + Quote(table.name) + " cannot be read",
-          [&](const Row& row) { counts = row; });
+          UseAll([&](const Row& row) { counts = row; }));
     counts.resize(3);
     return counts;
 }
@@ -431,29 +488,48 @@ std::vector<Row> Connection::RepeatedKeys(const Table& table) {
     Query(L"SELECT " + key + L", COUNT(*) FROM " + Quoted(table.name) + L" GROUP BY " + key +
               L" HAVING COUNT(*) > 1 ORDER BY " + key,
           {Kind::Integer, Kind::Integer, Kind::Integer}, false,
-          "Table " + Quote(table.name) + " cannot be read", [&](const Row& row) { rows.push_back(row); });
+          "Table " + Quote(table.name) + " cannot be read",
+          UseAll([&](const Row& row) { rows.push_back(row); }));
     return rows;
 }
 
 void Connection::ForEachRow(const Table& table, const Key& key, const std::function<void(const Row&)>& use) {
-    const bool tellsStorage = m_bTellsStorage && table.columns.size() <= kMostTold;
+    const bool tellsStorage = m_bSqlite && table.columns.size() <= kMostTold;
     std::wstring sql;
     std::vector<Kind> kinds;
     for (const Column& column : table.columns) {
         sql += (sql.empty() ? L"SELECT " : L", ") + Selected(column, tellsStorage);
         kinds.push_back(column.kind);
     }
-    sql += L" FROM " + Quoted(table.name);
+    sql += L" FROM " + Quoted(table.name) + m_pDialect->ReadHint();
+    const std::string failure = "Table " + Quote(table.name) + " cannot be read";
+    if (!table.HasKey()) {
+        Query(sql, kinds, tellsStorage, failure, UseAll(use));
+        return;
+    }
+    const std::wstring group = Quoted(L"groupID");
+    const std::wstring object = Quoted(L"objectID");
+    const std::wstring order = L" ORDER BY " + group + L", " + object;
     if (key.group) {
-        sql += L" WHERE " + Quoted(L"groupID") + L" = " + std::to_wstring(*key.group);
+        sql += L" WHERE " + group + L" = " + std::to_wstring(*key.group) +
+               (key.object ? L" AND " + object + L" = " + std::to_wstring(*key.object) : L"");
     }
-    if (key.object) {
-        sql += L" AND " + Quoted(L"objectID") + L" = " + std::to_wstring(*key.object);
+    if (key.group || !m_bSqlite) {
+        Query(sql + order, kinds, tellsStorage, failure, UseAll(use));
+        return;
     }
-    if (table.HasKey()) {
-        sql += L" ORDER BY " + Quoted(L"groupID") + L", " + Quoted(L"objectID");
-    }
-    Query(sql, kinds, tellsStorage, "Table " + Quote(table.name) + " cannot be read", use);
+    Turns turns(table, m_Turn, use);
+    std::wstring rest;
+    do {
+        turns.Begin();
+        Query(sql + rest + order, kinds, tellsStorage, failure,
+              [&turns](const Row& row) { return turns.Use(row); });
+        if (turns.Next()) {
+            const std::wstring from = std::to_wstring(turns.Next()->first);
+            rest = L" WHERE " + group + L" >= " + from + L" AND (" + group + L" > " + from + L" OR " +
+                   object + L" >= " + std::to_wstring(turns.Next()->second) + L")";
+        }
+    } while (turns.Next());
 }
 
 std::wstring Connection::Quoted(const std::wstring& name) const {
@@ -478,7 +554,7 @@ std::wstring Connection::Selected(const Column& column, bool tellsStorage) const
 }
 
 void Connection::Query(const std::wstring& sql, const std::vector<Kind>& kinds, bool tellsStorage,
-                       const std::string& failure, const std::function<void(const Row&)>& use) const {
+                       const std::string& failure, const std::function<bool(const Row&)>& use) const {
     const Statement statement(m_Link.connection);
     if (!odbc::Succeeded(odbc::ExecDirect(statement.Handle(), sql))) {
         Fail(failure, odbc::kStatement, statement.Handle());
@@ -495,7 +571,9 @@ void Connection::Query(const std::wstring& sql, const std::vector<Kind>& kinds, 
                 throw Failure(failure, e.Reason(), e.Chain());
             }
         }
-        use(row);
+        if (!use(row)) {
+            return;
+        }
     }
 }
 

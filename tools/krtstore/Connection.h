@@ -18,6 +18,7 @@
 
 #include "platform/odbc.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -52,7 +53,12 @@ public:
         std::optional<std::int64_t> group;
         std::optional<std::int64_t> object;
     };
+    // Where nobody can write while one reads, all rows are read in turns. A row that comes or goes meanwhile
+    // may be among them or not.
     void ForEachRow(const Table& table, const Key& key, const std::function<void(const Row&)>& use);
+
+    // How long a turn is; each has one key at least.
+    void SetTurn(std::chrono::milliseconds turn) { m_Turn = turn; }
 
 private:
     class Statement;
@@ -75,8 +81,9 @@ private:
     std::wstring Quoted(const std::wstring& name) const;
     // A column in a query; with `tellsStorage` how its value is stored stands in front.
     std::wstring Selected(const Column& column, bool tellsStorage) const;
+    // Until `use` answers false.
     void Query(const std::wstring& sql, const std::vector<Kind>& kinds, bool tellsStorage,
-               const std::string& failure, const std::function<void(const Row&)>& use) const;
+               const std::string& failure, const std::function<bool(const Row&)>& use) const;
 
     // Values of the row that a statement is on, by the number of their column.
     Cell Fetch(platform::odbc::Handle statement, std::uint16_t column, Kind kind) const;
@@ -88,9 +95,10 @@ private:
     std::string m_sName;
     Link m_Link;
     std::unique_ptr<const bss::SqlDialect> m_pDialect;
-    bool m_bTellsStorage = false; // whether the back-end, SQLite, tells how each single value is stored
-    bool m_bEscapes = false;      // whether texts may come as the digits of their code units
-    std::wstring m_sQuote;        // of identifiers; empty if they are not quoted
+    bool m_bSqlite = false;  // it tells how each single value is stored, and nobody writes while one reads
+    bool m_bEscapes = false; // whether texts may come as the digits of their code units
+    std::wstring m_sQuote;   // of identifiers; empty if they are not quoted
+    std::chrono::milliseconds m_Turn{1000};
 };
 
 } // namespace krtstore
