@@ -14,6 +14,7 @@
 #include <fstream>
 #include <map>
 #include <optional>
+#include <span>
 #include <utility>
 
 namespace krtstore {
@@ -165,8 +166,9 @@ struct Bytes {
 /// A value in pieces, each of which ends in a NUL of `unit` bytes.
 Bytes FetchPieces(odbc::Handle statement, std::uint16_t column, std::int16_t cType, std::size_t unit) {
     Bytes value;
-    std::vector<char> piece(65'536);
-    const std::size_t full = piece.size() - unit;
+    char first[512]; // most values end in it
+    std::vector<char> more;
+    std::span<char> piece = first;
     for (;;) {
         odbc::Length indicator = 0;
         const odbc::Result result = odbc::GetData(statement, column, cType, piece.data(),
@@ -180,11 +182,14 @@ Bytes FetchPieces(odbc::Handle statement, std::uint16_t column, std::int16_t cTy
             return value;
         }
         // What the indicator tells is what was left before this piece.
+        const std::size_t full = piece.size() - unit;
         const bool isFull = indicator == odbc::kNoTotal || static_cast<std::size_t>(indicator) > full;
         value.bytes.append(piece.data(), isFull ? full : static_cast<std::size_t>(indicator));
         if (result == odbc::kSuccess) {
             return value;
         }
+        more.resize(65'536);
+        piece = more;
     }
 }
 
