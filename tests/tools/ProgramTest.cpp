@@ -87,6 +87,26 @@ TEST_F(Program, WhatCannotBeOpenedIsOneSentence) {
         << source.errors;
 }
 
+TEST_F(Program, ADataSourceIsReadAsAFileIs) {
+    if (RunsUnderWine()) {
+        GTEST_SKIP() << "Wine has data sources of its own";
+    }
+    WriteEverything({kOldest, kOld, kFramed});
+    m_database.Disconnect();
+    std::filesystem::copy_file(m_path, "krtstore-source.db");
+    std::ofstream("krtstore-password.txt") << "secret\r\nsecond line\n";
+    for (const std::string command : {"ls", "verify", "export"}) {
+        const Outcome outcome = RunHere({command, "--data-source=krtstore-tests", "--user", "service",
+                                         "--password-from", "krtstore-password.txt"});
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(outcome.output, Krtstore(command).output);
+    }
+    EXPECT_EQ(RunHere({"show", "--data-source=krtstore-tests", "Everything", "7", "2"}).output,
+              Krtstore("show", {"Everything", "7", "2"}).output);
+    std::filesystem::remove("krtstore-source.db");
+    std::filesystem::remove("krtstore-password.txt");
+}
+
 TEST_F(Program, TablesHaveToBeThere) {
     Write(Sample());
     Execute(L"CREATE TABLE notes (text TEXT)");
