@@ -3,10 +3,15 @@
 #include "tools/KrtstoreFixture.h"
 
 #include "bss/serial/WVersionInfo.h"
+#include "bss/system/WCompression.h"
+#include "krtstore/Binary.h"
 #include "krtstore/SumJudge.h"
 #ifdef WITH_CORRELOGRAM
 #include "correlogram/Program.h"
 #endif
+
+#include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -234,6 +239,38 @@ TEST_F(Verify, TheBarIsDrawnOnATerminalOnlyAndLeavesNothing) {
     EXPECT_NE(shown.errors.find(half + "\r" + std::string(half.size(), ' ') + "\r"), std::string::npos)
         << shown.errors;
     EXPECT_TRUE(shown.errors.ends_with(" \r"));
+}
+
+TEST(BinaryValue, NoChangeOfAFramesHeaderOrStreamPasses) {
+    // 2,000 bytes as the library stores them
+    std::vector<unsigned char> data(2000);
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        data[i] = static_cast<unsigned char>(i * i);
+    }
+    unsigned long length = bss::WCompression::CompressBound(2000);
+    std::vector<unsigned char> frame(16 + length);
+    bss::WCompression::Compress(frame.data() + 16, &length, data.data(), 2000);
+    frame.resize(16 + length);
+    const std::uint32_t header[] = {static_cast<std::uint32_t>(frame.size()),
+                                    static_cast<std::uint32_t>(length), 2000, 2000};
+    std::memcpy(frame.data(), header, sizeof(header));
+
+    const krtstore::Table table{L"T", {{L"x", L"", krtstore::Kind::Binary}}};
+    krtstore::Row row(1);
+    row[0].form = krtstore::Cell::Form::Binary;
+    row[0].bytes = frame;
+    const krtstore::BinaryValue whole = DecodeBinary(table, row, 0);
+    ASSERT_EQ(whole.fault, "");
+    ASSERT_TRUE(std::equal(whole.payload.begin(), whole.payload.end(), data.begin(), data.end()));
+    for (std::size_t i = 0; i < frame.size(); ++i) {
+        row[0].bytes[i] ^= static_cast<unsigned char>(1U << i % 8);
+        EXPECT_NE(DecodeBinary(table, row, 0).fault, "") << i;
+        row[0].bytes[i] = frame[i];
+    }
+    while (!row[0].bytes.empty()) {
+        row[0].bytes.pop_back();
+        EXPECT_NE(DecodeBinary(table, row, 0).fault, "") << row[0].bytes.size();
+    }
 }
 
 TEST(SumJudge, ARowIsDamagedIfOneThatAgreesHasAllItsMembers) {
