@@ -21,6 +21,26 @@ TEST_F(Inspect, ListTellsRowsVersionsAndColumns) {
     EXPECT_EQ(outcome.status, 0);
 }
 
+TEST_F(Inspect, ListShowsTheOtherTablesOfADamagedFile) {
+    for (long i = 1; i <= 300; ++i) {
+        Write(Sample(i));
+    }
+    Execute(L"CREATE TABLE notes (text TEXT)");
+    m_database.Disconnect();
+    // Every page of the table and its indices but the first, which has the schema
+    std::string bytes = BytesOf(m_path);
+    for (std::size_t page = 4096; page + 8192 < bytes.size(); page += 4096) {
+        bytes.replace(page, 100, 100, '\xEE');
+    }
+    std::ofstream(m_path, std::ios::binary) << bytes;
+    const Outcome outcome = Krtstore("ls");
+    EXPECT_EQ(outcome.output,
+              "table   rows  versions  columns\n"
+              "Sample     ?  ?              11  cannot be read: [SQLite]database disk image is "
+              "malformed (11)\n"
+              "notes      0  -               1  none of the store's\n");
+}
+
 TEST_F(Inspect, ShowPrintsARowInFull) {
     Sample sample;
     sample.name = L"tab\t\u00B5 \U0001F600 quote\" back\\slash";

@@ -106,9 +106,15 @@ void List(Connection& connection, std::ostream& output) {
     using Line = std::array<std::string, 5>;
     std::vector<Line> lines = {{"table", "rows", "versions", "columns", ""}};
     for (const Table& table : connection.Tables()) {
-        const Row counts = connection.CountRows(table);
-        lines.push_back({Utf8(table.name), std::to_string(counts[0].integer), Versions(counts),
-                         std::to_string(table.columns.size()), Remark(table)});
+        const std::string columns = std::to_string(table.columns.size());
+        try {
+            const Row counts = connection.CountRows(table);
+            lines.push_back({Utf8(table.name), std::to_string(counts[0].integer), Versions(counts), columns,
+                             Remark(table)});
+        } catch (const Failure& e) {
+            // The other tables are to be seen.
+            lines.push_back({Utf8(table.name), "?", "?", columns, "cannot be read: " + e.Reason()});
+        }
     }
     if (lines.size() == 1) {
         output << "There are no tables in " << connection.Name() << ".\n";
