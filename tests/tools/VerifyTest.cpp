@@ -96,6 +96,26 @@ TEST_F(Verify, ClassesOfThisProjectAreKnown) {
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(Verify, AChecksumMayHoldASurrogatePair) {
+    // Of so many sums a few have one: two units of a scrambled text, of which a read may make one character.
+    int pairs = 0;
+    for (long object = 1; object <= 1500; ++object) {
+        Sample sample(object);
+        sample.angle = 0.25 * static_cast<double>(object);
+        Write(sample);
+    }
+    const Outcome outcome = Krtstore("verify");
+    EXPECT_EQ(outcome.output, "1500 rows, 0 faults\n");
+    std::istringstream lines(Krtstore("show", {"Sample"}).output);
+    for (std::string line; std::getline(lines, line);) {
+        for (std::size_t at = 14; line.starts_with("  checkSum ") && at + 8 <= line.size(); at += 4) {
+            pairs += line[at] == 'd' && std::string("89ab").find(line[at + 1]) != std::string::npos &&
+                     line[at + 4] == 'd' && std::string("cdef").find(line[at + 5]) != std::string::npos;
+        }
+    }
+    EXPECT_GT(pairs, 0);
+}
+
 TEST_F(Verify, NamesEachKindOfDamageInOneLine) {
     // Rows 1 and 3 are of frames, row 2 of the older form.
     WriteEverything({kFramed, kOldest, kFramed});

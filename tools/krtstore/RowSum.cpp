@@ -5,6 +5,7 @@
 #include "bss/serial/database/WDatabase.h"
 #include "bss/system/WEncryption.h"
 #include "bss/system/WGuid.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -82,10 +83,12 @@ std::wstring CellText(const Cell& cell, Kind kind, std::int64_t version) {
     return {};
 }
 
-/// A zero would end the text in its column.
-std::wstring WithoutZeros(std::wstring text) {
-    std::replace(text.begin(), text.end(), L'\0', L'~');
-    return text;
+/// The code units, with `~` for each zero, which would end the text in its column. Two units that happen to
+/// be a surrogate pair may be one character of the text or two.
+platform::Utf16String StoredUnits(const std::wstring& text) {
+    platform::Utf16String units(platform::Utf16FromWide(text));
+    std::replace(units.begin(), units.end(), platform::Utf16Unit{0}, static_cast<platform::Utf16Unit>('~'));
+    return units;
 }
 
 } // namespace
@@ -153,7 +156,7 @@ bool RowSum::Agrees(const Row& row) const {
     const unsigned long sum =
         bss::WChecksum::GetCheckSum(text.data(), static_cast<unsigned long>(text.size()), 0);
     const std::wstring made = bss::WEncryption().EncryptWideString(std::to_wstring(sum));
-    return WithoutZeros(made) == WithoutZeros(row[m_nCheckSum].text);
+    return StoredUnits(made) == StoredUnits(row[m_nCheckSum].text);
 }
 
 } // namespace krtstore
