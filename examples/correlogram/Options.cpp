@@ -131,24 +131,22 @@ bool ParseStoreOption(ArgumentReader& reader, Options& options) {
 }
 
 void CheckTogether(const Options& options) {
-    const bool hasStore = !options.storeFile.empty() || !options.dataSource.empty();
     if (!options.storeFile.empty() && !options.dataSource.empty()) {
         throw InputError("--store and --data-source exclude each other.");
     }
-    if ((options.list || options.show != 0) && !hasStore) {
+    if (options.ReadsStore() && !options.HasStore()) {
         throw InputError("--list and --show need --store or --data-source.");
     }
     if (!options.user.empty() && options.dataSource.empty()) {
         throw InputError("--user goes with --data-source.");
     }
-    const bool readsStore = options.list || options.show != 0;
-    if (readsStore && !options.file.empty()) {
+    if (options.ReadsStore() && !options.file.empty()) {
         throw InputError("--list and --show take no file: " + Quote(options.file) + " would not be read.");
     }
-    if (readsStore && !options.plotFile.empty()) {
+    if (options.ReadsStore() && !options.plotFile.empty()) {
         throw InputError("--list and --show draw no plot.");
     }
-    if (options.file.empty() && !readsStore) {
+    if (options.file.empty() && !options.ReadsStore()) {
         throw InputError("No file is given: see correlogram --help.");
     }
 }

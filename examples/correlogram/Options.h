@@ -32,6 +32,9 @@ struct Options {
     bool json = false;
     bool verbose = false;
     bool help = false; // nothing else is checked then
+
+    bool HasStore() const { return !storeFile.empty() || !dataSource.empty(); }
+    bool ReadsStore() const { return list || show != 0; }
 };
 
 // Reads the arguments behind the program's name. An option's value follows as next argument or behind '='.

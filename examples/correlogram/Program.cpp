@@ -45,10 +45,6 @@ Analysis ReadAndAnalyse(const Options& options) {
     return Analyse(std::move(curve), options.conditions, options.firstLag);
 }
 
-bool HasStore(const Options& options) {
-    return !options.storeFile.empty() || !options.dataSource.empty();
-}
-
 int RunOptions(const Options& options, std::ostream& output, std::ostream& errors) {
     if (options.list) {
         output << Store(options).List() << std::flush;
@@ -62,7 +58,7 @@ int RunOptions(const Options& options, std::ostream& output, std::ostream& error
     if (!options.plotFile.empty()) {
         SaveWhole(options.plotFile, DrawPlot(analysis));
     }
-    if (options.show == 0 && HasStore(options)) {
+    if (options.show == 0 && options.HasStore()) {
         const long number = Store(options).Add(analysis);
         errors << "correlogram: stored as analysis " << number << "." << std::endl;
     }

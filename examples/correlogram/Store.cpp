@@ -27,9 +27,20 @@ std::string Utf8(const std::wstring& text) {
     return platform::Utf8FromWide(text);
 }
 
-class StoredFit : public bss::WPersistentObject {
+// What the tables have in common.
+class StoredObject : public bss::WPersistentObject {
+protected:
+    StoredObject(long group, long object) : WPersistentObject(group, object, kFormat) {}
+
+    template <class Value>
+    void Member(bool bRead, const wchar_t* label, Value& value) {
+        bRead ? m_pSerializer->Retrieve(label, value) : m_pSerializer->Insert(label, value);
+    }
+};
+
+class StoredFit : public StoredObject {
 public:
-    StoredFit(long group, long object) : WPersistentObject(group, object, kFormat) {}
+    StoredFit(long group, long object) : StoredObject(group, object) {}
 
     void Set(const FitResult& fit, const std::vector<double>& lag) {
         m_sName = Wide(fit.name);
@@ -85,23 +96,20 @@ public:
 
     void Serialize(bool bRead) override {
         WPersistentObject::Serialize(bRead);
-        const auto member = [&](const wchar_t* label, auto& value) {
-            bRead ? m_pSerializer->Retrieve(label, value) : m_pSerializer->Insert(label, value);
-        };
-        member(L"m_sName", m_sName);
-        member(L"m_sStopTest", m_sStopTest);
-        member(L"m_sNote", m_sNote);
-        member(L"m_sFailure", m_sFailure);
-        member(L"m_nIterations", m_nIterations);
-        member(L"m_asNames", m_asNames);
-        member(L"m_asMeanings", m_asMeanings);
-        member(L"m_aStarts", m_aStarts);
-        member(L"m_aValues", m_aValues);
-        member(L"m_aErrors", m_aErrors);
-        member(L"m_aQuality", m_aQuality);
-        member(L"m_abResults", m_abResults);
-        member(L"m_aResults", m_aResults);
-        member(L"m_aCurve", m_aCurve);
+        Member(bRead, L"m_sName", m_sName);
+        Member(bRead, L"m_sStopTest", m_sStopTest);
+        Member(bRead, L"m_sNote", m_sNote);
+        Member(bRead, L"m_sFailure", m_sFailure);
+        Member(bRead, L"m_nIterations", m_nIterations);
+        Member(bRead, L"m_asNames", m_asNames);
+        Member(bRead, L"m_asMeanings", m_asMeanings);
+        Member(bRead, L"m_aStarts", m_aStarts);
+        Member(bRead, L"m_aValues", m_aValues);
+        Member(bRead, L"m_aErrors", m_aErrors);
+        Member(bRead, L"m_aQuality", m_aQuality);
+        Member(bRead, L"m_abResults", m_abResults);
+        Member(bRead, L"m_aResults", m_aResults);
+        Member(bRead, L"m_aCurve", m_aCurve);
     }
 
 private:
@@ -121,9 +129,9 @@ private:
     std::vector<double> m_aCurve;   // the function at the lags
 };
 
-class StoredAnalysis : public bss::WPersistentObject {
+class StoredAnalysis : public StoredObject {
 public:
-    explicit StoredAnalysis(long number) : WPersistentObject(number, 1, kFormat) {}
+    explicit StoredAnalysis(long number) : StoredObject(number, 1) {}
 
     void Set(const Analysis& analysis) {
         const Conditions& conditions = analysis.conditions;
@@ -174,19 +182,16 @@ public:
 
     void Serialize(bool bRead) override {
         WPersistentObject::Serialize(bRead);
-        const auto member = [&](const wchar_t* label, auto& value) {
-            bRead ? m_pSerializer->Retrieve(label, value) : m_pSerializer->Insert(label, value);
-        };
-        member(L"m_sFile", m_sFile);
-        member(L"m_Time", m_Time);
-        member(L"m_nFirst", m_nFirst);
-        member(L"m_nCount", m_nCount);
-        member(L"m_nFits", m_nFits);
-        member(L"m_aConditions", m_aConditions);
-        member(L"m_aDerived", m_aDerived);
-        member(L"m_aLag", m_aLag);
-        member(L"m_aSignal", m_aSignal);
-        member(L"m_aSigma", m_aSigma);
+        Member(bRead, L"m_sFile", m_sFile);
+        Member(bRead, L"m_Time", m_Time);
+        Member(bRead, L"m_nFirst", m_nFirst);
+        Member(bRead, L"m_nCount", m_nCount);
+        Member(bRead, L"m_nFits", m_nFits);
+        Member(bRead, L"m_aConditions", m_aConditions);
+        Member(bRead, L"m_aDerived", m_aDerived);
+        Member(bRead, L"m_aLag", m_aLag);
+        Member(bRead, L"m_aSignal", m_aSignal);
+        Member(bRead, L"m_aSigma", m_aSigma);
     }
     void SerializeComponents(bool bRead) override {
         if (bRead) {
@@ -229,7 +234,9 @@ std::string Reason(const std::string& chain) {
         return chain.find("Data corrupted.") != std::string::npos ? ": its data are corrupted." : ".";
     }
     const std::size_t start = at + mark.size();
-    return ": " + chain.substr(start, std::min(chain.find('\n', start), chain.size()) - start) + ".";
+    std::string text = chain.substr(start, std::min(chain.find('\n', start), chain.size()) - start);
+    text.erase(text.find_last_not_of(".;\r ") + 1);
+    return ": " + text + ".";
 }
 
 // Runs an operation; its failures become sentences that begin with `what`.
@@ -259,12 +266,17 @@ Store::Store(const Options& options)
             return;
         }
         std::error_code ignored;
-        if ((options.list || options.show != 0) &&
-            !std::filesystem::exists(PathOf(options.storeFile), ignored)) {
+        if (options.ReadsStore() && !std::filesystem::exists(PathOf(options.storeFile), ignored)) {
             throw InputError("There is no database " + m_sName + ".");
         }
         m_Database.ConnectFile(L"", L"", Wide(options.storeFile));
     });
+    // A count of the rows would be 0 there, as if nothing were stored.
+    for (const wchar_t* const table : {L"StoredAnalysis", L"StoredFit"}) {
+        if (m_Database.HasTable(table) && !m_Database.HasColumn(table, L"checkSum")) {
+            throw InputError("The table " + Utf8(table) + " in " + m_sName + " is none of correlogram's.");
+        }
+    }
 }
 
 long Store::Add(const Analysis& analysis) {

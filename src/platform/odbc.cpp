@@ -32,6 +32,8 @@ public:
     explicit Text(const std::wstring& text) : m_units(Utf16FromWide<Utf16String>(text)) {}
 
     SQLWCHAR* Data() { return reinterpret_cast<SQLWCHAR*>(m_units.data()); }
+    /// Null for an empty one, where that means that nothing is asked for.
+    SQLWCHAR* DataIfAny() { return m_units.empty() ? nullptr : Data(); }
     SQLSMALLINT Length() const { return static_cast<SQLSMALLINT>(m_units.size()); }
 
 private:
@@ -94,14 +96,18 @@ Result GetTypeInfo(Handle statement, std::int16_t sqlType) {
     return SQLGetTypeInfoW(statement, sqlType);
 }
 
-Result Tables(Handle statement, const std::wstring& kind) {
+Result Tables(Handle statement, const std::wstring& kind, const std::wstring& schema) {
+    Text owner(schema);
     Text type(kind);
-    return SQLTablesW(statement, nullptr, 0, nullptr, 0, nullptr, 0, type.Data(), type.Length());
+    return SQLTablesW(statement, nullptr, 0, owner.DataIfAny(), owner.Length(), nullptr, 0, type.Data(),
+                      type.Length());
 }
 
-Result Columns(Handle statement, const std::wstring& table) {
+Result Columns(Handle statement, const std::wstring& table, const std::wstring& schema) {
+    Text owner(schema);
     Text name(table);
-    return SQLColumnsW(statement, nullptr, 0, nullptr, 0, name.Data(), name.Length(), nullptr, 0);
+    return SQLColumnsW(statement, nullptr, 0, owner.DataIfAny(), owner.Length(), name.Data(), name.Length(),
+                       nullptr, 0);
 }
 
 Result ExecDirect(Handle statement, const std::wstring& text) {

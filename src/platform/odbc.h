@@ -61,6 +61,7 @@ inline constexpr std::uint16_t kGetDataExtensions = 81;
 inline constexpr std::int16_t kGuid = -11;
 inline constexpr std::int16_t kWLongVarChar = -10;
 inline constexpr std::int16_t kBit = -7;
+inline constexpr std::int16_t kBigInt = -5;
 inline constexpr std::int16_t kLongVarBinary = -4;
 inline constexpr std::int16_t kLongVarChar = -1;
 inline constexpr std::int16_t kChar = 1;
@@ -71,6 +72,7 @@ inline constexpr std::int16_t kDouble = 8;
 inline constexpr std::int16_t kVarChar = 12;
 
 // C types
+inline constexpr std::int16_t kCSBigInt = -25;
 inline constexpr std::int16_t kCSLong = -16;
 inline constexpr std::int16_t kCGuid = -11;
 inline constexpr std::int16_t kCWChar = -8;
@@ -115,10 +117,10 @@ PLATFORM_API Result GetInfo(Handle connection, std::uint16_t what, void* value, 
 PLATFORM_API Result EndTran(std::int16_t kind, Handle handle, std::int16_t completion);
 
 PLATFORM_API Result GetTypeInfo(Handle statement, std::int16_t sqlType);
-/// All tables of a kind.
-PLATFORM_API Result Tables(Handle statement, const std::wstring& kind);
-/// All columns of a table.
-PLATFORM_API Result Columns(Handle statement, const std::wstring& table);
+/// All tables of a kind, in one schema or, if that is empty, in all.
+PLATFORM_API Result Tables(Handle statement, const std::wstring& kind, const std::wstring& schema = {});
+/// All columns of a table, likewise.
+PLATFORM_API Result Columns(Handle statement, const std::wstring& table, const std::wstring& schema = {});
 PLATFORM_API Result ExecDirect(Handle statement, const std::wstring& text);
 PLATFORM_API Result Prepare(Handle statement, const std::wstring& text);
 PLATFORM_API Result Execute(Handle statement);

@@ -5,7 +5,8 @@
 //     child.Kill();                                // at once, without a chance to clean up
 //     EXPECT_EQ(child.Wait(), ChildProcess::killed);
 //
-// A child that still runs is killed at the end of the object. Lines are short and plain ASCII.
+// A child that still runs is killed at the end of the object. Lines are short and plain ASCII. On Linux its
+// standard input ends with CloseInput or with this process.
 
 #ifndef TESTS_SUPPORT_CHILDPROCESS_H
 #define TESTS_SUPPORT_CHILDPROCESS_H
@@ -68,13 +69,15 @@ public:
         CloseHandle(process.hThread);
         m_process = process.hProcess;
 #else
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0) {
+        int input[2];
+        int output[2];
+        if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) {
             throw std::runtime_error("no pipe");
         }
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
+        posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
         std::vector<char*> line{const_cast<char*>(program.c_str())};
         for (const std::string& argument : arguments) {
             line.push_back(const_cast<char*>(argument.c_str()));
@@ -82,9 +85,12 @@ public:
         line.push_back(nullptr);
         const int error = posix_spawn(&m_process, program.c_str(), &actions, nullptr, line.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
-        close(ends[1]);
-        m_output = ends[0];
+        close(input[0]);
+        close(output[1]);
+        m_input = input[1];
+        m_output = output[0];
         if (error != 0) {
+            CloseInput();
             close(m_output);
             throw std::runtime_error("cannot start " + program);
         }
@@ -99,9 +105,19 @@ public:
         CloseHandle(m_output);
         CloseHandle(m_process);
 #else
+        CloseInput();
         close(m_output);
 #endif
     }
+
+#ifndef _WIN32
+    void CloseInput() {
+        if (m_input >= 0) {
+            close(m_input);
+            m_input = -1;
+        }
+    }
+#endif
 
     /// The next line without its end.
     std::string ReadLine() {
@@ -157,6 +173,7 @@ private:
     HANDLE m_output = nullptr;
     HANDLE m_process = nullptr;
 #else
+    int m_input = -1;
     int m_output = -1;
     pid_t m_process = 0;
 #endif

@@ -397,13 +397,15 @@ void Connection::ReadCapabilities() {
     const std::wstring backEnd = InfoText(odbc::kDbmsName);
     m_pDialect = bss::SqlDialect::Make(backEnd, (extensions & (anyColumn | anyOrder)) != 0);
     m_bSqlite = backEnd == L"SQLite";
-    m_bEscapes = m_pDialect->HasUtf8Text() || backEnd == L"PostgreSQL";
     m_sQuote = InfoText(kIdentifierQuote);
     if (m_sQuote == L" ") {
         m_sQuote.clear();
     }
+    const std::string failure = "The database " + m_sName + " cannot be read";
+    if (const std::wstring query = m_pDialect->SchemaQuery(); !query.empty()) {
+        Query(query, {Kind::Text}, false, failure, UseAll([&](const Row& row) { m_sSchema = row[0].text; }));
+    }
     if (m_bSqlite) {
-        const std::string failure = "The database " + m_sName + " cannot be read";
         Query(L"PRAGMA query_only = 1", {}, false, failure, {});
         // The file itself is looked at by the first statement alone; the list of tables would be empty.
         Query(L"SELECT COUNT(*) FROM sqlite_master", {Kind::Integer}, false, failure,
@@ -427,7 +429,7 @@ std::vector<Table> Connection::Tables() {
     const std::string failure = "The tables of " + m_sName + " cannot be listed";
     std::map<std::wstring, std::wstring> schemas; // of each table
     const Statement statement(m_Link.connection);
-    if (!odbc::Succeeded(odbc::Tables(statement.Handle(), L"TABLE"))) {
+    if (!odbc::Succeeded(odbc::Tables(statement.Handle(), L"TABLE", m_sSchema))) {
         Fail(failure, odbc::kStatement, statement.Handle());
     }
     while (statement.Fetch(failure)) {
@@ -445,7 +447,7 @@ std::vector<Table> Connection::Tables() {
 std::vector<Column> Connection::ReadColumns(const std::wstring& schema, const std::wstring& table) const {
     const std::string failure = "The columns of table " + Quote(table) + " cannot be listed";
     const Statement statement(m_Link.connection);
-    if (!odbc::Succeeded(odbc::Columns(statement.Handle(), table))) {
+    if (!odbc::Succeeded(odbc::Columns(statement.Handle(), table, m_sSchema))) {
         Fail(failure, odbc::kStatement, statement.Handle());
     }
     std::map<std::int64_t, Column> columns; // by their ordinals
@@ -637,7 +639,8 @@ Cell Connection::Fetch(odbc::Handle statement, std::uint16_t column, Kind kind) 
 }
 
 Cell Connection::FetchText(odbc::Handle statement, std::uint16_t column) const {
-    const bool isUtf8 = m_pDialect->HasUtf8Text();
+    const bss::SqlDialect::e_text form = m_pDialect->GetTextForm();
+    const bool isUtf8 = form == bss::SqlDialect::textEscapedUtf8;
     const Bytes value = isUtf8 ? FetchPieces(statement, column, odbc::kCChar, 1)
                                : FetchPieces(statement, column, odbc::kCWChar, sizeof(platform::Utf16Unit));
     if (!odbc::Succeeded(value.result)) {
@@ -651,10 +654,11 @@ Cell Connection::FetchText(odbc::Handle statement, std::uint16_t column) const {
     cell.text = isUtf8 ? Wide(value.bytes) : FromUnits(value.bytes);
     // Where a byte stood for no character there is another one now.
     cell.isDecodable = !isUtf8 || Utf8(cell.text) == value.bytes;
-    if (m_bEscapes && IsEscape(cell.text)) {
+    if (form != bss::SqlDialect::textUtf16 && IsEscape(cell.text)) {
         cell.isDecodable = IsWholeEscape(cell.text);
         if (cell.isDecodable) {
-            cell.text = std::wstring(platform::WideFromUtf16(bss::DecodeText(Utf8(cell.text))));
+            cell.text = std::wstring(
+                platform::WideFromUtf16(bss::DecodeText(Utf8(cell.text), bss::SqlDialect::textEscapedUtf8)));
         }
     }
     return cell;

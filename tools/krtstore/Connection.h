@@ -95,9 +95,9 @@ private:
     std::string m_sName;
     Link m_Link;
     std::unique_ptr<const bss::SqlDialect> m_pDialect;
-    bool m_bSqlite = false;  // it tells how each single value is stored, and nobody writes while one reads
-    bool m_bEscapes = false; // whether texts may come as the digits of their code units
-    std::wstring m_sQuote;   // of identifiers; empty if they are not quoted
+    bool m_bSqlite = false; // it tells how each single value is stored, and nobody writes while one reads
+    std::wstring m_sSchema; // whose tables are meant; empty: all that the driver shows
+    std::wstring m_sQuote;  // of identifiers; empty if they are not quoted
     std::chrono::milliseconds m_Turn{1000};
 };
 

@@ -1,6 +1,6 @@
 #include "platform/file.h"
 
-#include "platform/posix/modulefile.h"
+#include "platform/posix/pathbytes.h"
 
 #include <algorithm>
 #include <string>

@@ -3,6 +3,7 @@
 #include "platform/error.h"
 #include "platform/posix/modulefile.h"
 #include "platform/posix/modulelist.h"
+#include "platform/posix/pathbytes.h"
 #include "platform/text.h"
 
 #include <algorithm>

@@ -1,20 +1,15 @@
 #include "platform/posix/modulefile.h"
 
 #include "platform/error.h"
-#include "platform/text.h"
+#include "platform/posix/pathbytes.h"
 
 #include <cerrno>
 #include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform::posix {
-
-std::string PathBytes(LPCWSTR path) {
-    const std::wstring_view wide(path);
-    std::string narrow = Utf8FromWide(wide);
-    return WideFromUtf8(narrow) == wide ? narrow : std::string();
-}
 
 ModuleFile::ModuleFile(LPCWSTR path) : m_descriptor(-1) {
     const std::string bytes = path == nullptr ? std::string() : PathBytes(path);

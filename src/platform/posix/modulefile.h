@@ -8,13 +8,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace platform::posix {
-
-/// The bytes of a path in UTF-8; empty for a path that has no such form.
-std::string PathBytes(LPCWSTR path);
 
 /// A file that is open for reading.
 class ModuleFile {

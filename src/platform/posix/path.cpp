@@ -1,7 +1,7 @@
 #include "platform/path.h"
 
 #include "platform/error.h"
-#include "platform/posix/modulefile.h"
+#include "platform/posix/pathbytes.h"
 
 #include <algorithm>
 #include <cerrno>

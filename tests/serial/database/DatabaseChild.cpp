@@ -1,5 +1,11 @@
-// Writes trees to a database: `loop FILE` until it is killed, `times FILE NUMBER` so many, after which it
-// prints how many were written and how many failed. Each write changes all of a tree.
+// Writes trees to a database, KIND being "file" or "source":
+//
+//     loop KIND NAME                 until it is killed or a write fails; each write changes all of tree 1
+//     times KIND NAME NUMBER FIRST   so many times tree 1, with the values FIRST, FIRST + 1, ..., and as
+//                                    often a new bush of that number
+//
+// `times` prints how many writes there were and how many failed, the value that tree 1 was last written with,
+// and how many bushes were written.
 
 #include "Tree.h"
 
@@ -9,7 +15,18 @@
 #include <filesystem>
 #include <string>
 
+/// For the sanitizer: PostgreSQL's driver loses what the server has answered to a statement that failed.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
+    return "leak:psqlodbcw.so";
+}
+
 namespace {
+
+/// Has a table of its own.
+class Bush : public Tree {
+public:
+    explicit Bush(long object) : Tree(object, 0, 0) {}
+};
 
 bool Write(bss::WDatabase& database, Tree& tree, long value) {
     tree.SetAll(value);
@@ -26,24 +43,36 @@ bool Write(bss::WDatabase& database, Tree& tree, long value) {
 } // namespace
 
 int main(int count, char** arguments) {
-    if (count < 3) {
+    if (count < 4) {
         return 2;
     }
     bss::WDatabase database;
-    database.ConnectFile(L"", L"", std::filesystem::path(arguments[2]).wstring());
+    const std::wstring name = std::filesystem::path(arguments[3]).wstring();
+    std::string(arguments[2]) == "file" ? database.ConnectFile(L"", L"", name)
+                                        : database.Connect(L"", L"", name);
     Tree tree(1, 1, 2);
     std::puts("ready");
     std::fflush(stdout);
     if (std::string(arguments[1]) == "loop") {
-        for (long value = 1;; ++value) {
-            Write(database, tree, value);
+        // Not for ever, should nobody be there to kill it.
+        for (long value = 1; value < 100'000 && Write(database, tree, value); ++value) {
         }
+        return 1;
     }
     int written = 0;
     int failed = 0;
-    for (int i = 0; i < std::atoi(arguments[3]); ++i) {
-        ++(Write(database, tree, i) ? written : failed);
+    int added = 0;
+    long last = 0;
+    const long first = std::atol(arguments[5]);
+    for (long value = first; value < first + std::atol(arguments[4]); ++value) {
+        const bool isWritten = Write(database, tree, value);
+        ++(isWritten ? written : failed);
+        last = isWritten ? value : last;
+        Bush bush(value);
+        const bool isAdded = Write(database, bush, value);
+        ++(isAdded ? written : failed);
+        added += isAdded ? 1 : 0;
     }
-    std::printf("%d %d\n", written, failed);
+    std::printf("%d %d %ld %d\n", written, failed, last, added);
     return 0;
 }

@@ -1,5 +1,6 @@
 // What reaches the drivers of Access and of SQL Server, call by call, as the tests' own driver records it.
 
+#include "Sample.h"
 #include "Tree.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
@@ -15,26 +16,6 @@
 namespace {
 
 using Lines = std::vector<std::string>;
-
-/// One member of each kind that binds in a way of its own.
-class Reading : public bss::WPersistentObject {
-public:
-    Reading() : WPersistentObject(3, 4, bss::WVersion(5, 3, 2, 0)) {}
-    void Serialize(bool bRead) override {
-        WPersistentObject::Serialize(bRead);
-        const auto member = [&](const wchar_t* key, auto& value) {
-            bRead ? m_pSerializer->Retrieve(key, value) : m_pSerializer->Insert(key, value);
-        };
-        member(L"isOpen", isOpen);
-        member(L"ratio", ratio);
-        member(L"name", name);
-        member(L"block", block);
-    }
-    bool isOpen = true;
-    double ratio = 0.5;
-    std::wstring name = L"n";
-    std::string block = "b";
-};
 
 std::string Quoted(const std::string& line) {
     const std::size_t start = line.find('"');
@@ -104,8 +85,8 @@ TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
     const std::string flavour = std::string("flavour ") + GetParam();
     m_driver.Script({flavour, "without bit"});
     EXPECT_NO_THROW(Connect());
-    Reading reading;
-    reading.Write(&m_database, 0, true);
+    Sample sample;
+    sample.Write(&m_database, 0, true);
     const Lines created = Statements();
     EXPECT_NE(created.at(2).find("isOpen " + std::string(IsAccess() ? "CHAR" : "char") + " NULL"),
               std::string::npos)
@@ -123,8 +104,8 @@ TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
 
 TEST_P(Dialect, StatementsHaveTheirExactText) {
     Connect();
-    Reading reading;
-    reading.Write(&m_database, 0, true);
+    Sample sample;
+    sample.Write(&m_database, 0, true);
     const Lines first = Statements();
     const std::string integer = IsAccess() ? "INTEGER" : "int";
     const std::string guid = IsAccess() ? "GUID" : "uniqueidentifier";
@@ -133,47 +114,47 @@ TEST_P(Dialect, StatementsHaveTheirExactText) {
     const std::string readHint = IsAccess() ? "" : " WITH (NOLOCK) ";
     const std::string key = " WHERE groupID = 3 AND objectID = 4";
     ASSERT_EQ(first.size(), 5U);
-    EXPECT_EQ(first[0], "CREATE TABLE " + std::string(IsAccess() ? "" : "[dbo].") + "Reading (RecID " + guid +
+    EXPECT_EQ(first[0], "CREATE TABLE " + std::string(IsAccess() ? "" : "[dbo].") + "Sample (RecID " + guid +
                             " PRIMARY KEY, m_nVersion " + integer + " NOT NULL, groupID " + integer +
                             " NOT NULL, objectID " + integer + " NOT NULL, checkSum " + text + " NOT NULL)");
     EXPECT_EQ(
         first[1],
         IsAccess()
-            ? "CREATE UNIQUE INDEX [groupID_objectID] ON Reading ([groupID] ASC, [objectID] ASC)"
-            : "CREATE UNIQUE NONCLUSTERED INDEX [groupID_objectID] ON [Reading] ([groupID] ASC, [objectID] "
+            ? "CREATE UNIQUE INDEX [groupID_objectID] ON Sample ([groupID] ASC, [objectID] ASC)"
+            : "CREATE UNIQUE NONCLUSTERED INDEX [groupID_objectID] ON [Sample] ([groupID] ASC, [objectID] "
               "ASC) ON [PRIMARY]");
-    EXPECT_EQ(first[2], "ALTER TABLE Reading ADD isOpen " + std::string(IsAccess() ? "BIT" : "bit") +
-                            " NULL, ratio " + (IsAccess() ? "DOUBLE" : "float") + " NULL, name " + text +
-                            " NULL, block " + (IsAccess() ? "LONGBINARY" : "image") + " NULL");
-    EXPECT_EQ(first[3], "SELECT m_nVersion FROM Reading" + key);
+    EXPECT_EQ(first[2], "ALTER TABLE Sample ADD isOpen " + std::string(IsAccess() ? "BIT" : "bit") +
+                            " NULL, angle " + (IsAccess() ? "DOUBLE" : "float") + " NULL, name " + text +
+                            " NULL, counts " + (IsAccess() ? "LONGBINARY" : "image") + " NULL");
+    EXPECT_EQ(first[3], "SELECT m_nVersion FROM Sample" + key);
     EXPECT_EQ(first[4],
-              "INSERT INTO Reading" + writeHint +
-                  " (RecID, m_nVersion, groupID, objectID, checkSum, isOpen, ratio, name, block) VALUES "
+              "INSERT INTO Sample" + writeHint +
+                  " (RecID, m_nVersion, groupID, objectID, checkSum, isOpen, angle, name, counts) VALUES "
                   "(?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    reading.Write(&m_database, 0, true);
-    EXPECT_EQ(Statements().back(), "UPDATE Reading" + writeHint +
-                                       " SET m_nVersion = ?, checkSum = ?, isOpen = ?, ratio = ?, name = ?, "
-                                       "block = ?" +
+    sample.Write(&m_database, 0, true);
+    EXPECT_EQ(Statements().back(), "UPDATE Sample" + writeHint +
+                                       " SET m_nVersion = ?, checkSum = ?, isOpen = ?, angle = ?, name = ?, "
+                                       "counts = ?" +
                                        key);
-    reading.Read(&m_database, 0, true);
-    EXPECT_EQ(Statements(), Lines{"SELECT * FROM Reading" + readHint + key + ";"});
-    reading.Delete(&m_database, 0, true);
-    EXPECT_EQ(Statements(), Lines{"DELETE FROM Reading" + key});
-    EXPECT_EQ(m_database.GetRowCount(L"Reading"), 0);
-    EXPECT_EQ(Statements(), Lines{"SELECT COUNT(m_nVersion) FROM Reading"});
+    sample.Read(&m_database, 0, true);
+    EXPECT_EQ(Statements(), Lines{"SELECT * FROM Sample" + readHint + key + ";"});
+    sample.Delete(&m_database, 0, true);
+    EXPECT_EQ(Statements(), Lines{"DELETE FROM Sample" + key});
+    EXPECT_EQ(m_database.GetRowCount(L"Sample"), 0);
+    EXPECT_EQ(Statements(), Lines{"SELECT COUNT(m_nVersion) FROM Sample"});
 }
 
 TEST_P(Dialect, ValuesFrom1024BytesOnGoWhileTheStatementRuns) {
     Connect();
     struct Row {
         std::size_t characters;
-        std::size_t bytes;
-        std::size_t frame; ///< of the bytes; from 1001 on they are compressed, which adds 11 to them
+        std::size_t counts;
+        std::size_t frame; ///< of the counts; from 1001 bytes on they are compressed, which adds 11 to them
     };
-    for (const Row& row : {Row{511, 1000, 1016}, Row{512, 1001, 1028}}) {
-        Reading written;
+    for (const Row& row : {Row{511, 250, 1016}, Row{512, 251, 1031}}) {
+        Sample written;
         written.name.assign(row.characters, L'\u20AC');
-        written.block.assign(row.bytes, '\xFF');
+        written.counts.assign(row.counts, -1);
         written.Write(&m_database, 0, true);
         Lines bound;
         int put = 0;
@@ -191,10 +172,10 @@ TEST_P(Dialect, ValuesFrom1024BytesOnGoWhileTheStatementRuns) {
         EXPECT_EQ(types(bound.back()), "SQL_C_BINARY SQL_LONGVARBINARY size " + std::to_string(row.frame) +
                                            " digits 0 room 0 = SQL_SUCCESS");
         EXPECT_EQ(put, row.characters == 512 ? 2 : 0);
-        Reading read;
+        Sample read;
         read.Read(&m_database, 0, true);
         EXPECT_TRUE(read.name == written.name);
-        EXPECT_TRUE(read.block == written.block);
+        EXPECT_TRUE(read.counts == written.counts);
         EXPECT_TRUE(read.isOpen);
     }
 }

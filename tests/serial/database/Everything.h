@@ -3,32 +3,26 @@
 #ifndef TESTS_SERIAL_DATABASE_EVERYTHING_H
 #define TESTS_SERIAL_DATABASE_EVERYTHING_H
 
-#include "bss/serial/WPersistentObject.h"
-#include "bss/serial/WVersion.h"
-#include "bss/serial/database/WDatabase.h"
+#include "Persistent.h"
 
 #include <ctime>
 #include <string>
 #include <vector>
 
 /// A member of every kind that a table can hold.
-class Everything : public bss::WPersistentObject {
+class Everything : public Persistent {
 public:
-    explicit Everything(long object = 1) : WPersistentObject(7, object, bss::WVersion(5, 3, 2, 0)) {}
+    explicit Everything(long object = 1) : Persistent(7, object) {}
 
     void Serialize(bool bRead) override {
         WPersistentObject::Serialize(bRead);
-        auto& database = static_cast<bss::WDatabase&>(*m_pSerializer);
+        int count = 0;
         const auto members = [&](auto&... member) {
-            int count = 0;
-            const auto pass = [&](auto& value) {
-                const std::wstring key = L"m_" + std::to_wstring(++count);
-                bRead ? database.Retrieve(key, value) : database.Insert(key, value);
-            };
-            (pass(member), ...);
+            (Pass(bRead, L"m_" + std::to_wstring(++count), member), ...);
         };
         members(flag, small, number, wide, single, real, text, narrow, time, guid, texts, narrows, flags,
                 reals, longs, numbers, smalls, singlesVector);
+        auto& database = static_cast<bss::WDatabase&>(*m_pSerializer);
         bRead ? database.RetrieveF(L"m_series", series) : database.InsertF(L"m_series", series);
     }
 

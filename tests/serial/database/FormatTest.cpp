@@ -1,32 +1,12 @@
 // The row that the document of the format shows.
 
 #include "Fixture.h"
-
-#include "bss/serial/WVersion.h"
+#include "Sample.h"
 
 #include <fstream>
 #include <sstream>
 
 namespace {
-
-class Sample : public bss::WPersistentObject {
-public:
-    Sample() : WPersistentObject(3, 4, bss::WVersion(5, 3, 2, 0)) {}
-    void Serialize(bool bRead) override {
-        WPersistentObject::Serialize(bRead);
-        const auto member = [&](const wchar_t* key, auto& value) {
-            bRead ? m_pSerializer->Retrieve(key, value) : m_pSerializer->Insert(key, value);
-        };
-        member(L"isOpen", isOpen);
-        member(L"angle", angle);
-        member(L"name", name);
-        member(L"counts", counts);
-    }
-    bool isOpen = true;
-    double angle = 90.5;
-    std::wstring name = L"toluene";
-    std::vector<long> counts = {1, 2, -1};
-};
 
 using Format = DatabaseTest;
 

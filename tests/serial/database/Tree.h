@@ -3,25 +3,23 @@
 #ifndef TESTS_SERIAL_DATABASE_TREE_H
 #define TESTS_SERIAL_DATABASE_TREE_H
 
-#include "bss/serial/WPersistentObject.h"
-#include "bss/serial/WVersion.h"
-#include "bss/serial/database/WDatabase.h"
+#include "Persistent.h"
 
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
-class Tree : public bss::WPersistentObject {
+class Tree : public Persistent {
 public:
-    Tree(long object, int depth, int parts) : WPersistentObject(5, object, bss::WVersion(5, 3, 2, 0)) {
+    Tree(long object, int depth, int parts) : Persistent(5, object) {
         for (int i = 0; depth > 0 && i < parts; ++i) {
             m_parts.push_back(std::make_unique<Tree>(object * 10 + i + 1, depth - 1, parts));
         }
     }
     void Serialize(bool bRead) override {
         WPersistentObject::Serialize(bRead);
-        bRead ? m_pSerializer->Retrieve(L"value", value) : m_pSerializer->Insert(L"value", value);
+        Pass(bRead, L"value", value);
         // The column is there from the schema pass on.
         if (!bRead && failsInDataPass &&
             static_cast<bss::WDatabase*>(m_pSerializer)->HasColumn(L"Tree", L"value")) {

@@ -225,7 +225,7 @@ SQLRETURN Statement::GetData(std::size_t column, const Target& target) {
     }
     CheckOrder(column);
     if (m_progress.column != column) {
-        m_progress = {column, 0, false};
+        m_progress = {column};
     }
     if (m_progress.isDone) {
         return SQL_NO_DATA;
@@ -248,10 +248,14 @@ SQLRETURN Statement::Deliver(const Value& value, const Target& target, Progress&
         progress.isDone = true;
         return SQL_SUCCESS;
     }
-    const Bytes image = ToC(target.cType, value);
-    if (IsVariableC(target.cType)) {
-        return ResultOf(*this, DeliverPiece(image, target, progress));
+    if (progress.cType != target.cType) {
+        progress.image = ToC(target.cType, value);
+        progress.cType = target.cType;
     }
+    if (IsVariableC(target.cType)) {
+        return ResultOf(*this, DeliverPiece(target, progress));
+    }
+    const Bytes& image = progress.image;
     if (target.data == nullptr) {
         Fail("HY009", "no buffer for a value of fixed size");
     }
@@ -264,7 +268,8 @@ SQLRETURN Statement::Deliver(const Value& value, const Target& target, Progress&
 }
 
 /// As much as the buffer holds, with a zero behind text. True if nothing is left.
-bool Statement::DeliverPiece(const Bytes& image, const Target& target, Progress& progress) {
+bool Statement::DeliverPiece(const Target& target, Progress& progress) {
+    const Bytes& image = progress.image;
     const std::size_t zero = TerminatorOf(target.cType);
     const std::size_t left = image.size() - progress.bytes;
     const auto room = static_cast<std::size_t>(std::max<SQLLEN>(target.room, 0));

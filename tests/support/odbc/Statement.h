@@ -59,6 +59,8 @@ private:
         std::size_t column = 0;
         std::size_t bytes = 0;
         bool isDone = false;
+        int cType = 0; ///< of the image
+        Bytes image{}; ///< made once for all pieces of a value
     };
 
     SQLRETURN Start(const Query& query);
@@ -67,7 +69,7 @@ private:
     void CheckSupplied() const;
     void CheckOrder(std::size_t column) const;
     SQLRETURN Deliver(const Value& value, const Target& target, Progress& progress);
-    bool DeliverPiece(const Bytes& image, const Target& target, Progress& progress);
+    static bool DeliverPiece(const Target& target, Progress& progress);
 
     Connection& m_connection;
     std::map<int, Target> m_columns;

@@ -38,19 +38,18 @@
 // manager hands on attributes of a connection when it connects, and asks for SQL_CURSOR_COMMIT_BEHAVIOR and
 // SQL_CURSOR_ROLLBACK_BEHAVIOR on its own account; it answers SQLGetDiagRecW itself.
 //
-// The driver manager finds the drivers through files that it reads once a process, so there is one object. It
-// also registers the SQLite driver as "SQLite3", where that is installed. Not for several threads.
+// The driver is one a process (OdbcFolder.h), so there is one object. Not for several threads.
 
 #ifndef TESTS_SUPPORT_ODBC_TESTDRIVER_H
 #define TESTS_SUPPORT_ODBC_TESTDRIVER_H
 
-#include <cstdlib>
+#include "support/odbc/OdbcFolder.h"
+
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <unistd.h>
 #include <vector>
 
 class TestDriver {
@@ -61,10 +60,6 @@ public:
     }
     TestDriver(const TestDriver&) = delete;
     TestDriver& operator=(const TestDriver&) = delete;
-    ~TestDriver() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
 
     void Script(const std::vector<std::string>& lines) {
         // A number makes each script another, so that the driver notices it.
@@ -100,20 +95,7 @@ public:
     static bool HasSqlite() { return !std::string_view(KRTBSS_SQLITE_ODBC).empty(); }
 
 private:
-    TestDriver() : m_folder(std::filesystem::path(KRTBSS_TEST_ODBC_ROOT) / std::to_string(getpid())) {
-        std::filesystem::remove_all(m_folder);
-        std::filesystem::create_directories(m_folder);
-        std::string drivers = "[Microsoft Access Driver (*.mdb)]\nDriver=" KRTBSS_TEST_ODBC_DRIVER "\n";
-        if (HasSqlite()) {
-            drivers += "[SQLite3]\nDriver=" KRTBSS_SQLITE_ODBC "\n";
-        }
-        Write("odbcinst.ini", drivers);
-        Write("odbc.ini", "[krtbss-test]\nDriver=" KRTBSS_TEST_ODBC_DRIVER "\n");
-        Write("record", {});
-        setenv("ODBCSYSINI", m_folder.c_str(), 1);
-        setenv("ODBCINI", (m_folder / "odbc.ini").c_str(), 1);
-        setenv("KRTBSS_TEST_ODBC_FOLDER", m_folder.c_str(), 1);
-    }
+    TestDriver() : m_folder(OdbcFolder()) { Write("record", {}); }
 
     void Write(const char* name, const std::string& text) const {
         std::ofstream file(m_folder / name, std::ios::binary | std::ios::trunc);
@@ -122,7 +104,7 @@ private:
         }
     }
 
-    std::filesystem::path m_folder;
+    const std::filesystem::path& m_folder;
     std::streamoff m_read = 0;
     int m_scripts = 0;
     int m_clears = 0;

@@ -1,5 +1,5 @@
 // Connection, transactions, failures and queries. The schema is in WDatabaseSchema.cpp, reading and writing
-// of objects in WDatabaseStore.cpp, that of values in WDatabaseValues.cpp.
+// of objects in WDatabaseStore.cpp and WDatabaseFetch.cpp, that of values in WDatabaseValues.cpp.
 
 #include "bss/serial/database/WDatabase.h"
 
@@ -191,6 +191,7 @@ void WDatabase::ReadCapabilities(bool isFile) {
 }
 
 void WDatabase::Disconnect() {
+    DropKeptStatements();
     for (void** const statement : {&m_hStmt, &m_hStmtSchema}) {
         if (*statement != nullptr) {
             odbc::CloseCursor(*statement);
@@ -209,6 +210,7 @@ void WDatabase::Disconnect() {
         m_hEnv = nullptr;
     }
     m_bAnyOrder = false;
+    m_sSchema.clear();
     m_sDataSource.clear();
     m_Tables.clear();
     // A level that was open has gone with its connection.
@@ -330,7 +332,11 @@ void WDatabase::SendQuery() {
 }
 
 void WDatabase::SendQuery(void* statement) {
-    switch (odbc::ExecDirect(statement, m_QueryStream.str())) {
+    DemandNoError(odbc::ExecDirect(statement, m_QueryStream.str()), statement);
+}
+
+void WDatabase::DemandNoError(std::int16_t result, void* statement) const {
+    switch (result) {
     case odbc::kError:
     case odbc::kInvalidHandle:
     case odbc::kNeedData:
@@ -346,18 +352,34 @@ void WDatabase::SendQuery(void* statement) {
 
 void WDatabase::RunQuery(const std::wstring& query, const std::function<void(void* statement)>& read) {
     const Statement statement(m_hDbc);
+    if (!statement.IsAllocated()) {
+        throw WNESerializerError(GetErrorMsg(m_hDbc, odbc::kConnection));
+    }
+    ReadAnswer(odbc::ExecDirect(statement.Handle(), query), statement.Handle(), read);
+}
+
+void WDatabase::RunKeyQuery(const std::wstring& query, const WPersistentObject& object,
+                            const std::function<void(void* statement)>& read) {
+    if (!m_pDialect->KeepsStatements()) {
+        RunQuery(query, read);
+        return;
+    }
+    const odbc::Handle statement = StatementFor(query);
+    BindKey(statement, 1, object);
+    const Reset reset(statement);
+    ReadAnswer(RunStatement(statement, query), statement, read);
+}
+
+void WDatabase::ReadAnswer(std::int16_t result, void* statement,
+                           const std::function<void(void* statement)>& read) const {
+    if (result == odbc::kNoData || result == odbc::kError) {
+        return;
+    }
     try {
-        if (!statement.IsAllocated()) {
-            throw std::runtime_error("unknown failure");
-        }
-        const odbc::Result result = odbc::ExecDirect(statement.Handle(), query);
-        if (result == odbc::kNoData || result == odbc::kError) {
-            return;
-        }
         DemandSuccess(result);
-        read(statement.Handle());
+        read(statement);
     } catch (const std::runtime_error&) {
-        throw WNESerializerError(GetErrorMsg(statement.Handle(), odbc::kStatement));
+        throw WNESerializerError(GetErrorMsg(statement, odbc::kStatement));
     }
 }
 
@@ -401,31 +423,34 @@ std::vector<long> WDatabase::GetVectorOfLongsFromQuery(const std::wstring& query
 }
 
 long WDatabase::GetRowCount(const std::wstring& table) {
-    return GetLongFromQuery(L"SELECT COUNT(m_nVersion) FROM " + table);
+    return GetLongFromQuery(L"SELECT COUNT(" + Quoted(L"m_nVersion") + L") FROM " + Quoted(table));
 }
 
 long WDatabase::GetDirectoryEntryCount(const std::wstring& className) {
-    return GetLongFromQuery(
-        L"SELECT COUNT(m_nVersion) FROM WDirectoryEntry WHERE (m_sDirectoryClassName LIKE '" + className +
-        L"')");
+    return GetLongFromQuery(L"SELECT COUNT(" + Quoted(L"m_nVersion") + L") FROM " +
+                            Quoted(L"WDirectoryEntry") + L" WHERE (" + Quoted(L"m_sDirectoryClassName") +
+                            L" LIKE '" + className + L"')");
 }
 
 std::vector<long> WDatabase::GetEntryIDs(const std::wstring& table) {
-    return GetVectorOfLongsFromQuery(L"SELECT groupID FROM " + table);
+    return GetVectorOfLongsFromQuery(L"SELECT " + Quoted(L"groupID") + L" FROM " + Quoted(table));
 }
 
 std::vector<WDatabase::entryInfo> WDatabase::GetMissingExperimentDirectoryInfo() {
     std::vector<entryInfo> entries;
+    const std::wstring group = Quoted(L"groupID");
     RunQuery(
-        L"SELECT groupID,m_sPath,m_sName FROM WExperiment WHERE groupID NOT IN (SELECT m_nDirectoryID FROM "
-        L"WDirectoryEntry WHERE m_sDirectoryClassName LIKE 'WExperiment') ORDER BY groupID",
+        L"SELECT " + group + L"," + Quoted(L"m_sPath") + L"," + Quoted(L"m_sName") + L" FROM " +
+            Quoted(L"WExperiment") + L" WHERE " + group + L" NOT IN (SELECT " + Quoted(L"m_nDirectoryID") +
+            L" FROM " + Quoted(L"WDirectoryEntry") + L" WHERE " + Quoted(L"m_sDirectoryClassName") +
+            L" LIKE 'WExperiment') ORDER BY " + group,
         [&entries](odbc::Handle statement) {
             constexpr std::size_t room = 260 / sizeof(platform::Utf16Unit);
-            std::int32_t group = 0;
+            std::int32_t number = 0;
             platform::Utf16Unit path[room] = {};
             platform::Utf16Unit name[room] = {};
             odbc::Length indicators[3] = {};
-            BindFirstColumn(statement, &group, &indicators[0]);
+            BindFirstColumn(statement, &number, &indicators[0]);
             DemandSuccess(odbc::BindCol(statement, 2, odbc::kCWChar, path, sizeof(path), &indicators[1]));
             DemandSuccess(odbc::BindCol(statement, 3, odbc::kCWChar, name, sizeof(name), &indicators[2]));
             const auto text = [](const platform::Utf16Unit* units) {
@@ -433,7 +458,7 @@ std::vector<WDatabase::entryInfo> WDatabase::GetMissingExperimentDirectoryInfo()
             };
             for (bool hasRow = true; hasRow;) {
                 hasRow = FetchRow(statement);
-                entries.push_back({group, text(path), text(name)});
+                entries.push_back({number, text(path), text(name)});
             }
         });
     return entries;

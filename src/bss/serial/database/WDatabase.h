@@ -18,8 +18,10 @@
 // WNESerializerError of statements and values, std::runtime_error where a table can't be made or extended.
 // From Read and Write of an object they arrive wrapped as its header tells.
 //
-// Back-ends: Microsoft Access and SQL Server, SQLite as the embedded default on Linux. A driver that is not
-// known is spoken to as one of the first two, by whether it lets columns be fetched in any order.
+// Back-ends: Microsoft Access and SQL Server, SQLite as the embedded default on Linux, PostgreSQL as the
+// server (a data source of its Unicode driver; the schema is the first of the user's search path). A driver
+// that is not known is spoken to as one of the first two, by whether it lets columns be fetched in any order.
+// For SQLite and PostgreSQL the statements of an object are prepared once a connection and kept.
 //
 // Threads: one thread at a time.
 
@@ -281,11 +283,13 @@ protected:
 private:
     enum e_pass : int { passNone = 0, passSchema = 1, passData = 2 };
     class Statement;
+    class Reset;
     class CurrentObject;
 
     [[noreturn]] void FailToConnect(const wchar_t* debugText, void* handle, short handleType);
     void OpenConnection(bool isFile);
     void ReadCapabilities(bool isFile);
+    void ReadSchema();
     std::wstring GetInfoText(std::uint16_t what, std::size_t room) const;
     std::wstring NameOfCurrentClass() const;
     std::wstring GetPosition(const WPersistentObject* object, const std::wstring& column = {}) const;
@@ -293,6 +297,19 @@ private:
     /// Runs a query on a statement of its own; `read` takes the rows, and throws std::runtime_error where it
     /// can't.
     void RunQuery(const std::wstring& query, const std::function<void(void* statement)>& read);
+    void ReadAnswer(std::int16_t result, void* statement,
+                    const std::function<void(void* statement)>& read) const;
+    /// The same on the statement of an object's row, where the dialect keeps it.
+    void RunKeyQuery(const std::wstring& query, const WPersistentObject& object,
+                     const std::function<void(void* statement)>& read);
+    void RetrieveRow(const WPersistentObject& object, const std::vector<column>& columns);
+    void DemandNoError(std::int16_t result, void* statement) const;
+    std::int16_t RunStatement(void* statement, const std::wstring& text);
+    void* StatementFor(const std::wstring& text);
+    void DropKeptStatements();
+    std::wstring Quoted(const std::wstring& name) const;
+    std::wstring KeyCondition(const WPersistentObject& object) const;
+    void BindKey(void* statement, int firstMarker, const WPersistentObject& object);
     static void BindFirstColumn(void* statement, std::int32_t* target, std::intptr_t* indicator);
     static bool FetchRow(void* statement);
 
@@ -306,6 +323,7 @@ private:
 
     template <class RunOne, class RunAgain>
     void RunDataPass(RunOne runOne, RunAgain runAgain);
+    void Send(const std::wstring& text);
     void RollBack() noexcept;
     void DeleteOldComponents(WPersistentObject& object);
     void ComposeStatement(const WPersistentObject& object, bool isUpdate);
@@ -318,7 +336,10 @@ private:
     std::unique_ptr<parameter> FetchValue(const WPersistentObject& object, const column& from);
     std::int16_t FetchFixed(parameter& value);
     std::int16_t FetchBinary(parameter& value, bool* isThere);
+    std::int16_t FetchWholeBinary(parameter& value, bool* isThere);
     std::int16_t FetchText(parameter& value);
+    std::int16_t FetchPieces(const parameter& value, std::int16_t cType, std::size_t endUnit,
+                             std::string* bytes, bool* isNull);
     static void SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters);
     static void RemoveAllParameters(parameterList& parameters);
 
@@ -369,7 +390,11 @@ private:
     void* m_hDbc = nullptr;
     void* m_hStmt = nullptr;
     void* m_hStmtSchema = nullptr;
-    WPersistentObject* m_pCurrentObject = nullptr; ///< not owned; null outside Read, Write and Delete
+    void* m_hRow = nullptr; ///< of the object in hand: m_hStmt or one of the kept ones
+    std::map<std::wstring, void*> m_KeptStatements; ///< by their texts
+    std::int64_t m_aKey[2] = {};                    ///< what the markers of a key are bound to
+    std::wstring m_sSchema;                         ///< whose tables are meant; empty: all
+    WPersistentObject* m_pCurrentObject = nullptr;  ///< not owned; null outside Read, Write and Delete
     /// Class and numbers of the last one, for messages.
     std::wstring m_sLastClass = L"Unknown";
     long m_nLastGroup = 0;

@@ -57,6 +57,7 @@ void WDatabase::CheckDataTypes() {
             throw WNEODBCError(GetErrorMsg(m_hDbc, odbc::kConnection));
         }
     }
+    ReadSchema();
     m_nBitType = odbc::kBit;
     m_nIntegerType = odbc::kInteger;
     m_nDoubleType = odbc::kDouble;
@@ -90,6 +91,22 @@ void WDatabase::CheckDataTypes() {
     MapTables();
 }
 
+/// Other schemas may have tables of the same names.
+void WDatabase::ReadSchema() {
+    m_sSchema.clear();
+    const std::wstring query = m_pDialect->SchemaQuery();
+    if (query.empty()) {
+        return;
+    }
+    NarrowColumn<128> name;
+    name.Bind(m_hStmtSchema, 1);
+    if (!odbc::Succeeded(odbc::ExecDirect(m_hStmtSchema, query)) ||
+        !odbc::Succeeded(odbc::Fetch(m_hStmtSchema))) {
+        throw WNEODBCError(GetErrorMsg(m_hStmtSchema, odbc::kStatement));
+    }
+    m_sSchema = name.Value();
+}
+
 void WDatabase::MapDataTypes() {
     m_DataTypes = {
         {m_nBitType, L"bit"},       {odbc::kWLongVarChar, L"wlongvarchar"},   {m_nIntegerType, L"integer"},
@@ -117,8 +134,9 @@ void WDatabase::MapDataTypes() {
 
 void WDatabase::MapTables() {
     m_Tables.clear();
+    DropKeptStatements();
     Release(m_hStmtSchema, {odbc::kUnbind, odbc::kClose});
-    if (!odbc::Succeeded(odbc::Tables(m_hStmtSchema, L"TABLE"))) {
+    if (!odbc::Succeeded(odbc::Tables(m_hStmtSchema, L"TABLE", m_sSchema))) {
         throw WNEODBCError(GetErrorMsg(m_hStmtSchema, odbc::kStatement));
     }
     NarrowColumn<128> name;
@@ -133,7 +151,7 @@ void WDatabase::MapTables() {
 void WDatabase::MapColumns() {
     for (auto& [table, columns] : m_Tables) {
         Release(m_hStmtSchema, {odbc::kUnbind, odbc::kClose});
-        if (!odbc::Succeeded(odbc::Columns(m_hStmtSchema, table))) {
+        if (!odbc::Succeeded(odbc::Columns(m_hStmtSchema, table, m_sSchema))) {
             throw WNEODBCError(GetErrorMsg(m_hStmtSchema, odbc::kStatement));
         }
         NarrowColumn<128> name;
@@ -169,6 +187,9 @@ WDatabase::tableMap::iterator WDatabase::FindTable(const std::wstring& name) {
 
 void WDatabase::CreateTable(const WPersistentObject& object) {
     const std::wstring name = object.GetNameOfClass();
+    if (!HasTable(name)) {
+        Send(m_pDialect->LockForWriting());
+    }
     if (FindTable(name) != m_Tables.end()) {
         return;
     }
@@ -189,6 +210,7 @@ void WDatabase::CreateTable(const WPersistentObject& object) {
         OutputDebugStringW(text.c_str());
     }
     m_Tables[name] = fixed;
+    DropKeptStatements();
 }
 
 int WDatabase::CreateColumn(const std::wstring& name, const std::wstring& typeName) {
@@ -228,6 +250,7 @@ void WDatabase::AlterTable(const WPersistentObject& object, const std::vector<co
     }
     table->second.insert(table->second.end(), added.begin(), added.end());
     std::sort(table->second.begin(), table->second.end());
+    DropKeptStatements();
 }
 
 void WDatabase::DropTable(const WPersistentObject& object) {
@@ -236,7 +259,7 @@ void WDatabase::DropTable(const WPersistentObject& object) {
         return;
     }
     ClearQueryStream();
-    m_QueryStream << L"DROP TABLE " << name;
+    m_QueryStream << L"DROP TABLE " << Quoted(name);
     SetTransactionMode(transactionAuto);
     SendQuery();
     MapTables();
@@ -248,7 +271,7 @@ void WDatabase::RenameTable(const WPersistentObject& object, const std::wstring&
         return;
     }
     ClearQueryStream();
-    m_QueryStream << L"RENAME TABLE " << oldName << L" TO " << newName;
+    m_QueryStream << L"RENAME TABLE " << Quoted(oldName) << L" TO " << Quoted(newName);
     SetTransactionMode(transactionAuto);
     SendQuery();
     MapTables();

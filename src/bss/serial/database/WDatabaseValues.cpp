@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <ctime>
 #include <limits>
@@ -164,7 +165,9 @@ void WDatabase::AddParameter(parameter::e_kind kind, const std::wstring& key, co
     if (length > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / 2) {
         throw WNESerializerError(L"cannot write column '" + key + L"': its value has more than 1 GiB");
     }
-    m_Parameters.push_back(std::make_unique<parameter>(kind, key, data, static_cast<std::int32_t>(length),
+    // A driver takes a null pointer for NULL, which is not what an empty value is.
+    m_Parameters.push_back(std::make_unique<parameter>(kind, key, data == nullptr ? "" : data,
+                                                       static_cast<std::int32_t>(length),
                                                        m_pCurrentObject->GetVersion()));
 }
 
@@ -242,6 +245,13 @@ void WDatabase::Insert(const std::wstring& key, double value) {
     if (IsSchemaPass()) {
         return;
     }
+    if (!m_pDialect->HasAllDoubles()) {
+        if (std::isnan(value)) {
+            throw WNESerializerError(L"cannot write column '" + key +
+                                     L"': its value is not a number, for which this database has no form");
+        }
+        value += 0.0; // a negative zero becomes zero
+    }
     AddToCheckSum(value);
     AddParameter(parameter::kindDouble, key, &value, sizeof(value));
 }
@@ -310,13 +320,14 @@ void WDatabase::Retrieve(const std::wstring& key, GUID& value) {
     value = GUID{};
     odbc::Length indicator = 0;
     odbc::Result result = odbc::kNoData;
-    if (!m_pDialect->HasGuidText()) {
+    if (!m_pDialect->KeepsStatements()) {
         const int index = GetColumnIndexFromName(key);
         result = odbc::GetData(m_hStmt, static_cast<std::uint16_t>(index), odbc::kCGuid, &value,
                                sizeof(value), &indicator);
     }
-    if (result == odbc::kNoData) {
-        // A driver that gives a value once has given it when the row was fetched.
+    if (result == odbc::kNoData || (!odbc::Succeeded(result) && !m_bAnyOrder)) {
+        // A driver that gives a value once, or only in the order of the columns, has given it when the row
+        // was fetched, and a row that is closed has given all.
         const parameter& fetched = DemandParameter(key, L"No data found for table (8) ");
         indicator = fetched.data == nullptr ? odbc::kNullData : fetched.dataLength;
         TakeFixed(key, L"", &value);

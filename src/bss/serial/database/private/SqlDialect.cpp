@@ -1,7 +1,8 @@
 #include "bss/serial/database/private/SqlDialect.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstring>
+#include <initializer_list>
 #include <string_view>
 
 namespace bss {
@@ -9,6 +10,25 @@ namespace bss {
 namespace {
 
 namespace odbc = platform::odbc;
+
+std::wstring InQuotes(const std::wstring& name) {
+    std::wstring quoted = L"\"";
+    for (const wchar_t c : name) {
+        quoted += c == L'"' ? std::wstring(L"\"\"") : std::wstring(1, c);
+    }
+    return quoted + L"\"";
+}
+
+struct TypeName {
+    const wchar_t* name;
+    WDatabase::parameter::e_kind kind;
+};
+
+WDatabase::parameter::e_kind KindIn(const std::wstring& typeName, std::initializer_list<TypeName> types) {
+    const auto* const type =
+        std::find_if(types.begin(), types.end(), [&](const TypeName& each) { return each.name == typeName; });
+    return type == types.end() ? WDatabase::parameter::kindNone : type->kind;
+}
 
 class AccessDialect : public SqlDialect {
 public:
@@ -36,8 +56,12 @@ class SqliteDialect : public SqlDialect {
 public:
     std::wstring CreateIndex(const std::wstring& table) const override {
         // All indices of a database share one name space.
-        return L"CREATE UNIQUE INDEX [" + table + L"_groupID_objectID] ON [" + table +
-               L"] ([groupID] ASC, [objectID] ASC)";
+        return L"CREATE UNIQUE INDEX " + Quoted(table + L"_groupID_objectID") + L" ON " + Quoted(table) +
+               L" ([groupID] ASC, [objectID] ASC)";
+    }
+    /// In brackets what is no name is a failure, in quotes it would be a text.
+    std::wstring Quoted(const std::wstring& name) const override {
+        return name.find(L']') == std::wstring::npos ? L"[" + name + L"]" : InQuotes(name);
     }
     std::vector<std::wstring> AddColumns(const std::wstring& table,
                                          const std::vector<column>& columns) const override {
@@ -55,12 +79,52 @@ public:
     parameter::e_kind KindOfType(const std::wstring& typeName) const override {
         return typeName == L"integer" ? parameter::kindInteger : SqlDialect::KindOfType(typeName);
     }
-    bool HasUtf8Text() const override { return true; }
+    /// Of a double its driver would give 15 digits.
+    std::wstring Fetched(const column& from) const override {
+        const std::wstring name = Quoted(from.name);
+        return KindOfType(from.type) == parameter::kindDouble ? L"printf('%!.20g', " + name + L")" : name;
+    }
+    bool HasAllDoubles() const override { return false; }
+    /// Two processes that have read could each wait for the other one's end before they may write. There is
+    /// no word for the lock inside a transaction; this begins to write and finds nothing to do.
+    std::wstring LockForWriting() const override { return L"PRAGMA incremental_vacuum(1)"; }
+    e_text GetTextForm() const override { return textEscapedUtf8; }
     bool HasGuidText() const override { return true; }
-    bool EndsPlainly() const override { return true; }
+    bool KeepsStatements() const override { return true; }
+};
+
+/// Names without quotes would be folded to lower case. The server refuses text with a NUL or with half a
+/// surrogate pair.
+class PostgreSqlDialect : public SqlDialect {
+public:
+    std::wstring CreateIndex(const std::wstring& table) const override {
+        // All tables and indices of a schema share one name space.
+        return L"CREATE UNIQUE INDEX " + Quoted(table + L"_groupID_objectID") + L" ON " + Quoted(table) +
+               L" (\"groupID\", \"objectID\")";
+    }
+    std::wstring Quoted(const std::wstring& name) const override { return InQuotes(name); }
+    std::wstring SchemaQuery() const override { return L"SELECT current_schema()"; }
+    bool HasTypeNames() const override { return true; }
+    parameter::e_kind KindOfType(const std::wstring& typeName) const override {
+        return KindIn(typeName, {{L"bool", parameter::kindBit},
+                                 {L"int4", parameter::kindInteger},
+                                 {L"float8", parameter::kindDouble},
+                                 {L"text", parameter::kindText},
+                                 {L"bytea", parameter::kindBinary},
+                                 {L"uuid", parameter::kindGuid}});
+    }
+    std::wstring FixStateForReading() const override {
+        return L"SET TRANSACTION ISOLATION LEVEL REPEATABLE READ";
+    }
+    e_text GetTextForm() const override { return textEscapedUtf16; }
+    bool KeepsStatements() const override { return true; }
+
+protected:
+    std::wstring AddClause() const override { return L"ADD "; }
 };
 
 constexpr char16_t kEscapeMark = 0xFFFE;
+constexpr std::u16string_view kDigits = u"0123456789abcdef";
 
 bool IsHighHalf(char16_t unit) {
     return (unit & 0xFC00) == 0xD800;
@@ -84,10 +148,9 @@ bool NeedsEscape(platform::Utf16View units) {
 }
 
 /// The value of a hexadecimal digit, 0 for what is none.
-unsigned DigitValue(wchar_t c) {
-    constexpr std::wstring_view digits = L"0123456789abcdef";
-    const std::size_t value = digits.find(c);
-    return value == std::wstring_view::npos ? 0 : static_cast<unsigned>(value);
+unsigned DigitValue(char16_t c) {
+    const std::size_t value = kDigits.find(c);
+    return value == std::u16string_view::npos ? 0 : static_cast<unsigned>(value);
 }
 
 } // namespace
@@ -98,6 +161,9 @@ std::unique_ptr<const SqlDialect> SqlDialect::Make(const std::wstring& dbmsName,
     if (dbmsName == L"SQLite") {
         return std::make_unique<SqliteDialect>();
     }
+    if (dbmsName == L"PostgreSQL") {
+        return std::make_unique<PostgreSqlDialect>();
+    }
     if (anyOrder) {
         return std::make_unique<AccessDialect>();
     }
@@ -105,10 +171,10 @@ std::unique_ptr<const SqlDialect> SqlDialect::Make(const std::wstring& dbmsName,
 }
 
 std::wstring SqlDialect::CreateTable(const std::wstring& table, const std::vector<column>& fixed) const {
-    std::wstring text = L"CREATE TABLE " + TablePrefix() + table + L" (";
+    std::wstring text = L"CREATE TABLE " + TablePrefix() + Quoted(table) + L" (";
     for (const column& each : fixed) {
         const bool isFirst = &each == &fixed.front();
-        text += (isFirst ? L"" : L", ") + each.name + L" " + each.type +
+        text += (isFirst ? L"" : L", ") + Quoted(each.name) + L" " + each.type +
                 (isFirst ? L" PRIMARY KEY" : L" NOT NULL");
     }
     return text + L")";
@@ -119,10 +185,19 @@ std::vector<std::wstring> SqlDialect::AddColumns(const std::wstring& table,
     std::wstring list;
     for (const column& each : columns) {
         if (each.name != L"checkSum") {
-            list += (list.empty() ? L"" : L", ") + each.name + L" " + each.type + L" NULL";
+            list +=
+                (list.empty() ? L"" : L", " + AddClause()) + Quoted(each.name) + L" " + each.type + L" NULL";
         }
     }
-    return {L"ALTER TABLE " + table + L" ADD " + list};
+    return {L"ALTER TABLE " + Quoted(table) + L" ADD " + list};
+}
+
+std::wstring SqlDialect::Quoted(const std::wstring& name) const {
+    return name;
+}
+
+std::wstring SqlDialect::SchemaQuery() const {
+    return {};
 }
 
 std::wstring SqlDialect::WriteHint() const {
@@ -142,42 +217,49 @@ bool SqlDialect::HasTypeNames() const {
 }
 
 WDatabase::parameter::e_kind SqlDialect::KindOfType(const std::wstring& typeName) const {
-    struct Row {
-        const wchar_t* name;
-        parameter::e_kind kind;
-    };
-    static constexpr Row rows[] = {
-        {L"bit", parameter::kindBit},
-        {L"BIT", parameter::kindBit},
-        {L"char", parameter::kindBoolCharacter},
-        {L"int", parameter::kindInteger},
-        {L"INTEGER", parameter::kindInteger},
-        {L"double", parameter::kindDouble},
-        {L"DOUBLE", parameter::kindDouble},
-        {L"float", parameter::kindDouble},
-        {L"LONGCHAR", parameter::kindText},
-        {L"ntext", parameter::kindText},
-        {L"string", parameter::kindText},
-        {L"image", parameter::kindBinary},
-        {L"longvarbinary", parameter::kindBinary},
-        {L"LONGBINARY", parameter::kindBinary},
-        {L"GUID", parameter::kindGuid},
-        {L"uniqueidentifier", parameter::kindGuid},
-    };
-    const auto* const row = std::find_if(std::begin(rows), std::end(rows),
-                                         [&](const Row& each) { return each.name == typeName; });
-    return row == std::end(rows) ? parameter::kindNone : row->kind;
+    return KindIn(typeName, {{L"bit", parameter::kindBit},
+                             {L"BIT", parameter::kindBit},
+                             {L"char", parameter::kindBoolCharacter},
+                             {L"int", parameter::kindInteger},
+                             {L"INTEGER", parameter::kindInteger},
+                             {L"double", parameter::kindDouble},
+                             {L"DOUBLE", parameter::kindDouble},
+                             {L"float", parameter::kindDouble},
+                             {L"LONGCHAR", parameter::kindText},
+                             {L"ntext", parameter::kindText},
+                             {L"string", parameter::kindText},
+                             {L"image", parameter::kindBinary},
+                             {L"longvarbinary", parameter::kindBinary},
+                             {L"LONGBINARY", parameter::kindBinary},
+                             {L"GUID", parameter::kindGuid},
+                             {L"uniqueidentifier", parameter::kindGuid}});
 }
 
-bool SqlDialect::HasUtf8Text() const {
-    return false;
+std::wstring SqlDialect::Fetched(const column& from) const {
+    return Quoted(from.name);
+}
+
+bool SqlDialect::HasAllDoubles() const {
+    return true;
+}
+
+std::wstring SqlDialect::LockForWriting() const {
+    return {};
+}
+
+std::wstring SqlDialect::FixStateForReading() const {
+    return {};
+}
+
+SqlDialect::e_text SqlDialect::GetTextForm() const {
+    return textUtf16;
 }
 
 bool SqlDialect::HasGuidText() const {
     return false;
 }
 
-bool SqlDialect::EndsPlainly() const {
+bool SqlDialect::KeepsStatements() const {
     return false;
 }
 
@@ -185,29 +267,43 @@ std::wstring SqlDialect::TablePrefix() const {
     return {};
 }
 
-std::string EncodeText(platform::Utf16View units) {
-    if (!NeedsEscape(units)) {
-        return platform::Utf8FromWide(platform::WideFromUtf16(units));
-    }
-    std::wstring escaped(1, static_cast<wchar_t>(kEscapeMark));
-    for (const auto unit : units) {
-        for (int shift = 12; shift >= 0; shift -= 4) {
-            escaped += L"0123456789abcdef"[static_cast<char16_t>(unit) >> shift & 0xF];
-        }
-    }
-    return platform::Utf8FromWide(escaped);
+std::wstring SqlDialect::AddClause() const {
+    return {};
 }
 
-platform::Utf16String DecodeText(std::string_view bytes) {
-    const std::wstring text = platform::WideFromUtf8(bytes);
-    if (text.empty() || static_cast<char32_t>(text[0]) != kEscapeMark) {
-        return platform::Utf16String(platform::Utf16FromWide(text));
+std::string EncodeText(platform::Utf16View units, SqlDialect::e_text form) {
+    platform::Utf16String escaped;
+    if (form != SqlDialect::textUtf16 && NeedsEscape(units)) {
+        escaped += static_cast<platform::Utf16Unit>(kEscapeMark);
+        for (const auto unit : units) {
+            for (int shift = 12; shift >= 0; shift -= 4) {
+                escaped +=
+                    static_cast<platform::Utf16Unit>(kDigits[static_cast<char16_t>(unit) >> shift & 0xF]);
+            }
+        }
+        units = escaped;
+    }
+    return form == SqlDialect::textEscapedUtf8
+               ? platform::Utf8FromWide(platform::WideFromUtf16(units))
+               : std::string(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(units[0]));
+}
+
+platform::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form) {
+    platform::Utf16String text;
+    if (form == SqlDialect::textEscapedUtf8) {
+        text = platform::Utf16String(platform::Utf16FromWide(platform::WideFromUtf8(bytes)));
+    } else {
+        text.resize(bytes.size() / sizeof(text[0]));
+        std::memcpy(text.data(), bytes.data(), text.size() * sizeof(text[0]));
+    }
+    if (form == SqlDialect::textUtf16 || text.empty() || static_cast<char16_t>(text[0]) != kEscapeMark) {
+        return text;
     }
     platform::Utf16String units;
     for (std::size_t i = 1; i + 4 <= text.size(); i += 4) {
         unsigned unit = 0;
         for (std::size_t digit = i; digit < i + 4; ++digit) {
-            unit = unit << 4 | DigitValue(text[digit]);
+            unit = unit << 4 | DigitValue(static_cast<char16_t>(text[digit]));
         }
         units += static_cast<platform::Utf16Unit>(unit);
     }

@@ -23,6 +23,10 @@ public:
     using column = WDatabase::column;
     using parameter = WDatabase::parameter;
 
+    /// How texts go to and from the driver: UTF-16 as it is, or, in that or in UTF-8, with an escape for what
+    /// the back-end can't hold.
+    enum e_text { textUtf16, textEscapedUtf16, textEscapedUtf8 };
+
     virtual ~SqlDialect();
 
     /// `dbmsName` as the driver tells it; `anyOrder`: columns may be fetched in any order.
@@ -34,6 +38,10 @@ public:
     /// The statements that add columns, to be run in their order.
     virtual std::vector<std::wstring> AddColumns(const std::wstring& table,
                                                  const std::vector<column>& columns) const;
+    /// A table's or a column's name as it stands in statements.
+    virtual std::wstring Quoted(const std::wstring& name) const;
+    /// The query for the schema whose tables are meant; empty: all that the driver shows.
+    virtual std::wstring SchemaQuery() const;
     /// What stands behind a table's name when it is written or read.
     virtual std::wstring WriteHint() const;
     virtual std::wstring ReadHint() const;
@@ -43,25 +51,36 @@ public:
     /// Whether the columns of a table tell their type by name rather than by number.
     virtual bool HasTypeNames() const;
     virtual parameter::e_kind KindOfType(const std::wstring& typeName) const;
+    /// What stands for a column in the list of those that are fetched.
+    virtual std::wstring Fetched(const column& from) const;
+    /// Whether doubles have a negative zero and one that is not a number.
+    virtual bool HasAllDoubles() const;
+    /// A statement that changes nothing and takes the lock of writers; empty: none is needed.
+    virtual std::wstring LockForWriting() const;
+    /// A statement by which the queries of a transaction all see one state; empty: none is needed, or there
+    /// is none.
+    virtual std::wstring FixStateForReading() const;
 
-    /// Whether texts go to and from the driver as UTF-8 and not as UTF-16.
-    virtual bool HasUtf8Text() const;
+    virtual e_text GetTextForm() const;
     /// Whether GUIDs go as their text.
     virtual bool HasGuidText() const;
-    /// Whether the driver tells the size of binary data as a plain success, and the end of a text by one,
-    /// too, rather than by having no more data.
-    virtual bool EndsPlainly() const;
+    /// Whether the statements of objects are prepared once a connection and kept, with markers for keys, and
+    /// rows are fetched column by named column and closed at once. Otherwise each is sent anew.
+    virtual bool KeepsStatements() const;
 
 protected:
     SqlDialect() = default;
     virtual std::wstring TablePrefix() const;
+    /// What stands before each added column but the first.
+    virtual std::wstring AddClause() const;
 };
 
-/// Any text as UTF-8 that every back-end can hold: as it is, or, where it holds a NUL or half a surrogate
-/// pair, as U+FFFE and four hexadecimal digits for each code unit.
-KRTBSS_API std::string EncodeText(platform::Utf16View units);
+/// The bytes of a text for the driver. An escaped text is one that every back-end can hold: as it is, or,
+/// where it holds a NUL or half a surrogate pair or begins with U+FFFE, as U+FFFE and four hexadecimal digits
+/// for each code unit.
+KRTBSS_API std::string EncodeText(platform::Utf16View units, SqlDialect::e_text form);
 /// Text that is no UTF-8 has U+FFFD for what is wrong.
-KRTBSS_API platform::Utf16String DecodeText(std::string_view bytes);
+KRTBSS_API platform::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form);
 
 } // namespace bss
 

@@ -33,6 +33,21 @@ private:
     bool m_isAllocated = false;
 };
 
+/// Leaves a statement that is kept without rows and without bindings of columns.
+class WDatabase::Reset {
+public:
+    explicit Reset(platform::odbc::Handle statement) : m_handle(statement) {}
+    ~Reset() {
+        platform::odbc::FreeStmt(m_handle, platform::odbc::kClose);
+        platform::odbc::FreeStmt(m_handle, platform::odbc::kUnbind);
+    }
+    Reset(const Reset&) = delete;
+    Reset& operator=(const Reset&) = delete;
+
+private:
+    platform::odbc::Handle m_handle;
+};
+
 } // namespace bss
 
 #endif
