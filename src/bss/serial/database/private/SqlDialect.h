@@ -7,6 +7,7 @@
 #ifndef BSS_SERIAL_DATABASE_SQLDIALECT_H
 #define BSS_SERIAL_DATABASE_SQLDIALECT_H
 
+#include "bss/Export.h"
 #include "bss/serial/database/WDatabase.h"
 #include "platform/odbc.h"
 #include "platform/text.h"
@@ -17,7 +18,7 @@
 
 namespace bss {
 
-class SqlDialect {
+class KRTBSS_API SqlDialect {
 public:
     using column = WDatabase::column;
     using parameter = WDatabase::parameter;
@@ -77,9 +78,9 @@ protected:
 /// The bytes of a text for the driver. An escaped text is one that every back-end can hold: as it is, or,
 /// where it holds a NUL or half a surrogate pair or begins with U+FFFE, as U+FFFE and four hexadecimal digits
 /// for each code unit.
-std::string EncodeText(platform::Utf16View units, SqlDialect::e_text form);
+KRTBSS_API std::string EncodeText(platform::Utf16View units, SqlDialect::e_text form);
 /// Text that is no UTF-8 has U+FFFD for what is wrong.
-platform::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form);
+KRTBSS_API platform::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form);
 
 } // namespace bss
 

@@ -1,0 +1,135 @@
+// A database that the library has written, and the tool run on it.
+
+#ifndef TESTS_TOOLS_KRTSTOREFIXTURE_H
+#define TESTS_TOOLS_KRTSTOREFIXTURE_H
+
+#include "bss/serial/WPersistentObject.h"
+#include "bss/serial/WVersion.h"
+#include "bss/serial/database/WDatabase.h"
+#include "krtstore/Program.h"
+#include "platform/odbc.h"
+#include "serial/database/Everything.h"
+#include "support/Wine.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+inline const long kOldest = bss::WVersion::GetVersion(5, 3, 0, 0);
+inline const long kOld = bss::WVersion::GetVersion(5, 3, 1, 0);
+inline const long kFramed = bss::WVersion::GetVersion(5, 3, 2, 0);
+
+/// The row that the document of the format shows.
+class Sample : public bss::WPersistentObject {
+public:
+    explicit Sample(long object = 4) : WPersistentObject(3, object, bss::WVersion(5, 3, 2, 0)) {}
+    void Serialize(bool bRead) override {
+        WPersistentObject::Serialize(bRead);
+        const auto member = [&](const wchar_t* key, auto& value) {
+            bRead ? m_pSerializer->Retrieve(key, value) : m_pSerializer->Insert(key, value);
+        };
+        member(L"isOpen", isOpen);
+        member(L"angle", angle);
+        member(L"name", name);
+        member(L"counts", counts);
+        member(L"names", names);
+    }
+    bool isOpen = true;
+    double angle = 90.5;
+    std::wstring name = L"toluene";
+    std::vector<long> counts = {1, 2, -1};
+    std::vector<std::wstring> names = {L"one", L"", L"\"3\""};
+};
+
+struct Outcome {
+    int status = 0;
+    std::string output;
+    std::string errors;
+};
+
+class KrtstoreTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (sizeof(void*) == 4 && RunsUnderWine()) {
+            GTEST_SKIP() << "Wine reaches the ODBC drivers of Linux from 64-bit programs only";
+        }
+        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+        // A relative path is the same for Windows, and for the driver of Linux that Wine reaches.
+        m_path = std::string("krtstore-") + test->name() + ".db";
+        std::filesystem::remove(m_path);
+        Connect(m_database);
+    }
+    void TearDown() override {
+        m_database.Disconnect();
+        std::error_code ignored;
+        std::filesystem::remove(m_path, ignored);
+    }
+    void Connect(bss::WDatabase& database) const { database.ConnectFile(L"", L"", m_path.wstring()); }
+
+    /// A statement of another program; false if it fails.
+    bool Execute(const std::wstring& sql) const {
+        namespace odbc = platform::odbc;
+        odbc::Handle environment = nullptr;
+        odbc::Handle connection = nullptr;
+        odbc::Handle statement = nullptr;
+        odbc::AllocHandle(odbc::kEnvironment, nullptr, &environment);
+        odbc::SetEnvAttr(environment, odbc::kAttrOdbcVersion, odbc::kOdbcVersion3);
+        odbc::AllocHandle(odbc::kConnection, environment, &connection);
+        bool isDone = odbc::Succeeded(
+            odbc::DriverConnect(connection, L"DRIVER={SQLite3};Database=" + m_path.wstring() + L";"));
+        if (isDone && odbc::Succeeded(odbc::AllocHandle(odbc::kStatement, connection, &statement))) {
+            isDone = odbc::Succeeded(odbc::ExecDirect(statement, sql));
+            odbc::FreeHandle(odbc::kStatement, statement);
+            odbc::Disconnect(connection);
+        }
+        odbc::FreeHandle(odbc::kConnection, connection);
+        odbc::FreeHandle(odbc::kEnvironment, environment);
+        return isDone;
+    }
+
+    std::string Database() const { return m_path.string(); }
+
+    /// In this process: the command, the database, and what follows.
+    Outcome Krtstore(const std::string& command, const std::vector<std::string>& rest = {},
+                     bool hasTerminal = false) const {
+        std::vector<std::string> arguments = {command, Database()};
+        arguments.insert(arguments.end(), rest.begin(), rest.end());
+        return RunHere(arguments, hasTerminal);
+    }
+    static Outcome RunHere(const std::vector<std::string>& arguments, bool hasTerminal = false) {
+        std::ostringstream output;
+        std::ostringstream errors;
+        const int status = krtstore::Run(arguments, output, errors, hasTerminal);
+        return {status, output.str(), errors.str()};
+    }
+
+    template <class Object>
+    void Write(Object object, long version = 0) {
+        object.Write(&m_database, version, true);
+    }
+    /// Objects 1, 2, 3 of class Everything, one a version, filled but for the last.
+    void WriteEverything(const std::vector<long>& versions) {
+        for (std::size_t i = 0; i < versions.size(); ++i) {
+            Everything object(static_cast<long>(i) + 1);
+            if (i + 1 < versions.size()) {
+                object.Fill();
+            }
+            Write(object, versions[i]);
+        }
+    }
+
+    static std::string BytesOf(const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    std::filesystem::path m_path;
+    bss::WDatabase m_database;
+};
+
+#endif
