@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -95,6 +96,18 @@ TEST_F(Export, KeepsNumbersAndTextsThatJsonHasNoFormFor) {
     EXPECT_NE(Krtstore("export").output.find(
                   "\"angle\": \"Infinity\", \"name\": \"\\udd1ex\\ud834\\u0000\\ufffe\""),
               std::string::npos);
+
+    // Where SQLite has no number.
+    sample = Sample();
+    sample.angle = -0.0;
+    Write(sample);
+    sample = Sample(5);
+    sample.angle = std::numeric_limits<double>::quiet_NaN();
+    Write(sample);
+    EXPECT_EQ(Krtstore("verify").output, "2 rows, 0 faults\n");
+    const Json angles = TableOf(Json::parse(Krtstore("export").output), "Sample")["rows"];
+    EXPECT_TRUE(std::signbit(angles[0]["angle"].get<double>()));
+    EXPECT_EQ(angles[1]["angle"], "NaN");
 
     Execute(L"CREATE TABLE numbers (a integer, b double, c double, d TEXT, e BLOB)");
     Execute(L"INSERT INTO numbers VALUES (9007199254740993, -1e999, 1.2345678901234567e-300, 'a\nb', x'')");

@@ -7,9 +7,8 @@
 #include "bss/serial/WVersion.h"
 #include "bss/serial/database/WDatabase.h"
 #include "krtstore/Program.h"
-#include "platform/odbc.h"
 #include "serial/database/Everything.h"
-#include "support/Wine.h"
+#include "serial/database/Fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -52,45 +51,9 @@ struct Outcome {
     std::string errors;
 };
 
-class KrtstoreTest : public testing::Test {
+class KrtstoreTest : public DatabaseTest {
 protected:
-    void SetUp() override {
-        if (sizeof(void*) == 4 && RunsUnderWine()) {
-            GTEST_SKIP() << "Wine reaches the ODBC drivers of Linux from 64-bit programs only";
-        }
-        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-        // A relative path is the same for Windows, and for the driver of Linux that Wine reaches.
-        m_path = std::string("krtstore-") + test->name() + ".db";
-        std::filesystem::remove(m_path);
-        Connect(m_database);
-    }
-    void TearDown() override {
-        m_database.Disconnect();
-        std::error_code ignored;
-        std::filesystem::remove(m_path, ignored);
-    }
-    void Connect(bss::WDatabase& database) const { database.ConnectFile(L"", L"", m_path.wstring()); }
-
-    /// A statement of another program; false if it fails.
-    bool Execute(const std::wstring& sql) const {
-        namespace odbc = platform::odbc;
-        odbc::Handle environment = nullptr;
-        odbc::Handle connection = nullptr;
-        odbc::Handle statement = nullptr;
-        odbc::AllocHandle(odbc::kEnvironment, nullptr, &environment);
-        odbc::SetEnvAttr(environment, odbc::kAttrOdbcVersion, odbc::kOdbcVersion3);
-        odbc::AllocHandle(odbc::kConnection, environment, &connection);
-        bool isDone = odbc::Succeeded(
-            odbc::DriverConnect(connection, L"DRIVER={SQLite3};Database=" + m_path.wstring() + L";"));
-        if (isDone && odbc::Succeeded(odbc::AllocHandle(odbc::kStatement, connection, &statement))) {
-            isDone = odbc::Succeeded(odbc::ExecDirect(statement, sql));
-            odbc::FreeHandle(odbc::kStatement, statement);
-            odbc::Disconnect(connection);
-        }
-        odbc::FreeHandle(odbc::kConnection, connection);
-        odbc::FreeHandle(odbc::kEnvironment, environment);
-        return isDone;
-    }
+    explicit KrtstoreTest(const Backend& backend = kSqlite) : DatabaseTest(backend) {}
 
     std::string Database() const { return m_path.string(); }
 
@@ -127,9 +90,6 @@ protected:
         std::ifstream stream(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
-
-    std::filesystem::path m_path;
-    bss::WDatabase m_database;
 };
 
 #endif

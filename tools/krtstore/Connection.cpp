@@ -230,8 +230,9 @@ void SetInteger(const std::string& text, Cell* cell) {
 
 void SetDouble(const std::string& text, Cell* cell) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), cell->real);
-    cell->form = error == std::errc() ? Cell::Form::Double : Cell::Form::Text;
-    cell->text = error == std::errc() ? std::wstring() : Wide(text);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    cell->form = isNumber ? Cell::Form::Double : Cell::Form::Text;
+    cell->text = isNumber ? std::wstring() : Wide(text);
 }
 
 /// Text stays text where it is no identifier.
@@ -594,6 +595,12 @@ Cell Connection::FetchStored(odbc::Handle statement, std::uint16_t column, Kind 
     }
     if (storage == "real") {
         SetDouble(FetchPieces(statement, value, odbc::kCChar, 1).bytes, &cell);
+        return cell;
+    }
+    if (storage == "text" && kind == Kind::Double) {
+        // The two numbers that SQLite does not have stand there as texts.
+        const std::string text = FetchPieces(statement, value, odbc::kCChar, 1).bytes;
+        SetDouble(text == "-0x0" ? "-0" : text, &cell);
         return cell;
     }
     const bool isGuid = kind == Kind::Guid && storage == "text";

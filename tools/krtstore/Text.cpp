@@ -90,6 +90,9 @@ std::string JsonNumber(double value) {
     if (!std::isfinite(value)) {
         return std::isnan(value) ? "\"NaN\"" : value < 0.0 ? "\"-Infinity\"" : "\"Infinity\"";
     }
+    if (value == 0.0 && std::signbit(value)) {
+        return "-0.0"; // as an integer it would lose its sign
+    }
     char text[32];
     const std::to_chars_result end = std::to_chars(std::begin(text), std::end(text), value);
     return {static_cast<const char*>(text), static_cast<const char*>(end.ptr)};
