@@ -411,4 +411,18 @@ TEST_F(StoreFile, WhatCannotBeOpenedIsToldOf) {
     EXPECT_EQ(other.GetUser(), L"");
 }
 
+using FileName = DatabaseTest;
+
+TEST_F(FileName, MayHaveAnyLetters) {
+    if (RunsUnderWine()) {
+        GTEST_SKIP() << "Wine hands names to the drivers of Linux in its own encoding";
+    }
+    bss::WDatabase database;
+    database.ConnectFile(L"", L"", L"database-50%-\u00E9\u65E5.db");
+    Tree tree(1, 0, 0);
+    tree.Write(&database, 0, true);
+    database.Disconnect();
+    EXPECT_TRUE(std::filesystem::remove(u8"database-50%-\u00E9\u65E5.db"));
+}
+
 } // namespace

@@ -12,6 +12,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <cwctype>
@@ -38,6 +39,25 @@ bool IsAccessFile(const std::wstring& path) {
     return kFilesAreAccess ? !EndsWith(path, L".db") && !EndsWith(path, L".sqlite") : EndsWith(path, L".mdb");
 }
 
+/// The name of an SQLite file for its driver. On Linux that has no calls with wide text, and the driver
+/// manager would cut letters outside ASCII: such a name goes as a URI.
+std::wstring SqliteName(const std::wstring& path) {
+    const bool isAscii = std::all_of(path.begin(), path.end(), [](wchar_t c) { return c > 0 && c < 0x80; });
+    if (kFilesAreAccess || isAscii) {
+        return path;
+    }
+    std::wstring uri = L"file:";
+    for (const char c : platform::Utf8FromWide(path)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80 && (std::isalnum(byte) != 0 || c == '/' || c == '.' || c == '-' || c == '_')) {
+            uri += static_cast<wchar_t>(c);
+        } else {
+            uri += {L'%', L"0123456789ABCDEF"[byte >> 4], L"0123456789ABCDEF"[byte & 0xF]};
+        }
+    }
+    return uri;
+}
+
 std::wstring FileConnection(const std::wstring& path, const std::wstring& user,
                             const std::wstring& password) {
     if (IsAccessFile(path)) {
@@ -49,7 +69,7 @@ std::wstring FileConnection(const std::wstring& path, const std::wstring& user,
                            L"': its driver takes no name with a semicolon");
     }
     // What is written lasts before the call returns, other processes are waited for, and text stays as it is.
-    return L"DRIVER={" KRTBSS_SQLITE_DRIVER L"};Database=" + path +
+    return L"DRIVER={" KRTBSS_SQLITE_DRIVER L"};Database=" + SqliteName(path) +
            L";Timeout=10000;SyncPragma=FULL;FKSupport=0;LongNames=0;NoWCHAR=1;";
 }
 
