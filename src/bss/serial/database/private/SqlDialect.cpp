@@ -1,8 +1,12 @@
 #include "bss/serial/database/private/SqlDialect.h"
 
+#include "bss/exception/WExceptionCatalogue.h"
+
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstring>
+#include <cwctype>
 #include <initializer_list>
 #include <string_view>
 
@@ -11,6 +15,40 @@ namespace bss {
 namespace {
 
 namespace odbc = platform::odbc;
+
+/// What a database file is where its name does not tell.
+constexpr bool kFilesAreAccess = KRTBSS_ACCESS_FILES;
+
+bool EndsWith(const std::wstring& path, std::wstring_view extension) {
+    return path.size() >= extension.size() &&
+           std::equal(extension.begin(), extension.end(), path.end() - static_cast<long>(extension.size()),
+                      [](wchar_t a, wchar_t b) {
+                          return a == static_cast<wchar_t>(std::towlower(static_cast<wint_t>(b)));
+                      });
+}
+
+bool IsAccessFile(const std::wstring& path) {
+    return kFilesAreAccess ? !EndsWith(path, L".db") && !EndsWith(path, L".sqlite") : EndsWith(path, L".mdb");
+}
+
+/// The name of an SQLite file for its driver. On Linux that has no calls with wide text, and the driver
+/// manager would cut letters outside ASCII: such a name goes as a URI.
+std::wstring SqliteName(const std::wstring& path) {
+    const bool isAscii = std::all_of(path.begin(), path.end(), [](wchar_t c) { return c > 0 && c < 0x80; });
+    if (kFilesAreAccess || isAscii) {
+        return path;
+    }
+    std::wstring uri = L"file:";
+    for (const char c : platform::Utf8FromWide(path)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80 && (std::isalnum(byte) != 0 || c == '/' || c == '.' || c == '-' || c == '_')) {
+            uri += static_cast<wchar_t>(c);
+        } else {
+            uri += {L'%', L"0123456789ABCDEF"[byte >> 4], L"0123456789ABCDEF"[byte & 0xF]};
+        }
+    }
+    return uri;
+}
 
 std::wstring InQuotes(const std::wstring& name) {
     std::wstring quoted = L"\"";
@@ -163,6 +201,21 @@ unsigned DigitValue(char16_t c) {
 } // namespace
 
 SqlDialect::~SqlDialect() = default;
+
+std::wstring SqlDialect::FileConnection(const std::wstring& path, const std::wstring& user,
+                                        const std::wstring& password) {
+    if (IsAccessFile(path)) {
+        return L"APP=vorin.exe;DRIVER={Microsoft Access Driver (*.mdb)};MaxBufferSize=4096;DBQ=" + path +
+               L";UID=" + user + L";PWD=" + password + L";";
+    }
+    if (path.find(L';') != std::wstring::npos) {
+        throw WNEODBCError(L"cannot open the database file '" + path +
+                           L"': its driver takes no name with a semicolon");
+    }
+    // What is written lasts before the call returns, other processes are waited for, and text stays as it is.
+    return L"DRIVER={" KRTBSS_SQLITE_DRIVER L"};Database=" + SqliteName(path) +
+           L";Timeout=10000;SyncPragma=FULL;FKSupport=0;LongNames=0;NoWCHAR=1;";
+}
 
 std::unique_ptr<const SqlDialect> SqlDialect::Make(const std::wstring& dbmsName, bool anyOrder) {
     if (dbmsName == L"SQLite") {

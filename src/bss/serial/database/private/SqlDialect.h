@@ -29,6 +29,10 @@ public:
 
     virtual ~SqlDialect();
 
+    /// What opens a database file: by the Access driver or by SQLite's. Throws WNEODBCError for a name that
+    /// the driver can't be told.
+    static std::wstring FileConnection(const std::wstring& path, const std::wstring& user,
+                                       const std::wstring& password);
     /// `dbmsName` as the driver tells it; `anyOrder`: columns may be fetched in any order.
     static std::unique_ptr<const SqlDialect> Make(const std::wstring& dbmsName, bool anyOrder);
 
