@@ -19,6 +19,9 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#ifndef _WIN32
+#include <locale.h>
+#endif
 
 static_assert(sizeof(SQLWCHAR) == 2 && sizeof(SQLLEN) == sizeof(platform::odbc::Length));
 
@@ -40,6 +43,34 @@ private:
     Utf16String m_units;
 };
 
+/// While a handle of a connection is made, when the driver manager of Linux learns from the locale how it is
+/// to convert text for a driver without wide calls. In a program that has not set one each letter would
+/// become a byte.
+#ifdef _WIN32
+struct Utf8Locale {
+    Utf8Locale() {}
+};
+#else
+class Utf8Locale {
+public:
+    Utf8Locale()
+        : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
+          m_former(m_locale == nullptr ? nullptr : uselocale(m_locale)) {}
+    ~Utf8Locale() {
+        if (m_locale != nullptr) {
+            uselocale(m_former);
+            freelocale(m_locale);
+        }
+    }
+    Utf8Locale(const Utf8Locale&) = delete;
+    Utf8Locale& operator=(const Utf8Locale&) = delete;
+
+private:
+    locale_t m_locale;
+    locale_t m_former;
+};
+#endif
+
 std::wstring WideText(const SQLWCHAR* units, std::size_t length) {
     return std::wstring(WideFromUtf16(Utf16View(reinterpret_cast<const Utf16Unit*>(units), length)));
 }
@@ -47,6 +78,10 @@ std::wstring WideText(const SQLWCHAR* units, std::size_t length) {
 } // namespace
 
 Result AllocHandle(std::int16_t kind, Handle parent, Handle* handle) {
+    if (kind == kStatement) {
+        return SQLAllocHandle(kind, parent, handle);
+    }
+    const Utf8Locale utf8;
     return SQLAllocHandle(kind, parent, handle);
 }
 

@@ -411,6 +411,34 @@ TEST_F(StoreFile, WhatCannotBeOpenedIsToldOf) {
     EXPECT_EQ(other.GetUser(), L"");
 }
 
+class Labelled : public bss::WPersistentObject {
+public:
+    Labelled() : WPersistentObject(1, 1, bss::WVersion(5, 3, 2, 0)) {}
+    void Serialize(bool bRead) override {
+        WPersistentObject::Serialize(bRead);
+        bRead ? m_pSerializer->Retrieve(kLabel, value) : m_pSerializer->Insert(kLabel, value);
+    }
+    static constexpr const wchar_t* kLabel = L"m_\u00B5\u20AC";
+    long value = 1;
+};
+
+// This program has set no locale, which the driver manager of Linux would go by.
+TEST_P(Store, LabelsMayHaveAnyLetters) {
+    if (RunsUnderWine()) {
+        GTEST_SKIP() << "Wine hands names to the drivers of Linux in its own encoding";
+    }
+    Labelled written;
+    ASSERT_EQ(FailureOf([&] { written.Write(&m_database, 0, true); }), "");
+    bss::WDatabase later;
+    Connect(later);
+    EXPECT_TRUE(later.HasColumn(L"Labelled", Labelled::kLabel));
+    written.value = 2;
+    ASSERT_EQ(FailureOf([&] { written.Write(&later, 0, true); }), "");
+    Labelled read;
+    EXPECT_EQ(FailureOf([&] { read.Read(&later, 0, true); }), "");
+    EXPECT_EQ(read.value, 2);
+}
+
 using FileName = DatabaseTest;
 
 TEST_F(FileName, MayHaveAnyLetters) {
