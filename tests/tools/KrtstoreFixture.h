@@ -3,12 +3,12 @@
 #ifndef TESTS_TOOLS_KRTSTOREFIXTURE_H
 #define TESTS_TOOLS_KRTSTOREFIXTURE_H
 
-#include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
 #include "bss/serial/database/WDatabase.h"
 #include "krtstore/Program.h"
 #include "serial/database/Everything.h"
 #include "serial/database/Fixture.h"
+#include "serial/database/Persistent.h"
 
 #include <gtest/gtest.h>
 
@@ -23,20 +23,17 @@ inline const long kOldest = bss::WVersion::GetVersion(5, 3, 0, 0);
 inline const long kOld = bss::WVersion::GetVersion(5, 3, 1, 0);
 inline const long kFramed = bss::WVersion::GetVersion(5, 3, 2, 0);
 
-/// The row that the document of the format shows.
-class Sample : public bss::WPersistentObject {
+/// The row that the document of the format shows, and an array of texts.
+class Sample : public Persistent {
 public:
-    explicit Sample(long object = 4) : WPersistentObject(3, object, bss::WVersion(5, 3, 2, 0)) {}
+    explicit Sample(long object = 4) : Persistent(3, object) {}
     void Serialize(bool bRead) override {
         WPersistentObject::Serialize(bRead);
-        const auto member = [&](const wchar_t* key, auto& value) {
-            bRead ? m_pSerializer->Retrieve(key, value) : m_pSerializer->Insert(key, value);
-        };
-        member(L"isOpen", isOpen);
-        member(L"angle", angle);
-        member(L"name", name);
-        member(L"counts", counts);
-        member(L"names", names);
+        Pass(bRead, L"isOpen", isOpen);
+        Pass(bRead, L"angle", angle);
+        Pass(bRead, L"name", name);
+        Pass(bRead, L"counts", counts);
+        Pass(bRead, L"names", names);
     }
     bool isOpen = true;
     double angle = 90.5;

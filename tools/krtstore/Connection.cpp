@@ -95,19 +95,6 @@ Kind KindOf(bss::WDatabase::parameter::e_kind kind) {
     }
 }
 
-/// The name of a file in ASCII, whatever its letters.
-std::string Locator(const std::string& file) {
-    constexpr char hex[] = "0123456789ABCDEF";
-    std::string text = "file:";
-    for (const char c : file) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                             c == '/' || c == '.' || c == '-' || c == '_';
-        text += isPlain ? std::string(1, c) : std::string({'%', hex[byte >> 4U], hex[byte & 0xFU]});
-    }
-    return text;
-}
-
 /// The kinds of columns of the store by the driver's number of their type, with those that serve where a
 /// back-end has no such type.
 Kind KindOfNumber(std::int64_t sqlType) {
@@ -370,13 +357,15 @@ void Connection::ConnectFile(const std::string& file) {
         throw Failure("The database " + m_sName + " cannot be opened: it is a folder.");
     }
     // A row at a time, no file made, and text as it is.
-    const auto connect = [this](const std::string& name) {
+    const auto connect = [this](const std::wstring& name) {
         return odbc::Succeeded(odbc::DriverConnect(
-            m_Link.connection, L"DRIVER={" KRTSTORE_SQLITE_DRIVER L"};Database=" + Wide(name) +
+            m_Link.connection, L"DRIVER={" KRTSTORE_SQLITE_DRIVER L"};Database=" + name +
                                    L";Timeout=10000;NoCreat=1;StepAPI=1;LongNames=0;NoWCHAR=1;"));
     };
-    // Not every SQLite takes a locator, and only some drivers take any other name as it is.
-    const bool isConnected = connect(Locator(file)) || (file.find(';') == std::string::npos && connect(file));
+    // Not every SQLite takes a URI, and only some drivers take any other name as it is.
+    const std::wstring path = Wide(file);
+    const bool isConnected =
+        connect(bss::SqlDialect::SqliteUri(path)) || (path.find(L';') == std::wstring::npos && connect(path));
     if (!isConnected) {
         Fail("The database " + m_sName + " cannot be opened", odbc::kConnection, m_Link.connection);
     }

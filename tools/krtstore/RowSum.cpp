@@ -3,12 +3,13 @@
 #include "bss/serial/WVersion.h"
 #include "bss/serial/database/WChecksum.h"
 #include "bss/serial/database/WDatabase.h"
-#include "bss/system/WEncryption.h"
 #include "bss/system/WGuid.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <limits>
 
 namespace krtstore {
 
@@ -37,7 +38,8 @@ const std::vector<KnownClass>& KnownClasses() {
 }
 
 /// Opens what every WDatabase has for itself.
-struct Escapes : bss::WDatabase {
+struct Sums : bss::WDatabase {
+    using WDatabase::CalculateCheckSum;
     using WDatabase::EscapeString;
 };
 
@@ -51,13 +53,14 @@ std::wstring BinarySum(const std::vector<unsigned char>& bytes, std::int64_t ver
     if (version < bss::WVersion::GetVersion(5, 3, 0, 9)) {
         escaped.resize(2 * bytes.size() + 1);
         length = static_cast<unsigned long>(
-            Escapes::EscapeString(escaped.data(), data, static_cast<long>(bytes.size())));
+            Sums::EscapeString(escaped.data(), data, static_cast<long>(bytes.size())));
         data = escaped.data();
     }
     return std::to_wstring(bss::WChecksum::GetCheckSum(data, length, 0));
 }
 
 std::wstring DoubleText(double value) {
+    value = std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value; // without a sign
     char text[32];
     const std::to_chars_result end =
         std::to_chars(std::begin(text), std::end(text), value, std::chars_format::scientific, 4);
@@ -152,11 +155,8 @@ std::wstring RowSum::TextOf(const Row& row) const {
 }
 
 bool RowSum::Agrees(const Row& row) const {
-    const std::wstring text = TextOf(row);
-    const unsigned long sum =
-        bss::WChecksum::GetCheckSum(text.data(), static_cast<unsigned long>(text.size()), 0);
-    const std::wstring made = bss::WEncryption().EncryptWideString(std::to_wstring(sum));
-    return StoredUnits(made) == StoredUnits(row[m_nCheckSum].text);
+    static const Sums& sums = *new Sums; // never destroyed
+    return StoredUnits(sums.CalculateCheckSum(TextOf(row))) == StoredUnits(row[m_nCheckSum].text);
 }
 
 } // namespace krtstore

@@ -325,7 +325,6 @@ private:
                      const std::function<void(void* statement)>& read);
     void RetrieveRow(const WPersistentObject& object, const std::vector<column>& columns);
     void DemandNoError(std::int16_t result, void* statement) const;
-    std::int16_t RunStatement(void* statement, const std::wstring& text);
     void* StatementFor(const std::wstring& text);
     void DropKeptStatements();
     std::wstring Quoted(const std::wstring& name) const;

@@ -259,11 +259,8 @@ void WDatabase::BindKey(void* statement, int firstMarker, const WPersistentObjec
     }
 }
 
-/// The statement for a text about an object: m_hStmt, or the one that was prepared for the text.
+/// The statement that was prepared for a text about an object.
 void* WDatabase::StatementFor(const std::wstring& text) {
-    if (!m_pDialect->KeepsStatements()) {
-        return m_hStmt;
-    }
     if (const auto kept = m_KeptStatements.find(text); kept != m_KeptStatements.end()) {
         return kept->second;
     }
@@ -292,11 +289,6 @@ void WDatabase::DropKeptStatements() {
     m_KeptStatements.clear();
     m_KeptTables.clear();
     m_hRow = m_hStmt;
-}
-
-/// `statement` is the one for this text.
-std::int16_t WDatabase::RunStatement(void* statement, const std::wstring& text) {
-    return m_pDialect->KeepsStatements() ? odbc::Execute(statement) : odbc::ExecDirect(statement, text);
 }
 
 void WDatabase::ClearCheckSumStream() {
@@ -499,7 +491,8 @@ void WDatabase::FailStatement(const std::wstring& text) {
 }
 
 void WDatabase::ExecuteStatement(const WPersistentObject& object) {
-    const odbc::Result result = RunStatement(m_hRow, m_QueryStream.str());
+    const odbc::Result result =
+        m_pDialect->KeepsStatements() ? odbc::Execute(m_hRow) : odbc::ExecDirect(m_hRow, m_QueryStream.str());
     if (result == odbc::kError || result == odbc::kInvalidHandle) {
         FailStatement(GetErrorMsg(m_hRow, odbc::kStatement) + GetPosition(&object));
     }

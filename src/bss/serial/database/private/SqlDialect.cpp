@@ -31,23 +31,11 @@ bool IsAccessFile(const std::wstring& path) {
     return kFilesAreAccess ? !EndsWith(path, L".db") && !EndsWith(path, L".sqlite") : EndsWith(path, L".mdb");
 }
 
-/// The name of an SQLite file for its driver. On Linux that has no calls with wide text, and the driver
-/// manager would cut letters outside ASCII: such a name goes as a URI.
+/// On Linux SQLite's driver has no calls with wide text, and the driver manager would cut letters outside
+/// ASCII.
 std::wstring SqliteName(const std::wstring& path) {
     const bool isAscii = std::all_of(path.begin(), path.end(), [](wchar_t c) { return c > 0 && c < 0x80; });
-    if (kFilesAreAccess || isAscii) {
-        return path;
-    }
-    std::wstring uri = L"file:";
-    for (const char c : platform::Utf8FromWide(path)) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80 && (std::isalnum(byte) != 0 || c == '/' || c == '.' || c == '-' || c == '_')) {
-            uri += static_cast<wchar_t>(c);
-        } else {
-            uri += {L'%', L"0123456789ABCDEF"[byte >> 4], L"0123456789ABCDEF"[byte & 0xF]};
-        }
-    }
-    return uri;
+    return kFilesAreAccess || isAscii ? path : SqlDialect::SqliteUri(path);
 }
 
 std::wstring InQuotes(const std::wstring& name) {
@@ -215,6 +203,19 @@ std::wstring SqlDialect::FileConnection(const std::wstring& path, const std::wst
     // What is written lasts before the call returns, other processes are waited for, and text stays as it is.
     return L"DRIVER={" KRTBSS_SQLITE_DRIVER L"};Database=" + SqliteName(path) +
            L";Timeout=10000;SyncPragma=FULL;FKSupport=0;LongNames=0;NoWCHAR=1;";
+}
+
+std::wstring SqlDialect::SqliteUri(const std::wstring& path) {
+    std::wstring uri = L"file:";
+    for (const char c : platform::Utf8FromWide(path)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80 && (std::isalnum(byte) != 0 || c == '/' || c == '.' || c == '-' || c == '_')) {
+            uri += static_cast<wchar_t>(c);
+        } else {
+            uri += {L'%', L"0123456789ABCDEF"[byte >> 4], L"0123456789ABCDEF"[byte & 0xF]};
+        }
+    }
+    return uri;
 }
 
 std::unique_ptr<const SqlDialect> SqlDialect::Make(const std::wstring& dbmsName, bool anyOrder) {

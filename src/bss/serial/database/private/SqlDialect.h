@@ -33,6 +33,8 @@ public:
     /// the driver can't be told.
     static std::wstring FileConnection(const std::wstring& path, const std::wstring& user,
                                        const std::wstring& password);
+    /// The name of a file in ASCII, whatever its letters.
+    static std::wstring SqliteUri(const std::wstring& path);
     /// `dbmsName` as the driver tells it; `anyOrder`: columns may be fetched in any order.
     static std::unique_ptr<const SqlDialect> Make(const std::wstring& dbmsName, bool anyOrder);
 
