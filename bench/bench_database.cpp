@@ -17,7 +17,7 @@
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
 #include "bss/serial/database/WDatabase.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <benchmark/benchmark.h>
 
@@ -73,11 +73,11 @@ class Reading : public bss::WPersistentObject {
 public:
     explicit Reading(const Values& values)
         : WPersistentObject(values.group, values.object, version), m_values(values),
-          m_name(platform::WideFromUtf8(values.name)) {}
+          m_name(krtpal::WideFromUtf8(values.name)) {}
 
     Values Content() const {
         Values values = m_values;
-        values.name = platform::Utf8FromWide(m_name);
+        values.name = krtpal::Utf8FromWide(m_name);
         return values;
     }
     void Serialize(bool bRead) override {
@@ -118,9 +118,7 @@ private:
 
 class Krtbss : public Contestant {
 public:
-    explicit Krtbss(const std::string& path) {
-        m_database.ConnectFile(L"", L"", platform::WideFromUtf8(path));
-    }
+    explicit Krtbss(const std::string& path) { m_database.ConnectFile(L"", L"", krtpal::WideFromUtf8(path)); }
 
     void Take(const std::vector<Values>& objects) override {
         m_readings = std::vector<Reading>(objects.begin(), objects.end());
@@ -170,7 +168,7 @@ public:
 class KrtbssSeries : public SeriesContestant {
 public:
     explicit KrtbssSeries(const std::string& path) {
-        m_database.ConnectFile(L"", L"", platform::WideFromUtf8(path));
+        m_database.ConnectFile(L"", L"", krtpal::WideFromUtf8(path));
     }
     void Write(const std::vector<double>& samples) override {
         m_series.samples = samples;
@@ -207,7 +205,7 @@ void Register(const std::string& name, std::size_t count, int repetitions, Body 
                                      try {
                                          body(state);
                                      } catch (const bss::WNestedException& e) {
-                                         state.SkipWithError(platform::NarrowText(e.AsString(false)).c_str());
+                                         state.SkipWithError(krtpal::NarrowText(e.AsString(false)).c_str());
                                      } catch (const std::exception& e) {
                                          state.SkipWithError(e.what());
                                      }

@@ -10,7 +10,7 @@
 
 #include "bss/math/WConvolution.h"
 #include "bss/math/WFFT.h"
-#include "bss/math/WGaussianFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
 
 #include <benchmark/benchmark.h>
 #include <fftw3.h>

@@ -7,9 +7,9 @@
 //
 //     bench_fit [--benchmark_... options]
 
-#include "bss/math/WCumulantsFunction.h"
-#include "bss/math/WGaussianFunction.h"
 #include "bss/math/WNonLinearLeastSquaresFit.h"
+#include "bss/math/model/WCumulantsFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
 
 #include <benchmark/benchmark.h>
 #include <cminpack.h>

@@ -1,7 +1,7 @@
 // Reads any bytes as the file of a module, or, where they begin like no such file, as the version block in
 // one. Whatever they are, each answer lies within the block that was read.
 
-#include "platform/version.h"
+#include "krtpal/version.h"
 
 #include <array>
 #include <cstdint>

@@ -6,8 +6,8 @@
 #ifndef BSS_EXPORT_H
 #define BSS_EXPORT_H
 
-#include "platform/export.h"
+#include "krtpal/export.h"
 
-#define KRTBSS_API PLATFORM_API
+#define KRTBSS_API KRTPAL_API
 
 #endif

@@ -4,7 +4,7 @@
 #define BSS_MODULE_H
 
 #include "bss/Export.h"
-#include "platform/module.h"
+#include "krtpal/module.h"
 
 /// The handle of this library's module, from load to unload; null outside. Exported by plain name: it is what
 /// other modules export, too, to be listed with their versions.

@@ -1,21 +1,21 @@
 // Text to the standard streams.
 //
-//     platform::WriteConsoleText(STD_ERROR_HANDLE, L"r\u00FCckw\u00E4rts\n");
+//     krtpal::WriteConsoleText(STD_ERROR_HANDLE, L"r\u00FCckw\u00E4rts\n");
 //
 // Threads: one call's text is written whole to a pipe or file only as far as the system does so; nothing is
 // locked.
 
-#ifndef PLATFORM_CONSOLE_H
-#define PLATFORM_CONSOLE_H
+#ifndef KRTPAL_CONSOLE_H
+#define KRTPAL_CONSOLE_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #include <string_view>
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr DWORD STD_INPUT_HANDLE = static_cast<DWORD>(-10);
 inline constexpr DWORD STD_OUTPUT_HANDLE = static_cast<DWORD>(-11);
@@ -32,29 +32,29 @@ struct OVERLAPPED;
 
 /// The stream's handle; it is not owned. Null if the stream is closed, INVALID_HANDLE_VALUE for another
 /// number.
-PLATFORM_API HANDLE WINAPI GetStdHandle(DWORD stream);
+KRTPAL_API HANDLE WINAPI GetStdHandle(DWORD stream);
 /// Writes all bytes, however often the system interrupts or shortens a write. `written` holds what went out,
 /// on failure too.
-PLATFORM_API BOOL WINAPI WriteFile(HANDLE stream, LPCVOID data, DWORD bytes, DWORD* written,
-                                   OVERLAPPED* overlapped);
+KRTPAL_API BOOL WINAPI WriteFile(HANDLE stream, LPCVOID data, DWORD bytes, DWORD* written,
+                                 OVERLAPPED* overlapped);
 /// Fails with ERROR_INVALID_HANDLE if the stream is no terminal.
-PLATFORM_API BOOL WINAPI GetConsoleMode(HANDLE stream, DWORD* mode);
+KRTPAL_API BOOL WINAPI GetConsoleMode(HANDLE stream, DWORD* mode);
 /// Counts are of wchar_t. Fails with ERROR_INVALID_HANDLE if the stream is no terminal.
-PLATFORM_API BOOL WINAPI WriteConsoleW(HANDLE stream, const void* text, DWORD length, DWORD* written,
-                                       LPVOID reserved);
+KRTPAL_API BOOL WINAPI WriteConsoleW(HANDLE stream, const void* text, DWORD length, DWORD* written,
+                                     LPVOID reserved);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
-namespace platform {
+namespace krtpal {
 
 /// Writes text to a standard stream: by WriteConsoleW to a console, otherwise as UTF-8. No line end is added
 /// or changed. `stream` is STD_OUTPUT_HANDLE or STD_ERROR_HANDLE. False and the last error if not all of it
 /// could be written.
-PLATFORM_API bool WriteConsoleText(DWORD stream, std::wstring_view text);
+KRTPAL_API bool WriteConsoleText(DWORD stream, std::wstring_view text);
 
-} // namespace platform
+} // namespace krtpal
 
 #endif

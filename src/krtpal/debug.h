@@ -7,24 +7,24 @@
 //
 // Threads: may be called from any thread; the texts of two calls do not mix.
 
-#ifndef PLATFORM_DEBUG_H
-#define PLATFORM_DEBUG_H
+#ifndef KRTPAL_DEBUG_H
+#define KRTPAL_DEBUG_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 /// Null is ignored.
-PLATFORM_API void WINAPI OutputDebugStringW(LPCWSTR text);
+KRTPAL_API void WINAPI OutputDebugStringW(LPCWSTR text);
 /// Narrow text is UTF-8.
-PLATFORM_API void WINAPI OutputDebugStringA(LPCSTR text);
+KRTPAL_API void WINAPI OutputDebugStringA(LPCSTR text);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

@@ -2,7 +2,7 @@
 //
 //     if (!SystemTimeToFileTime(&time, &ticks)) {
 //         const DWORD error = GetLastError();
-//         throw ... L"cannot convert the time: " + platform::SystemText(error) + L" (" +
+//         throw ... L"cannot convert the time: " + krtpal::SystemText(error) + L" (" +
 //         std::to_wstring(error) + L")"
 //     }
 //
@@ -10,18 +10,18 @@
 //
 // Threads: the last error belongs to the calling thread. All calls may be used from any thread.
 
-#ifndef PLATFORM_ERROR_H
-#define PLATFORM_ERROR_H
+#ifndef KRTPAL_ERROR_H
+#define KRTPAL_ERROR_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #include <cstdarg>
 #include <string>
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr DWORD NO_ERROR = 0;
 inline constexpr DWORD ERROR_SUCCESS = 0;
@@ -117,35 +117,35 @@ inline constexpr UINT LMEM_FIXED = 0x0000;
 inline constexpr UINT LMEM_ZEROINIT = 0x0040;
 inline constexpr UINT LPTR = 0x0040;
 
-PLATFORM_API DWORD WINAPI GetLastError();
-PLATFORM_API void WINAPI SetLastError(DWORD error);
+KRTPAL_API DWORD WINAPI GetLastError();
+KRTPAL_API void WINAPI SetLastError(DWORD error);
 
 /// Fixed memory, zeroed with LMEM_ZEROINIT. Null and the last error if there is none or for another flag.
-PLATFORM_API HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T bytes);
+KRTPAL_API HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T bytes);
 /// Null when the memory is freed; null memory is ignored.
-PLATFORM_API HLOCAL WINAPI LocalFree(HLOCAL memory);
+KRTPAL_API HLOCAL WINAPI LocalFree(HLOCAL memory);
 
 /// Fills a template (FROM_STRING) or gives the system's text of an error number (FROM_SYSTEM). The result is
 /// the count of characters without the closing NUL, 0 on failure. `size` counts characters. With
 /// ALLOCATE_BUFFER `buffer` points to a wchar_t* which receives memory for LocalFree of at least `size`
 /// characters.
-PLATFORM_API DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD messageId, DWORD languageId,
-                                         LPWSTR buffer, DWORD size, std::va_list* arguments);
+KRTPAL_API DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD messageId, DWORD languageId,
+                                       LPWSTR buffer, DWORD size, std::va_list* arguments);
 
 /// The Win32 number of an errno value; ERROR_GEN_FAILURE for one that has none.
-PLATFORM_API DWORD ErrorFromErrno(int number);
+KRTPAL_API DWORD ErrorFromErrno(int number);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
-namespace platform {
+namespace krtpal {
 
 /// The system's text of an error number without line ends or blanks behind it; "Unknown error" if there is
 /// none. Leaves the last error as it is.
-PLATFORM_API std::wstring SystemText(DWORD error);
+KRTPAL_API std::wstring SystemText(DWORD error);
 
-} // namespace platform
+} // namespace krtpal
 
 #endif

@@ -11,16 +11,16 @@
 //
 // Threads: all calls may be used from any thread.
 
-#ifndef PLATFORM_EVENTLOG_H
-#define PLATFORM_EVENTLOG_H
+#ifndef KRTPAL_EVENTLOG_H
+#define KRTPAL_EVENTLOG_H
 
-#include "platform/export.h"
-#include "platform/types.h"
-#include "platform/user.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
+#include "krtpal/user.h"
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr WORD EVENTLOG_SUCCESS = 0x0000;
 inline constexpr WORD EVENTLOG_ERROR_TYPE = 0x0001;
@@ -40,25 +40,24 @@ inline constexpr DWORD REG_DWORD = 4;
 
 /// Sources of the log need no key here: one below the log's own place is made and forgotten; any other is
 /// refused with ERROR_NOT_SUPPORTED.
-PLATFORM_API LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR keyClass,
-                                            DWORD options, DWORD access,
-                                            struct SECURITY_ATTRIBUTES* attributes, HKEY* made,
-                                            LPDWORD disposition);
-PLATFORM_API LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type,
-                                           const BYTE* data, DWORD bytes);
-PLATFORM_API LSTATUS WINAPI RegCloseKey(HKEY key);
+KRTPAL_API LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR keyClass,
+                                          DWORD options, DWORD access, struct SECURITY_ATTRIBUTES* attributes,
+                                          HKEY* made, LPDWORD disposition);
+KRTPAL_API LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
+                                         DWORD bytes);
+KRTPAL_API LSTATUS WINAPI RegCloseKey(HKEY key);
 
 /// Null and the last error if there is no daemon, or for a server that is not null.
-PLATFORM_API HANDLE WINAPI RegisterEventSourceW(LPCWSTR server, LPCWSTR source);
-PLATFORM_API BOOL WINAPI DeregisterEventSource(HANDLE source);
+KRTPAL_API HANDLE WINAPI RegisterEventSourceW(LPCWSTR server, LPCWSTR source);
+KRTPAL_API BOOL WINAPI DeregisterEventSource(HANDLE source);
 /// The first of the texts; the category, the number, the user and the data count for nothing. FALSE and the
 /// last error if the daemon did not take it.
-PLATFORM_API BOOL WINAPI ReportEventW(HANDLE source, WORD type, WORD category, DWORD eventId, PSID user,
-                                      WORD count, DWORD dataSize, LPCWSTR* texts, LPVOID data);
+KRTPAL_API BOOL WINAPI ReportEventW(HANDLE source, WORD type, WORD category, DWORD eventId, PSID user,
+                                    WORD count, DWORD dataSize, LPCWSTR* texts, LPVOID data);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

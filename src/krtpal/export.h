@@ -1,20 +1,20 @@
-// PLATFORM_API: exported from the library's module when it is built, imported from it elsewhere.
-// PLATFORM_TYPE_API: for class templates, whose code is in the client: only their type information has to be
+// KRTPAL_API: exported from the library's module when it is built, imported from it elsewhere.
+// KRTPAL_TYPE_API: for class templates, whose code is in the client: only their type information has to be
 // shared.
 
-#ifndef PLATFORM_EXPORT_H
-#define PLATFORM_EXPORT_H
+#ifndef KRTPAL_EXPORT_H
+#define KRTPAL_EXPORT_H
 
 #ifdef _WIN32
 #ifdef KRTBSS_BUILDING
-#define PLATFORM_API __declspec(dllexport)
+#define KRTPAL_API __declspec(dllexport)
 #else
-#define PLATFORM_API __declspec(dllimport)
+#define KRTPAL_API __declspec(dllimport)
 #endif
-#define PLATFORM_TYPE_API
+#define KRTPAL_TYPE_API
 #else
-#define PLATFORM_API __attribute__((visibility("default")))
-#define PLATFORM_TYPE_API __attribute__((visibility("default")))
+#define KRTPAL_API __attribute__((visibility("default")))
+#define KRTPAL_TYPE_API __attribute__((visibility("default")))
 #endif
 
 #endif

@@ -11,11 +11,11 @@
 //
 // Threads: errno belongs to the calling thread. All calls may be used from any thread.
 
-#ifndef PLATFORM_FILE_H
-#define PLATFORM_FILE_H
+#ifndef KRTPAL_FILE_H
+#define KRTPAL_FILE_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -24,22 +24,22 @@
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 using errno_t = int;
 
 /// Modes are r, w or a, with + and b behind it. 0, or the error, which errno has too, and a null file. A
 /// folder is refused with EACCES, whatever the mode; a path without a form in UTF-8 with EILSEQ.
-PLATFORM_API errno_t _wfopen_s(std::FILE** file, LPCWSTR path, LPCWSTR mode); // NOLINT(bugprone-*)
+KRTPAL_API errno_t _wfopen_s(std::FILE** file, LPCWSTR path, LPCWSTR mode); // NOLINT(bugprone-*)
 
 /// The text of an errno value, cut to `size` characters with the NUL; "Unknown error" for others. EINVAL for
 /// a null buffer or no room.
-PLATFORM_API errno_t _wcserror_s(LPWSTR buffer, SIZE_T size, int number); // NOLINT(bugprone-*)
-PLATFORM_API errno_t strerror_s(LPSTR buffer, SIZE_T size, int number);
+KRTPAL_API errno_t _wcserror_s(LPWSTR buffer, SIZE_T size, int number); // NOLINT(bugprone-*)
+KRTPAL_API errno_t strerror_s(LPSTR buffer, SIZE_T size, int number);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

@@ -8,18 +8,18 @@
 //
 // Threads: all calls may be used from any thread.
 
-#ifndef PLATFORM_GUID_H
-#define PLATFORM_GUID_H
+#ifndef KRTPAL_GUID_H
+#define KRTPAL_GUID_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #ifdef _WIN32
 #include <objbase.h>
 #include <rpc.h>
 #else
 
-namespace platform {
+namespace krtpal {
 
 struct GUID {
     ULONG Data1;
@@ -42,16 +42,16 @@ inline bool operator!=(const GUID& a, const GUID& b) {
 
 /// A random identifier (RFC 4122, version 4). E_POINTER for null, E_FAIL where the system has no random
 /// numbers.
-PLATFORM_API HRESULT WINAPI CoCreateGuid(GUID* id);
+KRTPAL_API HRESULT WINAPI CoCreateGuid(GUID* id);
 /// 39 with the closing NUL; 0 if `count` characters are not enough.
-PLATFORM_API int WINAPI StringFromGUID2(REFGUID id, LPWSTR text, int count);
+KRTPAL_API int WINAPI StringFromGUID2(REFGUID id, LPWSTR text, int count);
 /// -1, 0 or 1 by Data1, Data2, Data3 and the bytes of Data4, all without sign. Null is the identifier of
 /// zeros.
-PLATFORM_API int WINAPI UuidCompare(UUID* a, UUID* b, RPC_STATUS* status);
+KRTPAL_API int WINAPI UuidCompare(UUID* a, UUID* b, RPC_STATUS* status);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 static_assert(sizeof(GUID) == 16);

@@ -20,16 +20,16 @@
 //
 // Threads: a receiver belongs to the thread that made it, which alone can dispatch to it and destroy it.
 
-#ifndef PLATFORM_MESSAGE_H
-#define PLATFORM_MESSAGE_H
+#ifndef KRTPAL_MESSAGE_H
+#define KRTPAL_MESSAGE_H
 
-#include "platform/export.h"
-#include "platform/sync.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/sync.h"
+#include "krtpal/types.h"
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 struct HWND__;
 using HWND = HWND__*;
@@ -109,45 +109,45 @@ inline constexpr DWORD MWMO_INPUTAVAILABLE = 0x0004;
 inline const HWND HWND_MESSAGE = reinterpret_cast<HWND>(static_cast<LONG_PTR>(-3));
 
 /// Needs a name and a procedure; 0 and ERROR_CLASS_ALREADY_EXISTS if the name is taken.
-PLATFORM_API ATOM WINAPI RegisterClassExW(const WNDCLASSEXW* windowClass);
+KRTPAL_API ATOM WINAPI RegisterClassExW(const WNDCLASSEXW* windowClass);
 /// FALSE and ERROR_CLASS_HAS_WINDOWS while receivers of it exist, ERROR_CLASS_DOES_NOT_EXIST.
-PLATFORM_API BOOL WINAPI UnregisterClassW(LPCWSTR className, HINSTANCE instance);
+KRTPAL_API BOOL WINAPI UnregisterClassW(LPCWSTR className, HINSTANCE instance);
 /// A receiver of the calling thread; the procedure gets WM_NCCREATE and WM_CREATE, with a null lParam. The
 /// parent must be HWND_MESSAGE; title, style, place and menu count for nothing.
-PLATFORM_API HWND WINAPI CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style,
-                                         int x, int y, int width, int height, HWND parent, HMENU menu,
-                                         HINSTANCE instance, LPVOID parameter);
+KRTPAL_API HWND WINAPI CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style,
+                                       int x, int y, int width, int height, HWND parent, HMENU menu,
+                                       HINSTANCE instance, LPVOID parameter);
 /// FALSE and ERROR_ACCESS_DENIED for a receiver of another thread. The procedure gets WM_DESTROY and
 /// WM_NCDESTROY; messages that wait for the receiver are dropped.
-PLATFORM_API BOOL WINAPI DestroyWindow(HWND window);
-PLATFORM_API BOOL WINAPI IsWindow(HWND window);
+KRTPAL_API BOOL WINAPI DestroyWindow(HWND window);
+KRTPAL_API BOOL WINAPI IsWindow(HWND window);
 /// TRUE for WM_NCCREATE, 0 for all else.
-PLATFORM_API LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+KRTPAL_API LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 /// To the queue of the receiver's thread, or of the calling one for a null receiver. FALSE and
 /// ERROR_INVALID_WINDOW_HANDLE, or ERROR_NOT_ENOUGH_QUOTA when 10,000 messages wait.
-PLATFORM_API BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+KRTPAL_API BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// FALSE and ERROR_INVALID_THREAD_ID for a thread without a queue.
-PLATFORM_API BOOL WINAPI PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam);
+KRTPAL_API BOOL WINAPI PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam);
 /// WM_QUIT with this code, for the calling thread, when a look at its queue finds no other message.
-PLATFORM_API void WINAPI PostQuitMessage(int exitCode);
+KRTPAL_API void WINAPI PostQuitMessage(int exitCode);
 /// The first message for the receiver (null: for any, and the thread's own; -1: the thread's own only) in the
 /// range (0 to 0: any). WM_QUIT of PostQuitMessage passes every filter.
-PLATFORM_API BOOL WINAPI PeekMessageW(MSG* message, HWND window, UINT first, UINT last, UINT remove);
+KRTPAL_API BOOL WINAPI PeekMessageW(MSG* message, HWND window, UINT first, UINT last, UINT remove);
 /// What the procedure answers; 0 for a message without receiver.
-PLATFORM_API LRESULT WINAPI DispatchMessageW(const MSG* message);
+KRTPAL_API LRESULT WINAPI DispatchMessageW(const MSG* message);
 
 /// As WaitForMultipleObjects on up to 63 objects (0 too), and `count` when messages of the kinds in
 /// `wakeMask` arrived that no PeekMessageW has looked for since.
-PLATFORM_API DWORD WINAPI MsgWaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL waitAll,
-                                                    DWORD timeoutMs, DWORD wakeMask);
+KRTPAL_API DWORD WINAPI MsgWaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL waitAll,
+                                                  DWORD timeoutMs, DWORD wakeMask);
 /// Flags: MWMO_WAITALL and MWMO_INPUTAVAILABLE.
-PLATFORM_API DWORD WINAPI MsgWaitForMultipleObjectsEx(DWORD count, const HANDLE* handles, DWORD timeoutMs,
-                                                      DWORD wakeMask, DWORD flags);
+KRTPAL_API DWORD WINAPI MsgWaitForMultipleObjectsEx(DWORD count, const HANDLE* handles, DWORD timeoutMs,
+                                                    DWORD wakeMask, DWORD flags);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

@@ -15,15 +15,15 @@
 //
 // Threads: all calls may be used from any thread.
 
-#ifndef PLATFORM_MODULE_H
-#define PLATFORM_MODULE_H
+#ifndef KRTPAL_MODULE_H
+#define KRTPAL_MODULE_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr DWORD DLL_PROCESS_DETACH = 0;
 inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
@@ -40,20 +40,20 @@ using FARPROC = INT_PTR (*)();
 /// The module that an address belongs to, or the program for a null address. Both flags are needed, and no
 /// others are supported: nothing is counted. FALSE, a null module and ERROR_MOD_NOT_FOUND if the address is
 /// in none.
-PLATFORM_API BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
+KRTPAL_API BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
 /// The path of a module's file; null means the program. The count without NUL; `size` and
 /// ERROR_INSUFFICIENT_BUFFER if the path had to be cut; 0 and ERROR_MOD_NOT_FOUND if there is no such module.
-PLATFORM_API DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD size);
+KRTPAL_API DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD size);
 /// A function or object that the module itself exports by name. Null and ERROR_PROC_NOT_FOUND if there is
 /// none.
-PLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
+KRTPAL_API FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
 
 /// Loads a shared library, or counts one more holder of it. A name without a slash is looked for where the
 /// dynamic linker looks. Null and ERROR_MOD_NOT_FOUND if there is none, ERROR_BAD_EXE_FORMAT if the file is
 /// there and can't be loaded.
-PLATFORM_API HMODULE WINAPI LoadLibraryW(LPCWSTR path);
+KRTPAL_API HMODULE WINAPI LoadLibraryW(LPCWSTR path);
 /// Gives up one hold; the last one unloads the module.
-PLATFORM_API BOOL WINAPI FreeLibrary(HMODULE module);
+KRTPAL_API BOOL WINAPI FreeLibrary(HMODULE module);
 
 /// One text of a module's table of strings.
 struct StringTableEntry {
@@ -66,14 +66,14 @@ struct StringTableEntry {
 /// the address of a pointer, which is set to the text in the module, and the length is the whole one's. 0,
 /// ERROR_RESOURCE_DATA_NOT_FOUND if the module has no table, ERROR_RESOURCE_NAME_NOT_FOUND if that has no
 /// such number, ERROR_MOD_NOT_FOUND if there is no such module.
-PLATFORM_API int WINAPI LoadStringW(HINSTANCE module, UINT number, LPWSTR text, int count);
+KRTPAL_API int WINAPI LoadStringW(HINSTANCE module, UINT number, LPWSTR text, int count);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 
 /// What a module defines that has texts to be loaded: rows in any order, the last one with a null text.
-extern "C" PLATFORM_API const platform::StringTableEntry krtbss_string_table[];
+extern "C" KRTPAL_API const krtpal::StringTableEntry krtbss_string_table[];
 #endif
 
 #endif

@@ -8,11 +8,11 @@
 //
 // Threads: all calls may be used from any thread.
 
-#ifndef PLATFORM_PATH_H
-#define PLATFORM_PATH_H
+#ifndef KRTPAL_PATH_H
+#define KRTPAL_PATH_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #include <cstdlib>
 
@@ -20,7 +20,7 @@
 #include <stdlib.h>
 #else
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr SIZE_T _MAX_DRIVE = 3;   // NOLINT(bugprone-reserved-identifier)
 inline constexpr SIZE_T _MAX_DIR = 256;   // NOLINT(bugprone-reserved-identifier)
@@ -31,16 +31,16 @@ inline constexpr SIZE_T _MAX_EXT = 256;   // NOLINT(bugprone-reserved-identifier
 /// buffer may be null with room 0. EINVAL for a null path, ERANGE if a part does not fit; then all parts are
 /// empty.
 // NOLINTNEXTLINE(bugprone-reserved-identifier)
-PLATFORM_API int _wsplitpath_s(LPCWSTR path, LPWSTR drive, SIZE_T driveRoom, LPWSTR folder, SIZE_T folderRoom,
-                               LPWSTR name, SIZE_T nameRoom, LPWSTR extension, SIZE_T extensionRoom);
+KRTPAL_API int _wsplitpath_s(LPCWSTR path, LPWSTR drive, SIZE_T driveRoom, LPWSTR folder, SIZE_T folderRoom,
+                             LPWSTR name, SIZE_T nameRoom, LPWSTR extension, SIZE_T extensionRoom);
 
 /// The path as it is, since nothing is shortened here. The length without NUL; the length with NUL if that is
 /// over `room`; 0 and the last error if there is no such file.
-PLATFORM_API DWORD WINAPI GetShortPathNameW(LPCWSTR path, LPWSTR shortPath, DWORD room);
+KRTPAL_API DWORD WINAPI GetShortPathNameW(LPCWSTR path, LPWSTR shortPath, DWORD room);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

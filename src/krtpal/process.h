@@ -13,17 +13,17 @@
 //
 // Threads: all calls may be used from any thread.
 
-#ifndef PLATFORM_PROCESS_H
-#define PLATFORM_PROCESS_H
+#ifndef KRTPAL_PROCESS_H
+#define KRTPAL_PROCESS_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #ifdef _WIN32
 #include <psapi.h>
 #else
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr DWORD PROCESS_VM_READ = 0x0010;
 inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x0400;
@@ -31,18 +31,18 @@ inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x0400;
 /// A handle to a running process, by its number, to be closed by CloseHandle; it never means a later process
 /// of the same number. Null and ERROR_INVALID_PARAMETER if there is none, ERROR_ACCESS_DENIED if its modules
 /// may not be looked at, ERROR_NOT_SUPPORTED for other rights than the two.
-PLATFORM_API HANDLE WINAPI OpenProcess(DWORD access, BOOL inheritHandle, DWORD number);
+KRTPAL_API HANDLE WINAPI OpenProcess(DWORD access, BOOL inheritHandle, DWORD number);
 /// As many of the modules as `size` bytes hold, the program first; `needed` gets the bytes that all of them
 /// need. FALSE and the last error if the process has ended.
-PLATFORM_API BOOL WINAPI K32EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, DWORD* needed);
+KRTPAL_API BOOL WINAPI K32EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, DWORD* needed);
 /// The path of a module of the process; null, or the handle of the caller's program, means the process's
 /// program. The count without NUL, or `size` if the path had to be cut; 0 and ERROR_INVALID_HANDLE if the
 /// process has not loaded the module.
-PLATFORM_API DWORD WINAPI K32GetModuleFileNameExW(HANDLE process, HMODULE module, LPWSTR path, DWORD size);
+KRTPAL_API DWORD WINAPI K32GetModuleFileNameExW(HANDLE process, HMODULE module, LPWSTR path, DWORD size);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

@@ -18,16 +18,16 @@
 // Threads: all calls may be used from any thread. Time-outs are milliseconds of the monotonic clock; INFINITE
 // waits for ever.
 
-#ifndef PLATFORM_SYNC_H
-#define PLATFORM_SYNC_H
+#ifndef KRTPAL_SYNC_H
+#define KRTPAL_SYNC_H
 
-#include "platform/error.h"
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/error.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
 /// The wait took a mutex whose owner ended without releasing it.
@@ -55,46 +55,46 @@ using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 
 /// TRUE when the handle was open and is no more. Waits that run on it go on; a name goes with the last
 /// handle.
-PLATFORM_API BOOL WINAPI CloseHandle(HANDLE handle);
+KRTPAL_API BOOL WINAPI CloseHandle(HANDLE handle);
 
 inline constexpr DWORD DUPLICATE_SAME_ACCESS = 2;
 /// A second handle to an object, to be closed by itself. Both processes are the calling one
 /// (GetCurrentProcess()), and the option DUPLICATE_SAME_ACCESS.
-PLATFORM_API BOOL WINAPI DuplicateHandle(HANDLE sourceProcess, HANDLE source, HANDLE targetProcess,
-                                         HANDLE* target, DWORD access, BOOL inheritHandle, DWORD options);
+KRTPAL_API BOOL WINAPI DuplicateHandle(HANDLE sourceProcess, HANDLE source, HANDLE targetProcess,
+                                       HANDLE* target, DWORD access, BOOL inheritHandle, DWORD options);
 
 /// Null and the last error on failure: ERROR_INVALID_HANDLE if the name belongs to an object of another kind.
 /// Where an object of that name exists it is opened, the other arguments are ignored, and the last error is
 /// ERROR_ALREADY_EXISTS; it is 0 where the object was made.
-PLATFORM_API HANDLE WINAPI CreateEventW(SECURITY_ATTRIBUTES* attributes, BOOL manualReset, BOOL initialState,
-                                        LPCWSTR name);
+KRTPAL_API HANDLE WINAPI CreateEventW(SECURITY_ATTRIBUTES* attributes, BOOL manualReset, BOOL initialState,
+                                      LPCWSTR name);
 /// Null and ERROR_FILE_NOT_FOUND if there is no object of that name. `access` counts for nothing.
-PLATFORM_API HANDLE WINAPI OpenEventW(DWORD access, BOOL inheritHandle, LPCWSTR name);
-PLATFORM_API BOOL WINAPI SetEvent(HANDLE event);
-PLATFORM_API BOOL WINAPI ResetEvent(HANDLE event);
+KRTPAL_API HANDLE WINAPI OpenEventW(DWORD access, BOOL inheritHandle, LPCWSTR name);
+KRTPAL_API BOOL WINAPI SetEvent(HANDLE event);
+KRTPAL_API BOOL WINAPI ResetEvent(HANDLE event);
 /// Lets those go who wait now (one of them, for an auto-reset event) and leaves the event clear.
-PLATFORM_API BOOL WINAPI PulseEvent(HANDLE event);
+KRTPAL_API BOOL WINAPI PulseEvent(HANDLE event);
 
 /// As CreateEventW. With `initialOwner` the calling thread owns a mutex that was made, not one that existed.
-PLATFORM_API HANDLE WINAPI CreateMutexW(SECURITY_ATTRIBUTES* attributes, BOOL initialOwner, LPCWSTR name);
-PLATFORM_API HANDLE WINAPI OpenMutexW(DWORD access, BOOL inheritHandle, LPCWSTR name);
+KRTPAL_API HANDLE WINAPI CreateMutexW(SECURITY_ATTRIBUTES* attributes, BOOL initialOwner, LPCWSTR name);
+KRTPAL_API HANDLE WINAPI OpenMutexW(DWORD access, BOOL inheritHandle, LPCWSTR name);
 /// FALSE and ERROR_NOT_OWNER if the calling thread does not own the mutex.
-PLATFORM_API BOOL WINAPI ReleaseMutex(HANDLE mutex);
+KRTPAL_API BOOL WINAPI ReleaseMutex(HANDLE mutex);
 
 /// As CreateEventW; ERROR_INVALID_PARAMETER unless 0 <= initialCount <= maximumCount and maximumCount > 0.
-PLATFORM_API HANDLE WINAPI CreateSemaphoreW(SECURITY_ATTRIBUTES* attributes, LONG initialCount,
-                                            LONG maximumCount, LPCWSTR name);
-PLATFORM_API HANDLE WINAPI OpenSemaphoreW(DWORD access, BOOL inheritHandle, LPCWSTR name);
+KRTPAL_API HANDLE WINAPI CreateSemaphoreW(SECURITY_ATTRIBUTES* attributes, LONG initialCount,
+                                          LONG maximumCount, LPCWSTR name);
+KRTPAL_API HANDLE WINAPI OpenSemaphoreW(DWORD access, BOOL inheritHandle, LPCWSTR name);
 /// FALSE and ERROR_TOO_MANY_POSTS, without effect, if the count would pass the maximum; `previous` is set on
 /// success only and may be null.
-PLATFORM_API BOOL WINAPI ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previous);
+KRTPAL_API BOOL WINAPI ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previous);
 
 /// WAIT_OBJECT_0, WAIT_ABANDONED, WAIT_TIMEOUT; WAIT_FAILED and the last error.
-PLATFORM_API DWORD WINAPI WaitForSingleObject(HANDLE handle, DWORD timeoutMs);
+KRTPAL_API DWORD WINAPI WaitForSingleObject(HANDLE handle, DWORD timeoutMs);
 /// On 1 to 64 objects. Any: the lowest index that could be taken, added to WAIT_OBJECT_0 or WAIT_ABANDONED_0.
 /// All: none is taken before all can be taken at once; no handle may stand twice.
-PLATFORM_API DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL waitAll,
-                                                 DWORD timeoutMs);
+KRTPAL_API DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL waitAll,
+                                               DWORD timeoutMs);
 
 /// A lock inside one process that its owner can take again. The fields are the system's; GetOwnerThread of
 /// the library reads OwningThread, which holds the owner's thread number.
@@ -111,27 +111,27 @@ using CRITICAL_SECTION = _RTL_CRITICAL_SECTION;
 using PCRITICAL_SECTION = CRITICAL_SECTION*;
 using LPCRITICAL_SECTION = CRITICAL_SECTION*;
 
-PLATFORM_API void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section);
+KRTPAL_API void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section);
 /// Always TRUE.
-PLATFORM_API BOOL WINAPI InitializeCriticalSectionAndSpinCount(CRITICAL_SECTION* section, DWORD spinCount);
-PLATFORM_API void WINAPI EnterCriticalSection(CRITICAL_SECTION* section);
-PLATFORM_API BOOL WINAPI TryEnterCriticalSection(CRITICAL_SECTION* section);
+KRTPAL_API BOOL WINAPI InitializeCriticalSectionAndSpinCount(CRITICAL_SECTION* section, DWORD spinCount);
+KRTPAL_API void WINAPI EnterCriticalSection(CRITICAL_SECTION* section);
+KRTPAL_API BOOL WINAPI TryEnterCriticalSection(CRITICAL_SECTION* section);
 /// By the owner only.
-PLATFORM_API void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section);
+KRTPAL_API void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section);
 /// Of a section that nobody holds.
-PLATFORM_API void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section);
+KRTPAL_API void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section);
 
 /// The numbers by which the system's tools list threads and processes; a thread's is never 0.
-PLATFORM_API DWORD WINAPI GetCurrentThreadId();
-PLATFORM_API DWORD WINAPI GetCurrentProcessId();
+KRTPAL_API DWORD WINAPI GetCurrentThreadId();
+KRTPAL_API DWORD WINAPI GetCurrentProcessId();
 /// INFINITE never returns.
-PLATFORM_API void WINAPI Sleep(DWORD timeMs);
+KRTPAL_API void WINAPI Sleep(DWORD timeMs);
 /// Milliseconds of the monotonic clock since the start of the system.
-PLATFORM_API ULONGLONG WINAPI GetTickCount64();
+KRTPAL_API ULONGLONG WINAPI GetTickCount64();
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

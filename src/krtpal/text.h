@@ -3,23 +3,23 @@
 // wchar_t holds UTF-16 on Windows and UTF-32 on Linux. What leaves the process, or is counted, summed or
 // compared as bytes, is UTF-16 code units on both:
 //
-//     const auto units = platform::Utf16FromWide(text);    // no copy on Windows
+//     const auto units = krtpal::Utf16FromWide(text);    // no copy on Windows
 //     Write(units.data(), units.size() * 2);
-//     std::wstring back = platform::WideFromUtf16(platform::Utf16View(units));
+//     std::wstring back = krtpal::WideFromUtf16(krtpal::Utf16View(units));
 //
 // That pair is lossless for any sequence of 16-bit values: a lone surrogate, U+FFFE or NUL passes unchanged.
 // Narrow text is in the current code page on Windows and UTF-8 on Linux:
 //
-//     std::wstring wide = platform::WidenText(message.what());
-//     std::string narrow = platform::NarrowText(wide);
+//     std::wstring wide = krtpal::WidenText(message.what());
+//     std::string narrow = krtpal::NarrowText(wide);
 //
 // Threads: all calls may be used from any thread.
 
-#ifndef PLATFORM_TEXT_H
-#define PLATFORM_TEXT_H
+#ifndef KRTPAL_TEXT_H
+#define KRTPAL_TEXT_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #include <string>
 #include <string_view>
@@ -27,7 +27,7 @@
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_THREAD_ACP = 3;
@@ -40,21 +40,20 @@ inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x00000400;
 
 /// Counts are of char and wchar_t; -1 as length takes the text to its NUL, which is converted too. With room
 /// 0 the count that is needed is the result. 0 and the last error on failure.
-PLATFORM_API int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, LPWSTR wide,
-                                            int room);
-PLATFORM_API int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length,
-                                            LPSTR narrow, int room, LPCSTR defaultChar,
-                                            BOOL* usedDefaultChar);
+KRTPAL_API int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, LPWSTR wide,
+                                          int room);
+KRTPAL_API int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LPSTR narrow,
+                                          int room, LPCSTR defaultChar, BOOL* usedDefaultChar);
 
 /// Each character in upper case where it has one of its own, in no language's special way. The count.
-PLATFORM_API DWORD WINAPI CharUpperBuffW(LPWSTR text, DWORD count);
+KRTPAL_API DWORD WINAPI CharUpperBuffW(LPWSTR text, DWORD count);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
-namespace platform {
+namespace krtpal {
 
 /// One 16-bit code unit: wchar_t itself where that has 16 bits.
 using Utf16Unit = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
@@ -65,9 +64,9 @@ using Utf16String = std::basic_string<Utf16Unit>;
 /// result), otherwise a string. Values above U+10FFFF, which no code units can express, become U+FFFD.
 using Utf16Result = std::conditional_t<sizeof(wchar_t) == 2, Utf16View, Utf16String>;
 
-PLATFORM_API Utf16String EncodeUtf16(std::wstring_view text);
-PLATFORM_API std::wstring DecodeUtf16(Utf16View units);
-PLATFORM_API std::size_t CountUtf16(std::wstring_view text);
+KRTPAL_API Utf16String EncodeUtf16(std::wstring_view text);
+KRTPAL_API std::wstring DecodeUtf16(Utf16View units);
+KRTPAL_API std::size_t CountUtf16(std::wstring_view text);
 
 template <typename Result = Utf16Result>
 Result Utf16FromWide(std::wstring_view text) {
@@ -95,19 +94,19 @@ Result WideFromUtf16(Utf16View units) {
 
 /// The code units of a text as they stand in memory, 2 bytes each and Utf16Length of them, wherever `bytes`
 /// lies. Answers their end.
-PLATFORM_API void* PutUtf16(std::wstring_view text, void* bytes);
+KRTPAL_API void* PutUtf16(std::wstring_view text, void* bytes);
 /// Sets the text of `count` such code units; its memory is used again.
-PLATFORM_API void TakeUtf16(const void* bytes, std::size_t count, std::wstring& text);
+KRTPAL_API void TakeUtf16(const void* bytes, std::size_t count, std::wstring& text);
 
 /// Narrow text in the current code page (UTF-8 on Linux) to wide. What is no text there becomes U+FFFD or
 /// what the system puts in its place. NULs inside pass.
-PLATFORM_API std::wstring WidenText(std::string_view text);
+KRTPAL_API std::wstring WidenText(std::string_view text);
 /// Wide text to narrow, likewise.
-PLATFORM_API std::string NarrowText(std::wstring_view text);
+KRTPAL_API std::string NarrowText(std::wstring_view text);
 /// UTF-8 to wide, whatever the code page.
-PLATFORM_API std::wstring WideFromUtf8(std::string_view text);
-PLATFORM_API std::string Utf8FromWide(std::wstring_view text);
+KRTPAL_API std::wstring WideFromUtf8(std::string_view text);
+KRTPAL_API std::string Utf8FromWide(std::wstring_view text);
 
-} // namespace platform
+} // namespace krtpal
 
 #endif

@@ -12,11 +12,11 @@
 //
 // Threads: all calls may be used from any thread. The zone of the process is read at each call.
 
-#ifndef PLATFORM_TIME_H
-#define PLATFORM_TIME_H
+#ifndef KRTPAL_TIME_H
+#define KRTPAL_TIME_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #include <ctime>
 
@@ -24,7 +24,7 @@
 #include <oleauto.h>
 #else
 
-namespace platform {
+namespace krtpal {
 
 struct SYSTEMTIME {
     WORD wYear;
@@ -68,39 +68,39 @@ inline constexpr DWORD TIME_ZONE_ID_DAYLIGHT = 2;
 inline constexpr DWORD TIME_ZONE_ID_INVALID = 0xFFFFFFFF;
 
 /// The current UTC time, to the millisecond.
-PLATFORM_API void WINAPI GetSystemTime(SYSTEMTIME* time);
-PLATFORM_API void WINAPI GetSystemTimeAsFileTime(FILETIME* time);
+KRTPAL_API void WINAPI GetSystemTime(SYSTEMTIME* time);
+KRTPAL_API void WINAPI GetSystemTimeAsFileTime(FILETIME* time);
 /// The day of week is ignored. FALSE and ERROR_INVALID_PARAMETER if a field is out of range.
-PLATFORM_API BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* ticks);
+KRTPAL_API BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* ticks);
 /// Cuts to milliseconds. FALSE and ERROR_INVALID_PARAMETER for counts from 2^63 up.
-PLATFORM_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* ticks, SYSTEMTIME* time);
+KRTPAL_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* ticks, SYSTEMTIME* time);
 /// -1, 0 or 1
-PLATFORM_API LONG WINAPI CompareFileTime(const FILETIME* a, const FILETIME* b);
+KRTPAL_API LONG WINAPI CompareFileTime(const FILETIME* a, const FILETIME* b);
 
 /// FALSE if a field is out of range.
-PLATFORM_API INT WINAPI SystemTimeToVariantTime(SYSTEMTIME* time, double* date);
+KRTPAL_API INT WINAPI SystemTimeToVariantTime(SYSTEMTIME* time, double* date);
 /// FALSE for dates outside the years 100 to 9999.
-PLATFORM_API INT WINAPI VariantTimeToSystemTime(double date, SYSTEMTIME* time);
+KRTPAL_API INT WINAPI VariantTimeToSystemTime(double date, SYSTEMTIME* time);
 
 /// The zone of the process (environment variable TZ or the machine's setting) with the rules of the current
 /// year.
-PLATFORM_API DWORD WINAPI GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone);
+KRTPAL_API DWORD WINAPI GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone);
 /// A null zone is that of the process.
-PLATFORM_API BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* zone,
-                                                         const SYSTEMTIME* utc, SYSTEMTIME* local);
-PLATFORM_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone,
-                                                         const SYSTEMTIME* local, SYSTEMTIME* utc);
+KRTPAL_API BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* zone,
+                                                       const SYSTEMTIME* utc, SYSTEMTIME* local);
+KRTPAL_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone,
+                                                       const SYSTEMTIME* local, SYSTEMTIME* utc);
 
 /// Seconds since 1 January 1970 to UTC fields, years 1970 to 3000. EINVAL with all fields -1 for other
 /// counts.
-PLATFORM_API int _gmtime64_s(std::tm* time, const LONGLONG* seconds); // NOLINT(bugprone-reserved-identifier)
+KRTPAL_API int _gmtime64_s(std::tm* time, const LONGLONG* seconds); // NOLINT(bugprone-reserved-identifier)
 /// Local fields to seconds since 1 January 1970; brings the fields into their ranges. -1, EINVAL and the
 /// fields as they were for times outside the years 1970 to 3000.
-PLATFORM_API LONGLONG _mktime64(std::tm* time); // NOLINT(bugprone-reserved-identifier)
+KRTPAL_API LONGLONG _mktime64(std::tm* time); // NOLINT(bugprone-reserved-identifier)
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 static_assert(sizeof(SYSTEMTIME) == 16 && sizeof(FILETIME) == 8);

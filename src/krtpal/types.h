@@ -1,6 +1,6 @@
 // Integer, handle and result types of the Win32 API, with the widths that they have on Windows.
 //
-// On Windows these are the system's own. On Linux they live in namespace platform and are visible everywhere,
+// On Windows these are the system's own. On Linux they live in namespace krtpal and are visible everywhere,
 // so that one source reads the same on both:
 //
 //     DWORD error = GetLastError();           // exactly 32 bits, on every target
@@ -8,8 +8,8 @@
 //
 // There are no A and W macros: the wide names are the names.
 
-#ifndef PLATFORM_TYPES_H
-#define PLATFORM_TYPES_H
+#ifndef KRTPAL_TYPES_H
+#define KRTPAL_TYPES_H
 
 #ifdef _WIN32
 #include <windows.h>
@@ -22,7 +22,7 @@
 #define APIENTRY
 #define STDAPICALLTYPE
 
-namespace platform {
+namespace krtpal {
 
 using BOOL = int;
 using BOOLEAN = unsigned char;
@@ -127,9 +127,9 @@ constexpr BYTE HIBYTE(DWORD_PTR value) {
     return static_cast<BYTE>((value >> 8) & 0xFF);
 }
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace): these are the names of the whole library
+using namespace krtpal; // NOLINT(google-build-using-namespace): these are the names of the whole library
 #endif
 
 static_assert(sizeof(BOOL) == 4 && sizeof(INT) == 4 && sizeof(UINT) == 4);

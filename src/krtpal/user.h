@@ -10,15 +10,15 @@
 //
 // Threads: all calls may be used from any thread.
 
-#ifndef PLATFORM_USER_H
-#define PLATFORM_USER_H
+#ifndef KRTPAL_USER_H
+#define KRTPAL_USER_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 struct HDESK__;
 using HDESK = HDESK__*;
@@ -61,35 +61,35 @@ struct TOKEN_STATISTICS {
 };
 
 /// FALSE and ERROR_INSUFFICIENT_BUFFER with the size that is needed, if `size` characters are not enough.
-PLATFORM_API BOOL WINAPI GetUserNameW(LPWSTR name, LPDWORD size);
+KRTPAL_API BOOL WINAPI GetUserNameW(LPWSTR name, LPDWORD size);
 /// Likewise (ERROR_BUFFER_OVERFLOW), but the size counts without the NUL on success.
-PLATFORM_API BOOL WINAPI GetComputerNameW(LPWSTR name, LPDWORD size);
+KRTPAL_API BOOL WINAPI GetComputerNameW(LPWSTR name, LPDWORD size);
 /// Not to be closed. Every thread has the process's desktop.
-PLATFORM_API HDESK WINAPI GetThreadDesktop(DWORD threadId);
+KRTPAL_API HDESK WINAPI GetThreadDesktop(DWORD threadId);
 /// UOI_NAME of a desktop only. Sizes are bytes.
-PLATFORM_API BOOL WINAPI GetUserObjectInformationW(HANDLE object, int index, PVOID information, DWORD length,
-                                                   LPDWORD needed);
+KRTPAL_API BOOL WINAPI GetUserObjectInformationW(HANDLE object, int index, PVOID information, DWORD length,
+                                                 LPDWORD needed);
 
-PLATFORM_API HANDLE WINAPI GetCurrentProcess();
-PLATFORM_API HANDLE WINAPI GetCurrentThread();
+KRTPAL_API HANDLE WINAPI GetCurrentProcess();
+KRTPAL_API HANDLE WINAPI GetCurrentThread();
 /// Of the calling process, with TOKEN_QUERY. To be closed.
-PLATFORM_API BOOL WINAPI OpenProcessToken(HANDLE process, DWORD access, HANDLE* token);
+KRTPAL_API BOOL WINAPI OpenProcessToken(HANDLE process, DWORD access, HANDLE* token);
 /// FALSE and ERROR_NO_TOKEN: threads have no tokens of their own.
-PLATFORM_API BOOL WINAPI OpenThreadToken(HANDLE thread, DWORD access, BOOL asSelf, HANDLE* token);
+KRTPAL_API BOOL WINAPI OpenThreadToken(HANDLE thread, DWORD access, BOOL asSelf, HANDLE* token);
 /// TokenUser (a SID of the form S-1-22-1-<user number>) and TokenStatistics.
-PLATFORM_API BOOL WINAPI GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind, LPVOID information,
-                                             DWORD length, LPDWORD needed);
+KRTPAL_API BOOL WINAPI GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind, LPVOID information,
+                                           DWORD length, LPDWORD needed);
 /// Bytes of a SID.
-PLATFORM_API DWORD WINAPI GetLengthSid(PSID sid);
-PLATFORM_API BOOL WINAPI CopySid(DWORD length, PSID target, PSID source);
+KRTPAL_API DWORD WINAPI GetLengthSid(PSID sid);
+KRTPAL_API BOOL WINAPI CopySid(DWORD length, PSID target, PSID source);
 
-PLATFORM_API HANDLE WINAPI GetProcessHeap();
-PLATFORM_API LPVOID WINAPI HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes);
-PLATFORM_API BOOL WINAPI HeapFree(HANDLE heap, DWORD flags, LPVOID memory);
+KRTPAL_API HANDLE WINAPI GetProcessHeap();
+KRTPAL_API LPVOID WINAPI HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes);
+KRTPAL_API BOOL WINAPI HeapFree(HANDLE heap, DWORD flags, LPVOID memory);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

@@ -15,22 +15,22 @@
 //
 // A BSTR points behind a 32-bit count of bytes and ends with a NUL that is not counted. Its characters are
 // wchar_t: on Linux the count is four times the number of characters. Formats count UTF-16 code units: see
-// platform/text.h.
+// krtpal/text.h.
 //
 // Threads: a BSTR or VARIANT serves one thread at a time.
 
-#ifndef PLATFORM_VARIANT_H
-#define PLATFORM_VARIANT_H
+#ifndef KRTPAL_VARIANT_H
+#define KRTPAL_VARIANT_H
 
-#include "platform/export.h"
-#include "platform/time.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/time.h"
+#include "krtpal/types.h"
 
 #ifdef _WIN32
 #include <oleauto.h>
 #else
 
-namespace platform {
+namespace krtpal {
 
 using OLECHAR = wchar_t;
 using LPOLESTR = wchar_t*;
@@ -38,22 +38,22 @@ using LPCOLESTR = const wchar_t*;
 using BSTR = wchar_t*;
 
 /// A copy of the text up to its NUL. Null for null text or without memory.
-PLATFORM_API BSTR WINAPI SysAllocString(const OLECHAR* text);
+KRTPAL_API BSTR WINAPI SysAllocString(const OLECHAR* text);
 /// A copy of `length` characters, NULs included. Null text leaves the characters undefined.
-PLATFORM_API BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length);
+KRTPAL_API BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length);
 /// A copy of bytes, which need not make up whole characters.
-PLATFORM_API BSTR WINAPI SysAllocStringByteLen(LPCSTR bytes, UINT length);
+KRTPAL_API BSTR WINAPI SysAllocStringByteLen(LPCSTR bytes, UINT length);
 /// Replaces a string by a copy of the text, which may lie within it. FALSE without memory, and the old string
 /// stays.
-PLATFORM_API INT WINAPI SysReAllocString(BSTR* string, const OLECHAR* text);
+KRTPAL_API INT WINAPI SysReAllocString(BSTR* string, const OLECHAR* text);
 /// Null text keeps the old characters as far as the new length goes.
-PLATFORM_API INT WINAPI SysReAllocStringLen(BSTR* string, const OLECHAR* text, UINT length);
+KRTPAL_API INT WINAPI SysReAllocStringLen(BSTR* string, const OLECHAR* text, UINT length);
 /// Null is ignored.
-PLATFORM_API void WINAPI SysFreeString(BSTR string);
+KRTPAL_API void WINAPI SysFreeString(BSTR string);
 /// Whole characters; 0 for null
-PLATFORM_API UINT WINAPI SysStringLen(BSTR string);
+KRTPAL_API UINT WINAPI SysStringLen(BSTR string);
 /// Bytes in memory; 0 for null
-PLATFORM_API UINT WINAPI SysStringByteLen(BSTR string);
+KRTPAL_API UINT WINAPI SysStringByteLen(BSTR string);
 
 using VARTYPE = unsigned short;
 using VARIANT_BOOL = short;
@@ -144,25 +144,25 @@ inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
 inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
 inline constexpr LCID LOCALE_INVARIANT = 0x007F;
 
-PLATFORM_API void WINAPI VariantInit(VARIANT* value);
+KRTPAL_API void WINAPI VariantInit(VARIANT* value);
 /// Frees what the value owns and makes it VT_EMPTY. DISP_E_BADVARTYPE for a kind that is not known here.
-PLATFORM_API HRESULT WINAPI VariantClear(VARIANT* value);
+KRTPAL_API HRESULT WINAPI VariantClear(VARIANT* value);
 /// Clears the target and copies: text deep, references as they are. Copying onto itself does nothing.
-PLATFORM_API HRESULT WINAPI VariantCopy(VARIANT* target, VARIANT* source);
+KRTPAL_API HRESULT WINAPI VariantCopy(VARIANT* target, VARIANT* source);
 /// Converts into `target`, which may be `source`; on failure the target keeps its value. Numbers are rounded
 /// half to even. DISP_E_OVERFLOW if the value does not fit, DISP_E_TYPEMISMATCH if it is none of the kind or
 /// the pair of kinds is not supported, DISP_E_BADVARTYPE for no kind at all, E_INVALIDARG for an unknown
 /// flag.
-PLATFORM_API HRESULT WINAPI VariantChangeType(VARIANT* target, VARIANT* source, USHORT flags, VARTYPE kind);
+KRTPAL_API HRESULT WINAPI VariantChangeType(VARIANT* target, VARIANT* source, USHORT flags, VARTYPE kind);
 /// Numbers have a decimal point: locales other than English and the defaults are refused with E_INVALIDARG.
-PLATFORM_API HRESULT WINAPI VariantChangeTypeEx(VARIANT* target, VARIANT* source, LCID locale, USHORT flags,
-                                                VARTYPE kind);
+KRTPAL_API HRESULT WINAPI VariantChangeTypeEx(VARIANT* target, VARIANT* source, LCID locale, USHORT flags,
+                                              VARTYPE kind);
 
 static_assert(sizeof(VARIANT) == 16 && offsetof(VARIANT, llVal) == 8);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #endif
 
 #endif

@@ -17,15 +17,15 @@
 //
 // Threads: all calls may be used from any thread; a block serves any number of readers.
 
-#ifndef PLATFORM_VERSION_H
-#define PLATFORM_VERSION_H
+#ifndef KRTPAL_VERSION_H
+#define KRTPAL_VERSION_H
 
-#include "platform/export.h"
-#include "platform/types.h"
+#include "krtpal/export.h"
+#include "krtpal/types.h"
 
 #ifndef _WIN32
 
-namespace platform {
+namespace krtpal {
 
 /// The fixed part of a version resource, as it stands in the file.
 struct VS_FIXEDFILEINFO {
@@ -48,18 +48,18 @@ inline constexpr DWORD VS_FFI_SIGNATURE = 0xFEEF04BD;
 
 /// The size of what GetFileVersionInfoW writes for a file; sets `*handle` (which may be null) to 0. 0 and the
 /// last error if the file can't be read or has no version resource (ERROR_RESOURCE_DATA_NOT_FOUND).
-PLATFORM_API DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR path, DWORD* handle);
+KRTPAL_API DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR path, DWORD* handle);
 /// Writes the file's version block. `handle` counts for nothing. FALSE and ERROR_INSUFFICIENT_BUFFER, with
 /// nothing written, if `size` bytes are too few.
-PLATFORM_API BOOL WINAPI GetFileVersionInfoW(LPCWSTR path, DWORD handle, DWORD size, LPVOID block);
+KRTPAL_API BOOL WINAPI GetFileVersionInfoW(LPCWSTR path, DWORD handle, DWORD size, LPVOID block);
 /// A value of a block: "\" for the fixed part, else names behind backslashes, without regard to case. The
 /// value lies in the block; the length is in characters for texts, in bytes for all else. FALSE and
 /// ERROR_RESOURCE_TYPE_NOT_FOUND if there is none.
-PLATFORM_API BOOL WINAPI VerQueryValueW(LPCVOID block, LPCWSTR name, LPVOID* value, UINT* length);
+KRTPAL_API BOOL WINAPI VerQueryValueW(LPCVOID block, LPCWSTR name, LPVOID* value, UINT* length);
 
-} // namespace platform
+} // namespace krtpal
 
-using namespace platform; // NOLINT(google-build-using-namespace)
+using namespace krtpal; // NOLINT(google-build-using-namespace)
 #else
 #include <winver.h>
 #endif

@@ -3,10 +3,10 @@
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/exception/WFileEventLog.h"
-#include "bss/math/WBroadeningFunction.h"
 #include "bss/math/WLinearLeastSquaresFit.h"
 #include "bss/math/WMathUtil.h"
-#include "bss/math/WPolynomialFunction.h"
+#include "bss/math/model/WBroadeningFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
 #include "bss/net/WSystemTimeEx.h"
 #include "bss/serial/WBinarySerializer.h"
 #include "bss/serial/WPersistentObject.h"

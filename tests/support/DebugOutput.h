@@ -10,7 +10,7 @@
 #ifndef TESTS_SUPPORT_DEBUGOUTPUT_H
 #define TESTS_SUPPORT_DEBUGOUTPUT_H
 
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <string>
 
@@ -59,7 +59,7 @@ private:
             Active()->m_text += reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]);
         } else {
             Active()->m_text +=
-                platform::WidenText(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
+                krtpal::WidenText(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
         }
         return EXCEPTION_CONTINUE_EXECUTION;
     }
@@ -103,7 +103,7 @@ public:
     std::wstring Text() {
         std::ifstream file(m_file, std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-        return platform::WideFromUtf8(bytes);
+        return krtpal::WideFromUtf8(bytes);
     }
 
 private:

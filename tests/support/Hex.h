@@ -1,7 +1,7 @@
 // Bytes of a string, and their hexadecimal form.
 
-#ifndef TESTS_CODEC_HEX_H
-#define TESTS_CODEC_HEX_H
+#ifndef TESTS_SUPPORT_HEX_H
+#define TESTS_SUPPORT_HEX_H
 
 #include <string>
 #include <string_view>

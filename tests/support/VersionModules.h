@@ -1,11 +1,11 @@
 // The modules that the build makes for these tests, their bytes, and changed copies of them.
 
-#ifndef TESTS_VERSION_SUPPORT_H
-#define TESTS_VERSION_SUPPORT_H
+#ifndef TESTS_SUPPORT_VERSIONMODULES_H
+#define TESTS_SUPPORT_VERSIONMODULES_H
 
-#include "platform/module.h"
-#include "platform/sync.h"
-#include "platform/text.h"
+#include "krtpal/module.h"
+#include "krtpal/sync.h"
+#include "krtpal/text.h"
 
 #include <filesystem>
 #include <fstream>

@@ -6,7 +6,7 @@
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/math/WLinearLeastSquaresFit.h"
-#include "bss/math/WPolynomialFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
 
 #include <algorithm>
 #include <cmath>

@@ -8,8 +8,8 @@
 // Conventions, formulas and the propagation of errors are explained in docs/correlogram.md. Every call works
 // on its own data; calls from several threads do not meet.
 
-#ifndef CORRELOGRAM_ANALYSIS_H
-#define CORRELOGRAM_ANALYSIS_H
+#ifndef TOOLS_CORRELOGRAM_ANALYSIS_H
+#define TOOLS_CORRELOGRAM_ANALYSIS_H
 
 #include "Curve.h"
 #include "Options.h"

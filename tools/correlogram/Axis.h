@@ -1,7 +1,7 @@
 // Axes of a plot: where values lie on the paper, and which of them get a mark.
 
-#ifndef CORRELOGRAM_AXIS_H
-#define CORRELOGRAM_AXIS_H
+#ifndef TOOLS_CORRELOGRAM_AXIS_H
+#define TOOLS_CORRELOGRAM_AXIS_H
 
 #include <string>
 #include <vector>

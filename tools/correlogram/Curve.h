@@ -1,7 +1,7 @@
 // Measured curves and the files they come from.
 
-#ifndef CORRELOGRAM_CURVE_H
-#define CORRELOGRAM_CURVE_H
+#ifndef TOOLS_CORRELOGRAM_CURVE_H
+#define TOOLS_CORRELOGRAM_CURVE_H
 
 #include <cstdint>
 #include <filesystem>

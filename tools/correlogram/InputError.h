@@ -1,7 +1,7 @@
 // The failure of everything that comes from outside: the command line, the files read, the place of the plot.
 
-#ifndef CORRELOGRAM_INPUTERROR_H
-#define CORRELOGRAM_INPUTERROR_H
+#ifndef TOOLS_CORRELOGRAM_INPUTERROR_H
+#define TOOLS_CORRELOGRAM_INPUTERROR_H
 
 #include <stdexcept>
 #include <string>

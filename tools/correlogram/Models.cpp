@@ -2,9 +2,9 @@
 
 #include "NarrowGaussian.h"
 
-#include "bss/math/WCumulantsFunction.h"
-#include "bss/math/WGaussianCumulantsFunction.h"
-#include "bss/math/WSimpleExponentialDecayFunction.h"
+#include "bss/math/model/WCumulantsFunction.h"
+#include "bss/math/model/WGaussianCumulantsFunction.h"
+#include "bss/math/model/WSimpleExponentialDecayFunction.h"
 
 #include <algorithm>
 #include <cmath>

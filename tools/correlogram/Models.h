@@ -1,8 +1,8 @@
 // The three model functions as this program uses them: where to start, what the coefficients mean, what
 // follows from them.
 
-#ifndef CORRELOGRAM_MODELS_H
-#define CORRELOGRAM_MODELS_H
+#ifndef TOOLS_CORRELOGRAM_MODELS_H
+#define TOOLS_CORRELOGRAM_MODELS_H
 
 #include "TextFormat.h"
 

@@ -6,11 +6,11 @@
 // sample of particles of one size runs against that limit and ends there anywhere. This is the model for such
 // a sample: baseline, amplitude and root of the centre, at a width just inside the limit.
 
-#ifndef CORRELOGRAM_NARROWGAUSSIAN_H
-#define CORRELOGRAM_NARROWGAUSSIAN_H
+#ifndef TOOLS_CORRELOGRAM_NARROWGAUSSIAN_H
+#define TOOLS_CORRELOGRAM_NARROWGAUSSIAN_H
 
 #include "bss/math/WFunction.h"
-#include "bss/math/WGaussianCumulantsFunction.h"
+#include "bss/math/model/WGaussianCumulantsFunction.h"
 
 namespace correlogram {
 

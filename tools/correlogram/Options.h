@@ -1,7 +1,7 @@
 // The command line.
 
-#ifndef CORRELOGRAM_OPTIONS_H
-#define CORRELOGRAM_OPTIONS_H
+#ifndef TOOLS_CORRELOGRAM_OPTIONS_H
+#define TOOLS_CORRELOGRAM_OPTIONS_H
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 // The picture of an analysis, and how it gets to the disk.
 
-#ifndef CORRELOGRAM_PLOT_H
-#define CORRELOGRAM_PLOT_H
+#ifndef TOOLS_CORRELOGRAM_PLOT_H
+#define TOOLS_CORRELOGRAM_PLOT_H
 
 #include "Analysis.h"
 

@@ -8,7 +8,7 @@
 #include "Store.h"
 
 #include "bss/exception/WFileEventLog.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <filesystem>
 #include <sstream>
@@ -22,7 +22,7 @@ std::string LogText(const bss::WNestedException& failure) {
     std::wostringstream text;
     bss::WFileEventLog log(text, L"correlogram");
     failure.Log(log);
-    return platform::Utf8FromWide(text.str());
+    return krtpal::Utf8FromWide(text.str());
 }
 
 // A plot in the place of a measured file would destroy it.

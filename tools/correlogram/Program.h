@@ -1,7 +1,7 @@
 // The program without its entry point.
 
-#ifndef CORRELOGRAM_PROGRAM_H
-#define CORRELOGRAM_PROGRAM_H
+#ifndef TOOLS_CORRELOGRAM_PROGRAM_H
+#define TOOLS_CORRELOGRAM_PROGRAM_H
 
 #include <ostream>
 #include <string>

@@ -1,7 +1,7 @@
 // The result as text: the table for people, JSON for programs.
 
-#ifndef CORRELOGRAM_REPORT_H
-#define CORRELOGRAM_REPORT_H
+#ifndef TOOLS_CORRELOGRAM_REPORT_H
+#define TOOLS_CORRELOGRAM_REPORT_H
 
 #include "Analysis.h"
 

@@ -5,7 +5,7 @@
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -20,11 +20,11 @@ namespace {
 const bss::WVersion kFormat(5, 3, 2, 0);
 
 std::wstring Wide(const std::string& utf8) {
-    return platform::WideFromUtf8(utf8);
+    return krtpal::WideFromUtf8(utf8);
 }
 
 std::string Utf8(const std::wstring& text) {
-    return platform::Utf8FromWide(text);
+    return krtpal::Utf8FromWide(text);
 }
 
 // What the tables have in common.

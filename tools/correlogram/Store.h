@@ -6,8 +6,8 @@
 //
 // The tables are StoredAnalysis and StoredFit; docs/database-format.md tells how members lie in them.
 
-#ifndef CORRELOGRAM_STORE_H
-#define CORRELOGRAM_STORE_H
+#ifndef TOOLS_CORRELOGRAM_STORE_H
+#define TOOLS_CORRELOGRAM_STORE_H
 
 #include "Analysis.h"
 #include "InputError.h"

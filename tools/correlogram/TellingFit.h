@@ -1,7 +1,7 @@
 // A non-linear fit that tells which stop test ended it.
 
-#ifndef CORRELOGRAM_TELLINGFIT_H
-#define CORRELOGRAM_TELLINGFIT_H
+#ifndef TOOLS_CORRELOGRAM_TELLINGFIT_H
+#define TOOLS_CORRELOGRAM_TELLINGFIT_H
 
 #include "bss/math/WNonLinearLeastSquaresFit.h"
 

@@ -1,7 +1,7 @@
 // Numbers as text, the same on every system and in every locale.
 
-#ifndef CORRELOGRAM_TEXTFORMAT_H
-#define CORRELOGRAM_TEXTFORMAT_H
+#ifndef TOOLS_CORRELOGRAM_TEXTFORMAT_H
+#define TOOLS_CORRELOGRAM_TEXTFORMAT_H
 
 #include <optional>
 #include <string>

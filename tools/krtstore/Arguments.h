@@ -1,7 +1,7 @@
 // The command line.
 
-#ifndef KRTSTORE_ARGUMENTS_H
-#define KRTSTORE_ARGUMENTS_H
+#ifndef TOOLS_KRTSTORE_ARGUMENTS_H
+#define TOOLS_KRTSTORE_ARGUMENTS_H
 
 #include <cstdint>
 #include <optional>

@@ -1,7 +1,7 @@
 // What a binary column holds, in the form that the row's version has.
 
-#ifndef KRTSTORE_BINARY_H
-#define KRTSTORE_BINARY_H
+#ifndef TOOLS_KRTSTORE_BINARY_H
+#define TOOLS_KRTSTORE_BINARY_H
 
 #include "Table.h"
 

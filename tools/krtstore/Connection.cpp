@@ -4,7 +4,7 @@
 #include "Text.h"
 
 #include "bss/serial/database/private/SqlDialect.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -21,7 +21,7 @@ namespace krtstore {
 
 namespace {
 
-namespace odbc = platform::odbc;
+namespace odbc = krtpal::odbc;
 
 // What the seam has no name for, as the library does not need it.
 constexpr std::uint16_t kIdentifierQuote = 29;
@@ -60,7 +60,7 @@ Diagnosis Diagnose(std::int16_t kind, odbc::Handle handle) {
 std::wstring Password(const Arguments& arguments) {
     if (arguments.passwordFile.empty()) {
         const char* const password = std::getenv("KRTSTORE_PASSWORD");
-        return password == nullptr ? std::wstring() : platform::WidenText(password);
+        return password == nullptr ? std::wstring() : krtpal::WidenText(password);
     }
     std::ifstream file(PathOf(arguments.passwordFile), std::ios::binary);
     std::string line;
@@ -139,9 +139,9 @@ bool IsWholeEscape(const std::wstring& text) {
 }
 
 std::wstring FromUnits(const std::string& bytes) {
-    platform::Utf16String units(bytes.size() / sizeof(platform::Utf16Unit), 0);
-    std::memcpy(units.data(), bytes.data(), units.size() * sizeof(platform::Utf16Unit));
-    return std::wstring(platform::WideFromUtf16(units));
+    krtpal::Utf16String units(bytes.size() / sizeof(krtpal::Utf16Unit), 0);
+    std::memcpy(units.data(), bytes.data(), units.size() * sizeof(krtpal::Utf16Unit));
+    return std::wstring(krtpal::WideFromUtf16(units));
 }
 
 struct Bytes {
@@ -404,15 +404,15 @@ void Connection::ReadCapabilities() {
 }
 
 std::wstring Connection::InfoText(std::uint16_t what) const {
-    platform::Utf16String units(256, 0);
+    krtpal::Utf16String units(256, 0);
     std::int16_t length = 0;
     if (!odbc::Succeeded(odbc::GetInfo(m_Link.connection, what, units.data(),
                                        static_cast<std::int16_t>(units.size() * sizeof(units[0])),
                                        &length))) {
         return {};
     }
-    units.resize(std::min(units.find(platform::Utf16Unit{0}), units.size()));
-    return std::wstring(platform::WideFromUtf16(units));
+    units.resize(std::min(units.find(krtpal::Utf16Unit{0}), units.size()));
+    return std::wstring(krtpal::WideFromUtf16(units));
 }
 
 std::vector<Table> Connection::Tables() {
@@ -638,7 +638,7 @@ Cell Connection::FetchText(odbc::Handle statement, std::uint16_t column) const {
     const bss::SqlDialect::e_text form = m_pDialect->GetTextForm();
     const bool isUtf8 = form == bss::SqlDialect::textEscapedUtf8;
     const Bytes value = isUtf8 ? FetchPieces(statement, column, odbc::kCChar, 1)
-                               : FetchPieces(statement, column, odbc::kCWChar, sizeof(platform::Utf16Unit));
+                               : FetchPieces(statement, column, odbc::kCWChar, sizeof(krtpal::Utf16Unit));
     if (!odbc::Succeeded(value.result)) {
         Fail("", odbc::kStatement, statement);
     }
@@ -654,7 +654,7 @@ Cell Connection::FetchText(odbc::Handle statement, std::uint16_t column) const {
         cell.isDecodable = IsWholeEscape(cell.text);
         if (cell.isDecodable) {
             cell.text = std::wstring(
-                platform::WideFromUtf16(bss::DecodeText(Utf8(cell.text), bss::SqlDialect::textEscapedUtf8)));
+                krtpal::WideFromUtf16(bss::DecodeText(Utf8(cell.text), bss::SqlDialect::textEscapedUtf8)));
         }
     }
     return cell;

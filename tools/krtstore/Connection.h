@@ -10,13 +10,13 @@
 //
 // All operations throw Failure.
 
-#ifndef KRTSTORE_CONNECTION_H
-#define KRTSTORE_CONNECTION_H
+#ifndef TOOLS_KRTSTORE_CONNECTION_H
+#define TOOLS_KRTSTORE_CONNECTION_H
 
 #include "Arguments.h"
 #include "Table.h"
 
-#include "platform/odbc.h"
+#include "krtpal/common/odbc.h"
 
 #include <chrono>
 #include <functional>
@@ -69,8 +69,8 @@ private:
         Link(const Link&) = delete;
         Link& operator=(const Link&) = delete;
 
-        platform::odbc::Handle environment = nullptr;
-        platform::odbc::Handle connection = nullptr;
+        krtpal::odbc::Handle environment = nullptr;
+        krtpal::odbc::Handle connection = nullptr;
     };
 
     void ConnectFile(const std::string& file);
@@ -86,11 +86,11 @@ private:
                const std::string& failure, const std::function<bool(const Row&)>& use) const;
 
     // Values of the row that a statement is on, by the number of their column.
-    Cell Fetch(platform::odbc::Handle statement, std::uint16_t column, Kind kind) const;
-    Cell FetchStored(platform::odbc::Handle statement, std::uint16_t column, Kind kind) const;
-    Cell FetchText(platform::odbc::Handle statement, std::uint16_t column) const;
+    Cell Fetch(krtpal::odbc::Handle statement, std::uint16_t column, Kind kind) const;
+    Cell FetchStored(krtpal::odbc::Handle statement, std::uint16_t column, Kind kind) const;
+    Cell FetchText(krtpal::odbc::Handle statement, std::uint16_t column) const;
     // Empty for NULL.
-    std::wstring FetchName(platform::odbc::Handle statement, std::uint16_t column) const;
+    std::wstring FetchName(krtpal::odbc::Handle statement, std::uint16_t column) const;
 
     std::string m_sName;
     Link m_Link;

@@ -1,7 +1,7 @@
 // Tables as one JSON document.
 
-#ifndef KRTSTORE_EXPORT_H
-#define KRTSTORE_EXPORT_H
+#ifndef TOOLS_KRTSTORE_EXPORT_H
+#define TOOLS_KRTSTORE_EXPORT_H
 
 #include "Connection.h"
 

@@ -1,7 +1,7 @@
 // The failure of everything that comes from outside: the command line, the database, the place of the output.
 
-#ifndef KRTSTORE_FAILURE_H
-#define KRTSTORE_FAILURE_H
+#ifndef TOOLS_KRTSTORE_FAILURE_H
+#define TOOLS_KRTSTORE_FAILURE_H
 
 #include <stdexcept>
 #include <string>

@@ -1,7 +1,7 @@
 // What is printed for people: the list of tables, and rows in full.
 
-#ifndef KRTSTORE_INSPECT_H
-#define KRTSTORE_INSPECT_H
+#ifndef TOOLS_KRTSTORE_INSPECT_H
+#define TOOLS_KRTSTORE_INSPECT_H
 
 #include "Connection.h"
 

@@ -1,7 +1,7 @@
 // The program without its entry point.
 
-#ifndef KRTSTORE_PROGRAM_H
-#define KRTSTORE_PROGRAM_H
+#ifndef TOOLS_KRTSTORE_PROGRAM_H
+#define TOOLS_KRTSTORE_PROGRAM_H
 
 #include <ostream>
 #include <string>

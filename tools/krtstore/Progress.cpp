@@ -2,7 +2,7 @@
 
 #include "Text.h"
 
-#include "platform/console.h"
+#include "krtpal/console.h"
 
 #include <algorithm>
 

@@ -4,8 +4,8 @@
 //     progress.Advance("Sample");
 //     progress.Clear();                        // before anything else is printed
 
-#ifndef KRTSTORE_PROGRESS_H
-#define KRTSTORE_PROGRESS_H
+#ifndef TOOLS_KRTSTORE_PROGRESS_H
+#define TOOLS_KRTSTORE_PROGRESS_H
 
 #include <cstddef>
 #include <ostream>

@@ -4,7 +4,7 @@
 #include "bss/serial/database/WChecksum.h"
 #include "bss/serial/database/WDatabase.h"
 #include "bss/system/WGuid.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -88,9 +88,9 @@ std::wstring CellText(const Cell& cell, Kind kind, std::int64_t version) {
 
 /// The code units, with `~` for each zero, which would end the text in its column. Two units that happen to
 /// be a surrogate pair may be one character of the text or two.
-platform::Utf16String StoredUnits(const std::wstring& text) {
-    platform::Utf16String units(platform::Utf16FromWide(text));
-    std::replace(units.begin(), units.end(), platform::Utf16Unit{0}, static_cast<platform::Utf16Unit>('~'));
+krtpal::Utf16String StoredUnits(const std::wstring& text) {
+    krtpal::Utf16String units(krtpal::Utf16FromWide(text));
+    std::replace(units.begin(), units.end(), krtpal::Utf16Unit{0}, static_cast<krtpal::Utf16Unit>('~'));
     return units;
 }
 

@@ -4,8 +4,8 @@
 // project that order is known; that of others is taken to be the order of the columns, as it is in a table
 // that one version of the class has made.
 
-#ifndef KRTSTORE_ROWSUM_H
-#define KRTSTORE_ROWSUM_H
+#ifndef TOOLS_KRTSTORE_ROWSUM_H
+#define TOOLS_KRTSTORE_ROWSUM_H
 
 #include "Binary.h"
 #include "Table.h"

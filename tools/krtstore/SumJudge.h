@@ -6,8 +6,8 @@
 // may have put a member between the others, where its column is the last one.) The version itself may be what
 // is damaged: where no other row has it, rows of all versions count.
 
-#ifndef KRTSTORE_SUMJUDGE_H
-#define KRTSTORE_SUMJUDGE_H
+#ifndef TOOLS_KRTSTORE_SUMJUDGE_H
+#define TOOLS_KRTSTORE_SUMJUDGE_H
 
 #include <cstddef>
 #include <cstdint>

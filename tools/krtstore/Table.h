@@ -1,9 +1,9 @@
 // A table as the driver tells of it, and a row of it.
 
-#ifndef KRTSTORE_TABLE_H
-#define KRTSTORE_TABLE_H
+#ifndef TOOLS_KRTSTORE_TABLE_H
+#define TOOLS_KRTSTORE_TABLE_H
 
-#include "platform/guid.h"
+#include "krtpal/guid.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "Text.h"
 
 #include "bss/system/WGuid.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -37,11 +37,11 @@ bool IsEscaped(unsigned unit) {
 } // namespace
 
 std::wstring Wide(std::string_view utf8) {
-    return platform::WideFromUtf8(utf8);
+    return krtpal::WideFromUtf8(utf8);
 }
 
 std::string Utf8(std::wstring_view text) {
-    return platform::Utf8FromWide(text);
+    return krtpal::Utf8FromWide(text);
 }
 
 std::filesystem::path PathOf(const std::string& utf8) {
@@ -66,7 +66,7 @@ std::string Quote(const std::wstring& text) {
 }
 
 std::string JsonText(const std::wstring& text) {
-    const auto units = platform::Utf16FromWide(text);
+    const auto units = krtpal::Utf16FromWide(text);
     std::wstring quoted = L"\"";
     for (std::size_t i = 0; i < units.size(); ++i) {
         const auto unit = static_cast<char16_t>(units[i]);
@@ -75,7 +75,7 @@ std::string JsonText(const std::wstring& text) {
         } else if (unit == u'\n' || unit == u'\r' || unit == u'\t') {
             quoted += {L'\\', unit == u'\n' ? L'n' : unit == u'\r' ? L'r' : L't'};
         } else if (IsHigh(unit) && i + 1 < units.size() && IsLow(static_cast<char16_t>(units[i + 1]))) {
-            quoted += platform::WideFromUtf16<std::wstring>(platform::Utf16View(units).substr(i, 2));
+            quoted += krtpal::WideFromUtf16<std::wstring>(krtpal::Utf16View(units).substr(i, 2));
             ++i;
         } else if (IsHigh(unit) || IsLow(unit) || IsEscaped(unit)) {
             AppendUnit(quoted, unit);
@@ -100,7 +100,7 @@ std::string JsonNumber(double value) {
 
 std::string UnitDigits(const std::wstring& text) {
     std::string digits;
-    for (const auto unit : platform::Utf16FromWide(text)) {
+    for (const auto unit : krtpal::Utf16FromWide(text)) {
         for (int shift = 12; shift >= 0; shift -= 4) {
             digits +=
                 kHex[static_cast<unsigned>(static_cast<char16_t>(unit)) >> static_cast<unsigned>(shift) &

@@ -1,9 +1,9 @@
 // Texts and numbers for people and for JSON. All narrow text is UTF-8.
 
-#ifndef KRTSTORE_TEXT_H
-#define KRTSTORE_TEXT_H
+#ifndef TOOLS_KRTSTORE_TEXT_H
+#define TOOLS_KRTSTORE_TEXT_H
 
-#include "platform/guid.h"
+#include "krtpal/guid.h"
 
 #include <cstddef>
 #include <cstdint>

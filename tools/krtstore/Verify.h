@@ -1,7 +1,7 @@
 // The walk over all rows that tests their structure and their checksums.
 
-#ifndef KRTSTORE_VERIFY_H
-#define KRTSTORE_VERIFY_H
+#ifndef TOOLS_KRTSTORE_VERIFY_H
+#define TOOLS_KRTSTORE_VERIFY_H
 
 #include "Connection.h"
 

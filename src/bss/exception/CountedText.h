@@ -1,9 +1,9 @@
 // CountedText: owner of one BSTR, which may be null. A null text and an empty text are different values.
 
-#ifndef BSS_COUNTEDTEXT_H
-#define BSS_COUNTEDTEXT_H
+#ifndef BSS_EXCEPTION_COUNTEDTEXT_H
+#define BSS_EXCEPTION_COUNTEDTEXT_H
 
-#include "platform/variant.h"
+#include "krtpal/variant.h"
 
 #include <new>
 #include <string_view>

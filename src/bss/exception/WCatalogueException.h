@@ -12,13 +12,13 @@
 // the order of the template's inserts: std::wstring or a number. The class can then be thrown as
 // `WNELaserOff(2)` or, with a cause, `WNELaserOff(2, &cause)`.
 
-#ifndef BSS_WCATALOGUEEXCEPTION_H
-#define BSS_WCATALOGUEEXCEPTION_H
+#ifndef BSS_EXCEPTION_WCATALOGUEEXCEPTION_H
+#define BSS_EXCEPTION_WCATALOGUEEXCEPTION_H
 
 #include "bss/exception/WLogParams.h"
 #include "bss/exception/WNestedException.h"
 #include "bss/exception/WNestedExceptionData.h"
-#include "platform/export.h"
+#include "krtpal/export.h"
 
 #include <memory>
 #include <tuple>
@@ -35,7 +35,7 @@ struct WExceptionEventRow {
 };
 
 template <class Event, class... Arguments>
-class PLATFORM_TYPE_API WCatalogueException : public WNestedException {
+class KRTPAL_TYPE_API WCatalogueException : public WNestedException {
     /// Text comes by reference, a number by value.
     template <class Argument>
     using Parameter = std::conditional_t<std::is_arithmetic_v<Argument>, Argument, const Argument&>;

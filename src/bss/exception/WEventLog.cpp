@@ -2,12 +2,12 @@
 
 #include "bss/module.h"
 #include "bss/thread/WSingleLock.h"
-#include "platform/error.h"
-#include "platform/eventlog.h"
-#include "platform/module.h"
-#include "platform/sync.h"
-#include "platform/text.h"
-#include "platform/user.h"
+#include "krtpal/error.h"
+#include "krtpal/eventlog.h"
+#include "krtpal/module.h"
+#include "krtpal/sync.h"
+#include "krtpal/text.h"
+#include "krtpal/user.h"
 
 #include <cwchar>
 #include <memory>
@@ -98,7 +98,7 @@ bool WEventLog::Register(const wchar_t* source) {
 }
 
 bool WEventLog::Register(const char* source) {
-    return source != nullptr && Register(platform::WidenText(source).c_str());
+    return source != nullptr && Register(krtpal::WidenText(source).c_str());
 }
 
 bool WEventLog::Initialize(const wchar_t* source) {
@@ -139,7 +139,7 @@ bool WEventLog::Write(const wchar_t* text, e_event kind) {
 
 bool WEventLog::Write(const char* text, e_event kind) {
     try {
-        return text != nullptr && Write(platform::WidenText(text).c_str(), kind);
+        return text != nullptr && Write(krtpal::WidenText(text).c_str(), kind);
     } catch (...) {
         return false;
     }

@@ -15,7 +15,7 @@
 
 #include "bss/Export.h"
 #include "bss/thread/WCriticalSection.h"
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <string>
 

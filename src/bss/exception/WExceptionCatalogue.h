@@ -12,8 +12,8 @@
 // communication, 12000s data and system access, 16000s numerics and loading. The log shows code 12000
 // as 2.3808: by 4096, and the rest.
 
-#ifndef BSS_WEXCEPTIONCATALOGUE_H
-#define BSS_WEXCEPTIONCATALOGUE_H
+#ifndef BSS_EXCEPTION_WEXCEPTIONCATALOGUE_H
+#define BSS_EXCEPTION_WEXCEPTIONCATALOGUE_H
 
 #include "bss/Export.h"
 #include "bss/exception/WCatalogueException.h"

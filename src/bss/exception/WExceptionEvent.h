@@ -1,7 +1,7 @@
 // WExceptionEvent: root of the events that can name their descriptor and log themselves.
 
-#ifndef BSS_WEXCEPTIONEVENT_H
-#define BSS_WEXCEPTIONEVENT_H
+#ifndef BSS_EXCEPTION_WEXCEPTIONEVENT_H
+#define BSS_EXCEPTION_WEXCEPTIONEVENT_H
 
 #include "bss/Export.h"
 

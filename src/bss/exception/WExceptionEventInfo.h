@@ -10,8 +10,8 @@
 // Threads: the list is written during static initialisation (on the loader's thread) and read afterwards; it
 // has no lock.
 
-#ifndef BSS_WEXCEPTIONEVENTINFO_H
-#define BSS_WEXCEPTIONEVENTINFO_H
+#ifndef BSS_EXCEPTION_WEXCEPTIONEVENTINFO_H
+#define BSS_EXCEPTION_WEXCEPTIONEVENTINFO_H
 
 #include "bss/Export.h"
 #include "bss/net/WSystemTimeEx.h"

@@ -3,7 +3,7 @@
 #include "bss/exception/WExceptionEventInfo.h"
 #include "bss/exception/WFileEventLog.h"
 #include "bss/exception/WLogParams.h"
-#include "platform/error.h"
+#include "krtpal/error.h"
 
 #include <iostream>
 

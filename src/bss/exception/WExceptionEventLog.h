@@ -13,8 +13,8 @@
 //
 // Threads: the default log is built once, whoever asks first. A log takes no lock of its own.
 
-#ifndef BSS_WEXCEPTIONEVENTLOG_H
-#define BSS_WEXCEPTIONEVENTLOG_H
+#ifndef BSS_EXCEPTION_WEXCEPTIONEVENTLOG_H
+#define BSS_EXCEPTION_WEXCEPTIONEVENTLOG_H
 
 #include "bss/Export.h"
 

@@ -2,7 +2,7 @@
 
 #include "bss/exception/WExceptionEventInfo.h"
 #include "bss/exception/WLogParams.h"
-#include "bss/exception/private/ConsoleBuffer.h"
+#include "krtpal/common/consolebuffer.h"
 
 namespace bss {
 

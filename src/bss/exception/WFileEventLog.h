@@ -4,8 +4,8 @@
 //     bss::WFileEventLog log(file, L"scanner");
 //     e.Log(log);
 
-#ifndef BSS_WFILEEVENTLOG_H
-#define BSS_WFILEEVENTLOG_H
+#ifndef BSS_EXCEPTION_WFILEEVENTLOG_H
+#define BSS_EXCEPTION_WFILEEVENTLOG_H
 
 #include "bss/exception/WExceptionEventLog.h"
 

@@ -1,7 +1,7 @@
 #include "bss/exception/WLogParams.h"
 
 #include "bss/exception/WExceptionEventInfo.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <cwchar>
 
@@ -105,7 +105,7 @@ void WLogParams::FormatEventArgument(int i, const std::wstring& text) {
 }
 
 void WLogParams::FormatEventArgument(int i, const std::string& text) {
-    FormatEventArgument(i, platform::WidenText(text));
+    FormatEventArgument(i, krtpal::WidenText(text));
 }
 
 } // namespace bss

@@ -7,12 +7,12 @@
 //
 // Threads: no locks; one object, one thread at a time.
 
-#ifndef BSS_WLOGPARAMS_H
-#define BSS_WLOGPARAMS_H
+#ifndef BSS_EXCEPTION_WLOGPARAMS_H
+#define BSS_EXCEPTION_WLOGPARAMS_H
 
 #include "bss/Export.h"
 #include "bss/exception/CountedText.h"
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <array>
 #include <string>

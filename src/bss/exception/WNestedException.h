@@ -28,8 +28,8 @@
 //
 // The classes are in WExceptionCatalogue.h; how to declare one of your own is in WCatalogueException.h.
 
-#ifndef BSS_WNESTEDEXCEPTION_H
-#define BSS_WNESTEDEXCEPTION_H
+#ifndef BSS_EXCEPTION_WNESTEDEXCEPTION_H
+#define BSS_EXCEPTION_WNESTEDEXCEPTION_H
 
 #include "bss/Export.h"
 #include "bss/exception/WExceptionEvent.h"

@@ -1,7 +1,7 @@
 // WNestedExceptionData: a view of one exception's record in a text.
 
-#ifndef BSS_WNESTEDEXCEPTIONDATA_H
-#define BSS_WNESTEDEXCEPTIONDATA_H
+#ifndef BSS_EXCEPTION_WNESTEDEXCEPTIONDATA_H
+#define BSS_EXCEPTION_WNESTEDEXCEPTIONDATA_H
 
 #include "bss/Export.h"
 

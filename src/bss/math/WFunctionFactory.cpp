@@ -1,11 +1,11 @@
 #include "bss/math/WFunctionFactory.h"
 
-#include "bss/math/WBroadeningFunction.h"
-#include "bss/math/WExponentialDecayFunction.h"
-#include "bss/math/WExponentialFunction.h"
-#include "bss/math/WExponentialPolynomialFunction.h"
-#include "bss/math/WGaussianFunction.h"
-#include "bss/math/WPolynomialFunction.h"
+#include "bss/math/model/WBroadeningFunction.h"
+#include "bss/math/model/WExponentialDecayFunction.h"
+#include "bss/math/model/WExponentialFunction.h"
+#include "bss/math/model/WExponentialPolynomialFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
 
 #include <new>
 

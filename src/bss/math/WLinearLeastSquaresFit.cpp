@@ -1,7 +1,7 @@
 #include "bss/math/WLinearLeastSquaresFit.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "bss/math/WLinearFunction.h"
+#include "bss/math/model/WLinearFunction.h"
 
 #include <cmath>
 #include <utility>

@@ -2,7 +2,7 @@
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/math/WFunction.h"
-#include "platform/debug.h"
+#include "krtpal/debug.h"
 
 #include <algorithm>
 #include <cmath>

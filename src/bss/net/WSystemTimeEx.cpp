@@ -1,7 +1,7 @@
 #include "bss/net/WSystemTimeEx.h"
 
-#include "platform/debug.h"
-#include "platform/error.h"
+#include "krtpal/debug.h"
+#include "krtpal/error.h"
 
 #include <array>
 #include <cstring>

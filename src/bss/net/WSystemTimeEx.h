@@ -9,12 +9,12 @@
 //
 // Threads: a value; no shared state.
 
-#ifndef BSS_WSYSTEMTIMEEX_H
-#define BSS_WSYSTEMTIMEEX_H
+#ifndef BSS_NET_WSYSTEMTIMEEX_H
+#define BSS_NET_WSYSTEMTIMEEX_H
 
 #include "bss/Export.h"
-#include "platform/time.h"
-#include "platform/types.h"
+#include "krtpal/time.h"
+#include "krtpal/types.h"
 
 #include <concepts>
 #include <ctime>

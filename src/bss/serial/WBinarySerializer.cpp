@@ -1,7 +1,7 @@
 #include "bss/serial/WBinarySerializer.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <array>
@@ -57,27 +57,27 @@ constexpr std::size_t UnitSize(const std::string& /*text*/) {
     return 1;
 }
 constexpr std::size_t UnitSize(const std::wstring& /*text*/) {
-    return sizeof(platform::Utf16Unit);
+    return sizeof(krtpal::Utf16Unit);
 }
 std::size_t CountUnits(const std::string& text) {
     return text.size();
 }
 std::size_t CountUnits(const std::wstring& text) {
-    return platform::Utf16Length(text);
+    return krtpal::Utf16Length(text);
 }
 /// Answers the end of what was put.
 char* PutText(const std::string& text, char* target) {
     return std::copy(text.begin(), text.end(), target);
 }
 char* PutText(const std::wstring& text, char* target) {
-    return static_cast<char*>(platform::PutUtf16(text, target));
+    return static_cast<char*>(krtpal::PutUtf16(text, target));
 }
 void SetText(std::string& text, const char* source, std::size_t count) {
     text.resize(count);
     std::copy_n(source, count, text.data());
 }
 void SetText(std::wstring& text, const char* source, std::size_t count) {
-    platform::TakeUtf16(source, count, text);
+    krtpal::TakeUtf16(source, count, text);
 }
 
 /// What stands in front of a string's characters in an array.
@@ -330,9 +330,9 @@ unsigned int WBinarySerializer::ReadLabel(std::wstring& label) {
     std::int32_t length = 0;
     std::size_t moved = Take(&length, sizeof(length));
     if (length >= 1) {
-        platform::Utf16String units(CheckPromise(length, sizeof(platform::Utf16Unit)), 0);
-        moved += Take(units.data(), sizeof(platform::Utf16Unit) * units.size());
-        label = platform::WideFromUtf16(units);
+        krtpal::Utf16String units(CheckPromise(length, sizeof(krtpal::Utf16Unit)), 0);
+        moved += Take(units.data(), sizeof(krtpal::Utf16Unit) * units.size());
+        label = krtpal::WideFromUtf16(units);
     }
     return static_cast<unsigned int>(moved);
 }
@@ -344,7 +344,7 @@ void WBinarySerializer::SkipLabel() {
     if (length < 1) {
         return;
     }
-    const std::size_t size = sizeof(platform::Utf16Unit) * CheckPromise(length, sizeof(platform::Utf16Unit));
+    const std::size_t size = sizeof(krtpal::Utf16Unit) * CheckPromise(length, sizeof(krtpal::Utf16Unit));
     if (m_bEnd || size > Remaining()) {
         m_nReadPosition = m_buffer.size();
         m_bEnd = true;
@@ -475,7 +475,7 @@ void WBinarySerializer::Insert(const std::wstring& label, const std::vector<int>
 }
 
 void WBinarySerializer::Insert(const std::wstring& label, const std::wstring& value) {
-    CheckCount(label, platform::Utf16Length(value));
+    CheckCount(label, krtpal::Utf16Length(value));
     WriteLabel(label);
     AppendText(value);
 }

@@ -5,10 +5,10 @@
 #include "bss/serial/WSerializer.h"
 #include "bss/serial/WVersion.h"
 #include "bss/system/WIDDispenser.h"
-#include "platform/debug.h"
-#include "platform/module.h"
-#include "platform/text.h"
-#include "platform/typename.h"
+#include "krtpal/common/typename.h"
+#include "krtpal/debug.h"
+#include "krtpal/module.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <exception>
@@ -187,7 +187,7 @@ void WPersistentObject::SetVersion(const WVersion& version) {
 std::wstring WPersistentObject::GetNameOfClass() const {
     constexpr wchar_t scope[] = L"::";
     constexpr wchar_t keyword[] = L"class ";
-    std::wstring name = platform::TypeName(typeid(*this));
+    std::wstring name = krtpal::TypeName(typeid(*this));
     name.erase(std::min(name.find(L'<'), name.size()));
     if (const std::size_t position = name.rfind(scope); position != std::wstring::npos) {
         return name.substr(position + std::size(scope) - 1);
@@ -223,7 +223,7 @@ void WPersistentObject::RunObject(bool bRead) {
     } catch (const WNestedException&) {
         throw; // with the whole chain
     } catch (const std::exception& e) {
-        ThrowDataIOError(what + platform::WidenText(e.what()) + L"\n\n" + where());
+        ThrowDataIOError(what + krtpal::WidenText(e.what()) + L"\n\n" + where());
     } catch (...) {
         ThrowDataIOError(what + where());
     }

@@ -3,8 +3,8 @@
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/thread/WSingleLock.h"
-#include "platform/debug.h"
-#include "platform/text.h"
+#include "krtpal/debug.h"
+#include "krtpal/text.h"
 
 #include <exception>
 
@@ -83,7 +83,7 @@ void WSerializer::DoSerialization(WPersistentObject& object, bool bRead) {
         throw WNEDataIOError(text, &e);
     } catch (const std::exception& e) {
         FinishAfterFailure(object, bRead);
-        const std::wstring reason = platform::WidenText(e.what());
+        const std::wstring reason = krtpal::WidenText(e.what());
         OutputDebugStringW((Describe(kDebugText, stage, object) + L"\n\n" + reason + L"\n").c_str());
         throw WNEUnexpectedException(reason);
     } catch (...) {

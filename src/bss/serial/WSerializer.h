@@ -20,7 +20,7 @@
 
 #include "bss/Export.h"
 #include "bss/thread/WCriticalSection.h"
-#include "platform/guid.h"
+#include "krtpal/guid.h"
 
 #include <ctime>
 #include <string>

@@ -3,10 +3,10 @@
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WBinarySerializer.h"
 #include "bss/system/WVersionResource.h"
-#include "platform/module.h"
-#include "platform/path.h"
-#include "platform/process.h"
-#include "platform/sync.h"
+#include "krtpal/module.h"
+#include "krtpal/path.h"
+#include "krtpal/process.h"
+#include "krtpal/sync.h"
 
 #include <algorithm>
 #include <cwctype>

@@ -18,7 +18,7 @@
 #include "bss/Export.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <string>
 #include <vector>

@@ -1,9 +1,9 @@
 #include "bss/system/WCompression.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "platform/debug.h"
-#include "platform/file.h"
-#include "platform/text.h"
+#include "krtpal/debug.h"
+#include "krtpal/file.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -35,8 +35,8 @@ const wchar_t* PathOf(const std::wstring& path) {
 
 /// The path in the narrow code page, if it has a form there.
 std::optional<std::string> NarrowPath(const std::wstring& path) {
-    std::string narrow = platform::NarrowText(path);
-    if (PathOf(path) == nullptr || platform::WidenText(narrow) != path) {
+    std::string narrow = krtpal::NarrowText(path);
+    if (PathOf(path) == nullptr || krtpal::WidenText(narrow) != path) {
         return {};
     }
     return narrow;
@@ -237,9 +237,9 @@ std::wstring WCompression::GetError(void*& gzFile) {
     int code = Z_OK;
     const char* const text = gzerror(static_cast<gzFile_s*>(gzFile), &code);
     if (code == Z_ERRNO) {
-        return prefix + platform::WidenText(system);
+        return prefix + krtpal::WidenText(system);
     }
-    return prefix + (text == nullptr ? std::wstring() : platform::WidenText(text));
+    return prefix + (text == nullptr ? std::wstring() : krtpal::WidenText(text));
 }
 
 } // namespace bss

@@ -12,8 +12,8 @@
 //
 // Threads: all operations may be used from any thread. A file should not be given to two calls at once.
 
-#ifndef BSS_WCOMPRESSION_H
-#define BSS_WCOMPRESSION_H
+#ifndef BSS_SYSTEM_WCOMPRESSION_H
+#define BSS_SYSTEM_WCOMPRESSION_H
 
 #include "bss/Export.h"
 

@@ -1,7 +1,7 @@
 #include "bss/system/WEncryption.h"
 
 #include "bss/system/private/DesCipher.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <cstddef>
 #include <cstring>
@@ -59,10 +59,10 @@ std::wstring Crypt(const std::wstring& text, Mode mode) {
     if (text.empty()) {
         return {};
     }
-    const auto units = platform::Utf16FromWide(text);
+    const auto units = krtpal::Utf16FromWide(text);
     std::string bytes;
     bytes.reserve(units.size() * 2 + BlockSize);
-    for (const platform::Utf16Unit unit : units) {
+    for (const krtpal::Utf16Unit unit : units) {
         bytes += static_cast<char>(unit & 0xFF);
         bytes += static_cast<char>(unit >> 8 & 0xFF);
     }

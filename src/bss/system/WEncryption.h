@@ -11,12 +11,12 @@
 // store it as numbers, not as text. Text outside the basic plane goes in as its two units. It comes out as
 // two there too; this joins them:
 //
-//     platform::WideFromUtf16(platform::Utf16FromWide(text))
+//     krtpal::WideFromUtf16(krtpal::Utf16FromWide(text))
 //
 // Threads: all operations may be used from any thread.
 
-#ifndef BSS_WENCRYPTION_H
-#define BSS_WENCRYPTION_H
+#ifndef BSS_SYSTEM_WENCRYPTION_H
+#define BSS_SYSTEM_WENCRYPTION_H
 
 #include "bss/Export.h"
 

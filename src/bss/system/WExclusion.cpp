@@ -1,10 +1,10 @@
 #include "bss/system/WExclusion.h"
 
 #include "bss/module.h"
-#include "platform/error.h"
-#include "platform/module.h"
-#include "platform/sync.h"
-#include "platform/user.h"
+#include "krtpal/error.h"
+#include "krtpal/module.h"
+#include "krtpal/sync.h"
+#include "krtpal/user.h"
 
 #include <cstdint>
 #include <cstdio>

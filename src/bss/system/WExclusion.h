@@ -17,7 +17,7 @@
 #define BSS_SYSTEM_WEXCLUSION_H
 
 #include "bss/Export.h"
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <string>
 

@@ -17,7 +17,7 @@
 #define BSS_SYSTEM_WGUID_H
 
 #include "bss/Export.h"
-#include "platform/guid.h"
+#include "krtpal/guid.h"
 
 #include <string>
 #include <vector>

@@ -1,9 +1,9 @@
 #include "bss/system/WVersionResource.h"
 
-#include "platform/module.h"
-#include "platform/path.h"
-#include "platform/text.h"
-#include "platform/time.h"
+#include "krtpal/module.h"
+#include "krtpal/path.h"
+#include "krtpal/text.h"
+#include "krtpal/time.h"
 
 #include <algorithm>
 #include <climits>

@@ -17,7 +17,7 @@
 
 #include "bss/CStdStr.h"
 #include "bss/Export.h"
-#include "platform/version.h"
+#include "krtpal/version.h"
 
 #include <cstdint>
 #include <memory>

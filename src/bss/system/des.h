@@ -18,8 +18,8 @@
 
    Strength: DES falls to a search of its keys; use this for compatibility only. */
 
-#ifndef BSS_DES_H
-#define BSS_DES_H
+#ifndef BSS_SYSTEM_DES_H
+#define BSS_SYSTEM_DES_H
 
 #include "bss/Export.h"
 

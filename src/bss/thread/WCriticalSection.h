@@ -12,7 +12,7 @@
 #define BSS_THREAD_WCRITICALSECTION_H
 
 #include "bss/thread/WSyncObject.h"
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 namespace bss::sync {
 

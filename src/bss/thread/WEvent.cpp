@@ -1,6 +1,6 @@
 #include "bss/thread/WEvent.h"
 
-#include "platform/error.h"
+#include "krtpal/error.h"
 
 #include <limits>
 #include <stdexcept>

@@ -1,5 +1,5 @@
 // bss::sync::WEvent, WMutex, WSemaphore: objects of the system's kernel. With a name, processes share them
-// (see platform/sync.h for the rules of names).
+// (see krtpal/sync.h for the rules of names).
 //
 //     bss::sync::WMutex mutex(false, L"Local\\instrument");
 //     bss::sync::WSingleLock lock(&mutex, false);
@@ -12,7 +12,7 @@
 #define BSS_THREAD_WEVENT_H
 
 #include "bss/thread/WSyncObject.h"
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 namespace bss::sync {
 

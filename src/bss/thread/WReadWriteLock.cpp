@@ -1,7 +1,7 @@
 #include "bss/thread/WReadWriteLock.h"
 
 #include "bss/thread/WSingleLock.h"
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 namespace bss::sync {
 

@@ -1,6 +1,6 @@
 #include "bss/thread/WReadWritePtrEx.h"
 
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 #include <stdexcept>
 

@@ -2,8 +2,8 @@
 
 #include "bss/thread/WEvent.h"
 #include "bss/thread/private/Wait.h"
-#include "platform/message.h"
-#include "platform/sync.h"
+#include "krtpal/message.h"
+#include "krtpal/sync.h"
 
 #include <algorithm>
 #include <memory>

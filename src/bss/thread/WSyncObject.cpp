@@ -1,7 +1,7 @@
 #include "bss/thread/WSyncObject.h"
 
 #include "bss/thread/private/Wait.h"
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 namespace bss::sync {
 

@@ -25,7 +25,7 @@
 #define BSS_THREAD_WSYNCOBJECT_H
 
 #include "bss/Export.h"
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 namespace bss::sync {
 

@@ -1,8 +1,8 @@
 #include "bss/thread/WSynchronizer.h"
 
 #include "bss/thread/private/Wait.h"
-#include "platform/debug.h"
-#include "platform/error.h"
+#include "krtpal/debug.h"
+#include "krtpal/error.h"
 
 #include <string>
 

@@ -13,7 +13,7 @@
 #define BSS_THREAD_WSYNCHRONIZER_H
 
 #include "bss/Export.h"
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 #include <cstdint>
 #include <map>

@@ -1,11 +1,11 @@
-#include "platform/console.h"
+#include "krtpal/console.h"
 
-#include "platform/error.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -64,4 +64,4 @@ bool WriteConsoleText(DWORD stream, std::wstring_view text) {
     return WriteBytes(handle, Utf8FromWide(text));
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,6 +1,6 @@
-#include "bss/exception/private/ConsoleBuffer.h"
+#include "krtpal/common/consolebuffer.h"
 
-#include "platform/console.h"
+#include "krtpal/console.h"
 
 #include <cstdio>
 #include <ext/stdio_filebuf.h>
@@ -39,7 +39,7 @@ protected:
         // What others wrote before comes before.
         m_standard.flush();
         std::fflush(m_file);
-        const bool written = platform::WriteConsoleText(m_handle, m_text);
+        const bool written = krtpal::WriteConsoleText(m_handle, m_text);
         m_text.clear();
         return written ? 0 : -1;
     }

@@ -1,7 +1,7 @@
 // ConsoleBufferFor: the buffer through which a log writes to a wide stream.
 
-#ifndef BSS_CONSOLEBUFFER_H
-#define BSS_CONSOLEBUFFER_H
+#ifndef KRTPAL_COMMON_CONSOLEBUFFER_H
+#define KRTPAL_COMMON_CONSOLEBUFFER_H
 
 #include <ostream>
 

@@ -1,6 +1,6 @@
-#include "platform/error.h"
+#include "krtpal/error.h"
 
-namespace platform {
+namespace krtpal {
 
 std::wstring SystemText(DWORD error) {
     const DWORD before = GetLastError();
@@ -21,4 +21,4 @@ std::wstring SystemText(DWORD error) {
     return text;
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,4 +1,4 @@
-#include "platform/odbc.h"
+#include "krtpal/common/odbc.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -16,16 +16,16 @@
 #undef BOOL
 #endif
 
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #ifndef _WIN32
 #include <locale.h>
 #endif
 
-static_assert(sizeof(SQLWCHAR) == 2 && sizeof(SQLLEN) == sizeof(platform::odbc::Length));
+static_assert(sizeof(SQLWCHAR) == 2 && sizeof(SQLLEN) == sizeof(krtpal::odbc::Length));
 
-namespace platform::odbc {
+namespace krtpal::odbc {
 
 namespace {
 
@@ -208,4 +208,4 @@ Result GetDiagRec(std::int16_t kind, Handle handle, std::int16_t number, Diagnos
     return result;
 }
 
-} // namespace platform::odbc
+} // namespace krtpal::odbc

@@ -1,6 +1,6 @@
 // ODBC, without its headers: the calls that the library makes, in plain types.
 //
-//     using namespace platform;
+//     using namespace krtpal;
 //     odbc::Handle environment = nullptr;
 //     if (odbc::Succeeded(odbc::AllocHandle(odbc::kEnvironment, nullptr, &environment))) ...
 //     odbc::ExecDirect(statement, L"DELETE FROM WVersionInfo");
@@ -12,16 +12,16 @@
 //
 // Threads: as the driver manager has it: a handle belongs to one thread at a time.
 
-#ifndef PLATFORM_ODBC_H
-#define PLATFORM_ODBC_H
+#ifndef KRTPAL_COMMON_ODBC_H
+#define KRTPAL_COMMON_ODBC_H
 
-#include "platform/export.h"
+#include "krtpal/export.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-namespace platform::odbc {
+namespace krtpal::odbc {
 
 using Handle = void*;
 using Result = std::int16_t;
@@ -101,41 +101,41 @@ inline constexpr std::uint16_t kResetParams = 3;
 inline constexpr std::int16_t kCommit = 0;
 inline constexpr std::int16_t kRollback = 1;
 
-PLATFORM_API Result AllocHandle(std::int16_t kind, Handle parent, Handle* handle);
-PLATFORM_API Result FreeHandle(std::int16_t kind, Handle handle);
-PLATFORM_API Result SetEnvAttr(Handle environment, std::int32_t attribute, std::uintptr_t value);
+KRTPAL_API Result AllocHandle(std::int16_t kind, Handle parent, Handle* handle);
+KRTPAL_API Result FreeHandle(std::int16_t kind, Handle handle);
+KRTPAL_API Result SetEnvAttr(Handle environment, std::int32_t attribute, std::uintptr_t value);
 /// Numbers only.
-PLATFORM_API Result SetConnectAttr(Handle connection, std::int32_t attribute, std::uintptr_t value);
-PLATFORM_API Result Connect(Handle connection, const std::wstring& dataSource, const std::wstring& user,
-                            const std::wstring& password);
+KRTPAL_API Result SetConnectAttr(Handle connection, std::int32_t attribute, std::uintptr_t value);
+KRTPAL_API Result Connect(Handle connection, const std::wstring& dataSource, const std::wstring& user,
+                          const std::wstring& password);
 /// Without a window and without questions; the completed text, of at most 4096 characters, is dropped.
-PLATFORM_API Result DriverConnect(Handle connection, const std::wstring& text);
-PLATFORM_API Result Disconnect(Handle connection);
+KRTPAL_API Result DriverConnect(Handle connection, const std::wstring& text);
+KRTPAL_API Result Disconnect(Handle connection);
 /// `room` and `*length` are in bytes.
-PLATFORM_API Result GetInfo(Handle connection, std::uint16_t what, void* value, std::int16_t room,
-                            std::int16_t* length);
-PLATFORM_API Result EndTran(std::int16_t kind, Handle handle, std::int16_t completion);
+KRTPAL_API Result GetInfo(Handle connection, std::uint16_t what, void* value, std::int16_t room,
+                          std::int16_t* length);
+KRTPAL_API Result EndTran(std::int16_t kind, Handle handle, std::int16_t completion);
 
-PLATFORM_API Result GetTypeInfo(Handle statement, std::int16_t sqlType);
+KRTPAL_API Result GetTypeInfo(Handle statement, std::int16_t sqlType);
 /// All tables of a kind, in one schema or, if that is empty, in all.
-PLATFORM_API Result Tables(Handle statement, const std::wstring& kind, const std::wstring& schema = {});
+KRTPAL_API Result Tables(Handle statement, const std::wstring& kind, const std::wstring& schema = {});
 /// All columns of a table, likewise.
-PLATFORM_API Result Columns(Handle statement, const std::wstring& table, const std::wstring& schema = {});
-PLATFORM_API Result ExecDirect(Handle statement, const std::wstring& text);
-PLATFORM_API Result Prepare(Handle statement, const std::wstring& text);
-PLATFORM_API Result Execute(Handle statement);
-PLATFORM_API Result BindParameter(Handle statement, std::uint16_t number, std::int16_t cType,
-                                  std::int16_t sqlType, std::size_t columnSize, void* value, Length room,
-                                  Length* indicator);
-PLATFORM_API Result ParamData(Handle statement, void** value);
-PLATFORM_API Result PutData(Handle statement, const void* data, Length length);
-PLATFORM_API Result BindCol(Handle statement, std::uint16_t column, std::int16_t cType, void* target,
-                            Length room, Length* indicator);
-PLATFORM_API Result Fetch(Handle statement);
-PLATFORM_API Result GetData(Handle statement, std::uint16_t column, std::int16_t cType, void* target,
-                            Length room, Length* indicator);
-PLATFORM_API Result FreeStmt(Handle statement, std::uint16_t option);
-PLATFORM_API Result CloseCursor(Handle statement);
+KRTPAL_API Result Columns(Handle statement, const std::wstring& table, const std::wstring& schema = {});
+KRTPAL_API Result ExecDirect(Handle statement, const std::wstring& text);
+KRTPAL_API Result Prepare(Handle statement, const std::wstring& text);
+KRTPAL_API Result Execute(Handle statement);
+KRTPAL_API Result BindParameter(Handle statement, std::uint16_t number, std::int16_t cType,
+                                std::int16_t sqlType, std::size_t columnSize, void* value, Length room,
+                                Length* indicator);
+KRTPAL_API Result ParamData(Handle statement, void** value);
+KRTPAL_API Result PutData(Handle statement, const void* data, Length length);
+KRTPAL_API Result BindCol(Handle statement, std::uint16_t column, std::int16_t cType, void* target,
+                          Length room, Length* indicator);
+KRTPAL_API Result Fetch(Handle statement);
+KRTPAL_API Result GetData(Handle statement, std::uint16_t column, std::int16_t cType, void* target,
+                          Length room, Length* indicator);
+KRTPAL_API Result FreeStmt(Handle statement, std::uint16_t option);
+KRTPAL_API Result CloseCursor(Handle statement);
 
 struct DiagnosticRecord {
     std::wstring state;
@@ -143,9 +143,8 @@ struct DiagnosticRecord {
     std::wstring text; ///< of at most 1023 code units
 };
 /// The `number`th record of a handle, from 1 on.
-PLATFORM_API Result GetDiagRec(std::int16_t kind, Handle handle, std::int16_t number,
-                               DiagnosticRecord* record);
+KRTPAL_API Result GetDiagRec(std::int16_t kind, Handle handle, std::int16_t number, DiagnosticRecord* record);
 
-} // namespace platform::odbc
+} // namespace krtpal::odbc
 
 #endif

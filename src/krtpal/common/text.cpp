@@ -1,8 +1,8 @@
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <cstring>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -146,4 +146,4 @@ std::string Utf8FromWide(std::wstring_view text) {
     return Narrow(CP_UTF8, text);
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,12 +1,12 @@
-#include "platform/typename.h"
+#include "krtpal/common/typename.h"
 
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <cstdlib>
 #include <cxxabi.h>
 #include <memory>
 
-namespace platform {
+namespace krtpal {
 
 std::wstring TypeName(const std::type_info& type) {
     int status = 0;
@@ -15,4 +15,4 @@ std::wstring TypeName(const std::type_info& type) {
     return WidenText(name != nullptr ? name.get() : type.name());
 }
 
-} // namespace platform
+} // namespace krtpal

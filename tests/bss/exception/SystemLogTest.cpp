@@ -3,7 +3,7 @@
 
 #include "bss/exception/WEventLog.h"
 #include "bss/module.h"
-#include "platform/error.h"
+#include "krtpal/error.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "bss/math/WConvolution.h"
 
-#include "../math/EveryFunction.h"
 #include "Signals.h"
+#include "bss/math/EveryFunction.h"
 
 #include <gtest/gtest.h>
 

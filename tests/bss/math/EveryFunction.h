@@ -1,20 +1,20 @@
 // One new object of every function class, with what is known of it.
 
-#ifndef TESTS_MATH_EVERY_FUNCTION_H
-#define TESTS_MATH_EVERY_FUNCTION_H
+#ifndef TESTS_BSS_MATH_EVERYFUNCTION_H
+#define TESTS_BSS_MATH_EVERYFUNCTION_H
 
-#include "bss/math/WBroadeningFunction.h"
-#include "bss/math/WCumulantsFunction.h"
-#include "bss/math/WExponentialDecayFunction.h"
-#include "bss/math/WExponentialFunction.h"
-#include "bss/math/WExponentialPolynomialFunction.h"
-#include "bss/math/WFermiDiracFunction.h"
-#include "bss/math/WGaussianCumulantsFunction.h"
-#include "bss/math/WGaussianFunction.h"
-#include "bss/math/WPolynomialFunction.h"
-#include "bss/math/WSimpleExponentialDecayFunction.h"
-#include "bss/math/WSineFunction.h"
-#include "bss/math/WTriangleDitherFitFunction.h"
+#include "bss/math/model/WBroadeningFunction.h"
+#include "bss/math/model/WCumulantsFunction.h"
+#include "bss/math/model/WExponentialDecayFunction.h"
+#include "bss/math/model/WExponentialFunction.h"
+#include "bss/math/model/WExponentialPolynomialFunction.h"
+#include "bss/math/model/WFermiDiracFunction.h"
+#include "bss/math/model/WGaussianCumulantsFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
+#include "bss/math/model/WSimpleExponentialDecayFunction.h"
+#include "bss/math/model/WSineFunction.h"
+#include "bss/math/model/WTriangleDitherFitFunction.h"
 
 #include <memory>
 #include <string>

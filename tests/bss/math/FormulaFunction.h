@@ -1,10 +1,10 @@
 // A model of the tests' own: a formula that gives the value and, where asked for, the true derivatives.
 
-#ifndef TESTS_FIT_FORMULAFUNCTION_H
-#define TESTS_FIT_FORMULAFUNCTION_H
+#ifndef TESTS_BSS_MATH_FORMULAFUNCTION_H
+#define TESTS_BSS_MATH_FORMULAFUNCTION_H
 
 #include "bss/math/WFunction.h"
-#include "bss/math/WLinearFunction.h"
+#include "bss/math/model/WLinearFunction.h"
 
 #include <functional>
 #include <utility>

@@ -1,8 +1,8 @@
+#include "bss/math/EveryFunction.h"
 #include "bss/math/WFunctionFactory.h"
-#include "bss/math/WGaussianFunction.h"
-#include "bss/math/WPolynomialFunction.h"
-#include "bss/math/WSimpleExponentialDecayFunction.h"
-#include "math/EveryFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
+#include "bss/math/model/WSimpleExponentialDecayFunction.h"
 
 #include <gtest/gtest.h>
 

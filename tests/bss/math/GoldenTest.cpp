@@ -2,18 +2,18 @@
 // of the formulas and with its own bounds. Rows of pure arithmetic have the bound 0 and agree in every bit,
 // on every target.
 
-#include "bss/math/WBroadeningFunction.h"
-#include "bss/math/WCumulantsFunction.h"
-#include "bss/math/WExponentialDecayFunction.h"
-#include "bss/math/WExponentialFunction.h"
-#include "bss/math/WExponentialPolynomialFunction.h"
-#include "bss/math/WFermiDiracFunction.h"
-#include "bss/math/WGaussianCumulantsFunction.h"
-#include "bss/math/WGaussianFunction.h"
-#include "bss/math/WPolynomialFunction.h"
-#include "bss/math/WSimpleExponentialDecayFunction.h"
-#include "bss/math/WSineFunction.h"
-#include "bss/math/WTriangleDitherFitFunction.h"
+#include "bss/math/model/WBroadeningFunction.h"
+#include "bss/math/model/WCumulantsFunction.h"
+#include "bss/math/model/WExponentialDecayFunction.h"
+#include "bss/math/model/WExponentialFunction.h"
+#include "bss/math/model/WExponentialPolynomialFunction.h"
+#include "bss/math/model/WFermiDiracFunction.h"
+#include "bss/math/model/WGaussianCumulantsFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
+#include "bss/math/model/WSimpleExponentialDecayFunction.h"
+#include "bss/math/model/WSineFunction.h"
+#include "bss/math/model/WTriangleDitherFitFunction.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "bss/exception/WExceptionCatalogue.h"
-#include "bss/math/WGaussianFunction.h"
+#include "bss/math/FormulaFunction.h"
+#include "bss/math/NistProblem.h"
 #include "bss/math/WLinearLeastSquaresFit.h"
-#include "bss/math/WPolynomialFunction.h"
-#include "fit/FormulaFunction.h"
-#include "fit/NistProblem.h"
+#include "bss/math/model/WGaussianFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // What the golden grid does not show: guards, limits, failures, and derivatives against difference quotients.
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "math/EveryFunction.h"
+#include "bss/math/EveryFunction.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "fit/NistProblem.h"
+#include "bss/math/NistProblem.h"
 
 #include <algorithm>
 #include <cctype>

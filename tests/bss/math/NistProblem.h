@@ -1,7 +1,7 @@
 // Certified regression problems in data/nist, and how closely a fit agrees with them.
 
-#ifndef TESTS_FIT_NISTPROBLEM_H
-#define TESTS_FIT_NISTPROBLEM_H
+#ifndef TESTS_BSS_MATH_NISTPROBLEM_H
+#define TESTS_BSS_MATH_NISTPROBLEM_H
 
 #include <string>
 #include <vector>

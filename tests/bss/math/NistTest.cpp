@@ -2,11 +2,11 @@
 // is printed, and stands in docs/nonlinear-fit.md.
 
 #include "bss/exception/WExceptionCatalogue.h"
+#include "bss/math/FormulaFunction.h"
+#include "bss/math/NistProblem.h"
 #include "bss/math/WLinearLeastSquaresFit.h"
 #include "bss/math/WNonLinearLeastSquaresFit.h"
-#include "bss/math/WPolynomialFunction.h"
-#include "fit/FormulaFunction.h"
-#include "fit/NistProblem.h"
+#include "bss/math/model/WPolynomialFunction.h"
 
 #include <gtest/gtest.h>
 

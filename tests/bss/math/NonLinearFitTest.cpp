@@ -1,7 +1,7 @@
 #include "bss/exception/WExceptionCatalogue.h"
-#include "bss/math/WGaussianFunction.h"
+#include "bss/math/FormulaFunction.h"
 #include "bss/math/WNonLinearLeastSquaresFit.h"
-#include "fit/FormulaFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
 #include "support/DebugOutput.h"
 
 #include <gtest/gtest.h>

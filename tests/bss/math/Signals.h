@@ -1,7 +1,7 @@
 // Signals to transform, the same on every target.
 
-#ifndef TESTS_FFT_SIGNALS_H
-#define TESTS_FFT_SIGNALS_H
+#ifndef TESTS_BSS_MATH_SIGNALS_H
+#define TESTS_BSS_MATH_SIGNALS_H
 
 #include <cmath>
 #include <complex>

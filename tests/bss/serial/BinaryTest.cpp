@@ -2,7 +2,7 @@
 #include "bss/serial/WBinarySerializer.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
-#include "codec/Hex.h"
+#include "support/Hex.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
 #include "bss/system/WIDDispenser.h"
-#include "platform/error.h"
-#include "platform/module.h"
-#include "platform/sync.h"
+#include "krtpal/error.h"
+#include "krtpal/module.h"
+#include "krtpal/sync.h"
 #include "support/DebugOutput.h"
 
 #include <gtest/gtest.h>

@@ -6,8 +6,8 @@
 //     serializer.failAt = L"groupID";          // or "start", "finish"
 //     serializer.fail = [] { throw 5; };
 
-#ifndef TESTS_SERIAL_RECORDINGSERIALIZER_H
-#define TESTS_SERIAL_RECORDINGSERIALIZER_H
+#ifndef TESTS_BSS_SERIAL_RECORDINGSERIALIZER_H
+#define TESTS_BSS_SERIAL_RECORDINGSERIALIZER_H
 
 #include "bss/serial/WSerializer.h"
 

@@ -6,9 +6,9 @@
 // A line has the name, the version, the file and the I/O version; "end" ends the list.
 
 #include "bss/serial/WVersionInfo.h"
-#include "platform/module.h"
-#include "platform/sync.h"
-#include "platform/text.h"
+#include "krtpal/module.h"
+#include "krtpal/sync.h"
+#include "krtpal/text.h"
 
 #include <cstdio>
 #include <string>
@@ -16,7 +16,7 @@
 int main(int argc, char** argv) {
     const std::string role = argc > 1 ? argv[1] : "";
     const int moduleAt = role == "list" ? 3 : 2;
-    if (argc > moduleAt && LoadLibraryW(platform::WidenText(argv[moduleAt]).c_str()) == nullptr) {
+    if (argc > moduleAt && LoadLibraryW(krtpal::WidenText(argv[moduleAt]).c_str()) == nullptr) {
         std::puts("cannot load the module");
         return 1;
     }
@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
     for (const bss::WVersionInfo& module : info.GetComponents()) {
         const std::wstring line = module.GetName() + L" " + module.GetModuleVersionString() + L" " +
                                   module.GetKRTFileVersionString() + L" " + module.GetKRTIOVerionString();
-        std::puts(platform::NarrowText(line).c_str());
+        std::puts(krtpal::NarrowText(line).c_str());
     }
     std::puts("end");
     return 0;

@@ -3,11 +3,11 @@
 #include "bss/serial/WBinarySerializer.h"
 #include "bss/serial/WVersionInfo.h"
 #include "bss/system/WVersionResource.h"
-#include "codec/Hex.h"
-#include "platform/module.h"
-#include "platform/sync.h"
-#include "platform/text.h"
+#include "krtpal/module.h"
+#include "krtpal/sync.h"
+#include "krtpal/text.h"
 #include "support/ChildProcess.h"
+#include "support/Hex.h"
 
 #include <gtest/gtest.h>
 
@@ -149,7 +149,7 @@ TEST(VersionInfo, OfThisProcessHasTheModulesThatTakePart) {
     info.AddProcessVersionInfo(GetCurrentProcessId());
     ASSERT_EQ(info.GetComponents().size(), 1U);
     EXPECT_NE(info.GetComponents()[0].GetName().find(L"krtbss"), std::wstring::npos);
-    ASSERT_NE(LoadLibraryW(platform::WidenText(VERSION_INFO_PLUGIN).c_str()), nullptr);
+    ASSERT_NE(LoadLibraryW(krtpal::WidenText(VERSION_INFO_PLUGIN).c_str()), nullptr);
     info.AddProcessVersionInfo(GetCurrentProcessId());
     ASSERT_EQ(info.GetComponents().size(), 3U);
     const WVersionInfo& plugin = info.GetComponents()[2];
@@ -180,7 +180,7 @@ TEST(VersionInfo, OfAnotherProcessNeedsTheSameProgram) {
     ChildProcess bare(VERSION_INFO_CHILD, {"wait"});
     const std::string fullNumber = NumberOf(full);
     const std::string bareNumber = NumberOf(bare);
-    const std::string plugin = platform::NarrowText(Name(VERSION_INFO_PLUGIN)) + " 1.2.3.4 5.3.2.0 5.3.0.9";
+    const std::string plugin = krtpal::NarrowText(Name(VERSION_INFO_PLUGIN)) + " 1.2.3.4 5.3.2.0 5.3.0.9";
 
     auto lines = List({"list", fullNumber, VERSION_INFO_PLUGIN});
     ASSERT_EQ(lines.size(), 2U);

@@ -1,7 +1,7 @@
 #include "bss/system/WCompression.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 #include "support/DebugOutput.h"
 
 #include <algorithm>
@@ -40,7 +40,7 @@ std::wstring FailureOf(const std::function<void()>& call) {
 
 /// By UTF-8: the standard library's own conversion from wide text depends on the locale.
 std::filesystem::path PathOf(const std::wstring& path) {
-    const std::string bytes = platform::Utf8FromWide(path);
+    const std::string bytes = krtpal::Utf8FromWide(path);
     return {std::u8string(bytes.begin(), bytes.end())};
 }
 
@@ -142,7 +142,7 @@ protected:
         DebugOutput debug;
         const std::ptrdiff_t before = OpenFiles();
         EXPECT_EQ(FailureOf([&] { operation(source, target); }), text);
-        EXPECT_EQ(OpenFiles(), before) << platform::Utf8FromWide(text);
+        EXPECT_EQ(OpenFiles(), before) << krtpal::Utf8FromWide(text);
         EXPECT_EQ(debug.Text(), debugPrefix == silent ? L"" : debugPrefix + text);
     }
 
@@ -183,7 +183,7 @@ TEST_F(CompressionOfFiles, TakesPathsThatHaveANarrowForm) {
     const Block data = Noise(100);
     const std::wstring plain = Written(L"\u00FC \u4E2D", data);
     const std::wstring packed = In(L"\u00FC.gz");
-    if (platform::WidenText(platform::NarrowText(packed)) == packed) {
+    if (krtpal::WidenText(krtpal::NarrowText(packed)) == packed) {
         WCompression::CompressFile(plain, packed);
         WCompression::UncompressFile(packed, In(L"back"));
         EXPECT_EQ(Read(In(L"back")), data);
@@ -201,7 +201,7 @@ TEST_F(CompressionOfFiles, TakesPathsThatHaveANarrowForm) {
     EXPECT_EQ(FailureOf([&] { WCompression::CompressFile(paths[1], packed); }),
               L"Failed to open compressed file.");
     EXPECT_EQ(FailureOf([&] { WCompression::UncompressFile(plain, paths[1]); }),
-              platform::WidenText(platform::NarrowText(plain)) == plain
+              krtpal::WidenText(krtpal::NarrowText(plain)) == plain
                   ? L"Failed to open uncompression target file."
                   : FailureOf([&] { WCompression::UncompressFile(plain, In(L"back")); }));
     EXPECT_EQ(Read(In(L"cut")), data);
@@ -316,7 +316,7 @@ TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
     const Block data = Noise(100000);
     const std::wstring plain = Written(L"plain", data);
     const auto run = [this](const std::string& command) {
-        return std::system(("cd '" + platform::Utf8FromWide(In(L".")) + "' && " + command).c_str());
+        return std::system(("cd '" + krtpal::Utf8FromWide(In(L".")) + "' && " + command).c_str());
     };
     WCompression::CompressFile(plain, In(L"ours.gz"));
     ASSERT_EQ(run("gzip -dc ours.gz | cmp - plain"), 0);
@@ -347,7 +347,7 @@ TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
     std::filesystem::resize_file(Written(L"sparse", {}), size);
     // The uncompressed text goes through a pipe, where it is counted.
     const std::wstring pipe = In(L"pipe");
-    ASSERT_EQ(mkfifo(platform::Utf8FromWide(pipe).c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo(krtpal::Utf8FromWide(pipe).c_str(), 0600), 0);
 
     std::ofstream("/proc/self/clear_refs") << "5"; // lets the peak begin anew
     const long before = MemoryOf("VmRSS");

@@ -17,7 +17,7 @@ TEST(DesBesideOpenSsl, AgreesInTheMonteCarloTests) {
 #include "bss/system/WEncryption.h"
 #include "bss/system/des.h"
 
-#include "codec/Hex.h"
+#include "support/Hex.h"
 
 #include <cstring>
 #include <openssl/des.h>

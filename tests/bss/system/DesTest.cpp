@@ -1,6 +1,6 @@
 #include "bss/system/des.h"
 
-#include "codec/Hex.h"
+#include "support/Hex.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "bss/system/WEncryption.h"
 
 #include "bss/system/des.h"
-#include "codec/Hex.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
+#include "support/Hex.h"
 
 #include <atomic>
 #include <cstring>
@@ -63,8 +63,8 @@ TEST(Encryption, GivesTheSameBytesOnAllSystems) {
         // Back as code units; joined they are the text and its padding.
         const std::wstring units = WEncryption::Decrypt(WEncryption::Encrypt(row.text));
         EXPECT_EQ(units, members.DecryptWideString(WEncryption::Encrypt(row.text)));
-        EXPECT_EQ(units.size(), (platform::Utf16Length(row.text) + 3) / 4 * 4);
-        std::wstring joined(platform::WideFromUtf16(platform::Utf16View(platform::EncodeUtf16(units))));
+        EXPECT_EQ(units.size(), (krtpal::Utf16Length(row.text) + 3) / 4 * 4);
+        std::wstring joined(krtpal::WideFromUtf16(krtpal::Utf16View(krtpal::EncodeUtf16(units))));
         ASSERT_GE(joined.size(), row.text.size());
         EXPECT_EQ(joined.substr(0, row.text.size()), row.text);
         EXPECT_EQ(joined.find_first_not_of(L'\0', row.text.size()), std::wstring::npos);

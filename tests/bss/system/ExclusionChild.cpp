@@ -2,7 +2,7 @@
 
 #include "bss/system/WExclusion.h"
 
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 #include <cstdio>
 #include <cstdlib>

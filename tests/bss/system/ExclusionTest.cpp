@@ -1,6 +1,6 @@
 #include "bss/system/WExclusion.h"
 
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 #include "support/ChildProcess.h"
 #include "support/Wine.h"
 

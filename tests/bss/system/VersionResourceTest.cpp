@@ -1,4 +1,4 @@
-#include "Support.h"
+#include "support/VersionModules.h"
 
 #include "bss/module.h"
 #include "bss/system/WVersionResource.h"

@@ -1,9 +1,9 @@
 // A thread that is expected to wait: told apart from one that went on.
 
-#ifndef TESTS_THREAD_BLOCKED_H
-#define TESTS_THREAD_BLOCKED_H
+#ifndef TESTS_BSS_THREAD_BLOCKED_H
+#define TESTS_BSS_THREAD_BLOCKED_H
 
-#include "platform/sync.h"
+#include "krtpal/sync.h"
 
 #include <atomic>
 #include <functional>

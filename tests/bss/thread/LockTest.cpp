@@ -3,8 +3,8 @@
 #include "bss/thread/WSingleLock.h"
 
 #include "Blocked.h"
-#include "platform/error.h"
-#include "platform/message.h"
+#include "krtpal/error.h"
+#include "krtpal/message.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "platform/console.h"
-#include "platform/error.h"
-#include "platform/text.h"
+#include "krtpal/console.h"
+#include "krtpal/error.h"
+#include "krtpal/text.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -115,7 +115,7 @@ TEST(Console, UnknownStreamsAndHandlesAreRefused) {
     EXPECT_FALSE(GetConsoleMode(INVALID_HANDLE_VALUE, &mode));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
     SetLastError(0);
-    EXPECT_FALSE(platform::WriteConsoleText(STD_INPUT_HANDLE, L"text"));
+    EXPECT_FALSE(krtpal::WriteConsoleText(STD_INPUT_HANDLE, L"text"));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
 }
 
@@ -132,9 +132,9 @@ TEST(Console, FilesAreNoConsoles) {
 TEST(Console, TextReachesFilesAsUtf8WithoutALocale) {
     for (const DWORD stream : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
         StreamToFile file(stream);
-        const bool first = platform::WriteConsoleText(stream, L"r\u00FCckw\u00E4rts \u20AC \U0001F600\n");
-        const bool second = platform::WriteConsoleText(stream, L"");
-        const bool third = platform::WriteConsoleText(stream, std::wstring(50'000, L'\u00FC'));
+        const bool first = krtpal::WriteConsoleText(stream, L"r\u00FCckw\u00E4rts \u20AC \U0001F600\n");
+        const bool second = krtpal::WriteConsoleText(stream, L"");
+        const bool third = krtpal::WriteConsoleText(stream, std::wstring(50'000, L'\u00FC'));
         EXPECT_TRUE(first && second && third);
         std::string expected = "r\xC3\xBC"
                                "ckw\xC3\xA4rts \xE2\x82\xAC \xF0\x9F\x98\x80\n";
@@ -176,7 +176,7 @@ TEST(Console, TextIsWrittenWholeThroughInterruptionsAndFullPipes) {
                 }
             }
         });
-        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, std::wstring(500'000, L'y'));
+        written = krtpal::WriteConsoleText(STD_OUTPUT_HANDLE, std::wstring(500'000, L'y'));
     }
     reader.join();
     close(ends[0]);
@@ -197,7 +197,7 @@ TEST(Console, LostReadersAndFullDisksAreReported) {
     DWORD error = 0;
     {
         const StreamTo output(STD_OUTPUT_HANDLE, ends[1]);
-        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, L"text");
+        written = krtpal::WriteConsoleText(STD_OUTPUT_HANDLE, L"text");
         error = GetLastError();
     }
     sigaction(SIGPIPE, &before, nullptr);
@@ -209,7 +209,7 @@ TEST(Console, LostReadersAndFullDisksAreReported) {
     }
     {
         const StreamTo output(STD_OUTPUT_HANDLE, full);
-        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, L"text");
+        written = krtpal::WriteConsoleText(STD_OUTPUT_HANDLE, L"text");
         error = GetLastError();
     }
     EXPECT_FALSE(written);
@@ -232,7 +232,7 @@ TEST(Console, TerminalsTakeWideText) {
         const StreamTo output(STD_OUTPUT_HANDLE, program);
         isConsole = GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode);
         direct = WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), L"a\u00FC", 2, &count, nullptr);
-        written = platform::WriteConsoleText(STD_OUTPUT_HANDLE, L"\u20AC");
+        written = krtpal::WriteConsoleText(STD_OUTPUT_HANDLE, L"\u20AC");
     }
     char bytes[20];
     const ssize_t length = read(terminal, bytes, sizeof(bytes));

@@ -1,4 +1,4 @@
-#include "platform/error.h"
+#include "krtpal/error.h"
 
 #include <atomic>
 #include <cerrno>
@@ -40,12 +40,12 @@ TEST(LocalMemory, IsZeroedOnDemandAndFreedToNull) {
 
 TEST(SystemText, HasNoLineEndAndKeepsTheLastError) {
     SetLastError(ERROR_DISK_FULL);
-    const std::wstring text = platform::SystemText(ERROR_FILE_NOT_FOUND);
+    const std::wstring text = krtpal::SystemText(ERROR_FILE_NOT_FOUND);
     ASSERT_FALSE(text.empty());
     EXPECT_EQ(text.find_first_of(L"\r\n"), std::wstring::npos);
     EXPECT_NE(text.back(), L' ');
-    EXPECT_NE(text, platform::SystemText(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(platform::SystemText(0xEFFFFFFF), L"Unknown error");
+    EXPECT_NE(text, krtpal::SystemText(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(krtpal::SystemText(0xEFFFFFFF), L"Unknown error");
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DISK_FULL));
 }
 
@@ -66,10 +66,10 @@ TEST(Errno, HasTheNumberOfItsMeaningAndATextForIt) {
                 {ETIMEDOUT, ERROR_TIMEOUT},
                 {987654, ERROR_GEN_FAILURE}};
     for (const auto& row : rows) {
-        EXPECT_EQ(platform::ErrorFromErrno(row.number), row.error) << row.number;
+        EXPECT_EQ(krtpal::ErrorFromErrno(row.number), row.error) << row.number;
     }
     for (int number = 0; number < 134; ++number) {
-        EXPECT_NE(platform::SystemText(platform::ErrorFromErrno(number)), L"Unknown error")
+        EXPECT_NE(krtpal::SystemText(krtpal::ErrorFromErrno(number)), L"Unknown error")
             << std::strerror(number);
     }
 }

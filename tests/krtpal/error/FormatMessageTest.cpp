@@ -1,4 +1,4 @@
-#include "platform/error.h"
+#include "krtpal/error.h"
 
 #include <gtest/gtest.h>
 #include <string>

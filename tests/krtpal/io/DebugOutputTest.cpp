@@ -1,6 +1,6 @@
 #include "support/DebugOutput.h"
-#include "platform/debug.h"
-#include "platform/error.h"
+#include "krtpal/debug.h"
+#include "krtpal/error.h"
 
 #include <gtest/gtest.h>
 #include <sstream>

@@ -1,4 +1,4 @@
-#include "platform/file.h"
+#include "krtpal/file.h"
 #include "support/Wine.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
-#include "platform/path.h"
-#include "platform/error.h"
-#include "platform/text.h"
+#include "krtpal/path.h"
+#include "krtpal/error.h"
+#include "krtpal/text.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "Support.h"
 
-#include "platform/message.h"
+#include "krtpal/message.h"
 #include "support/Wine.h"
 
 #include <gtest/gtest.h>

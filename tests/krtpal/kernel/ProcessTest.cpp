@@ -1,8 +1,8 @@
-#include "platform/process.h"
-#include "platform/error.h"
-#include "platform/module.h"
-#include "platform/sync.h"
-#include "platform/user.h"
+#include "krtpal/process.h"
+#include "krtpal/error.h"
+#include "krtpal/module.h"
+#include "krtpal/sync.h"
+#include "krtpal/user.h"
 #include "support/Wine.h"
 
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 // Handles that close themselves, names that no other run uses, and time enough for anything that is to
 // happen.
 
-#ifndef TESTS_SYNC_SUPPORT_H
-#define TESTS_SYNC_SUPPORT_H
+#ifndef TESTS_KRTPAL_KERNEL_SUPPORT_H
+#define TESTS_KRTPAL_KERNEL_SUPPORT_H
 
-#include "platform/error.h"
-#include "platform/sync.h"
+#include "krtpal/error.h"
+#include "krtpal/sync.h"
 
 #include <string>
 #include <utility>

@@ -1,10 +1,10 @@
 // Version blocks that are cut, or lie about their lengths, must not be read beyond their end. What can be
 // read of them is not told; that nothing else is touched, the address sanitizer tells.
 
-#include "Support.h"
+#include "support/VersionModules.h"
 
 #include "bss/system/WVersionResource.h"
-#include "platform/version.h"
+#include "krtpal/version.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // A module of its own with an entry routine, which reports what happens to it in debug output.
 
-#include "platform/debug.h"
-#include "platform/module.h"
+#include "krtpal/debug.h"
+#include "krtpal/module.h"
 
 #include <string>
 

@@ -6,7 +6,7 @@
 namespace {
 
 bool LoadAndUnload() {
-    const HMODULE module = LoadLibraryW(L"platform_entry.dll");
+    const HMODULE module = LoadLibraryW(L"krtpal_entry.dll");
     return module != nullptr && FreeLibrary(module) != FALSE;
 }
 
@@ -17,7 +17,7 @@ bool LoadAndUnload() {
 namespace {
 
 bool LoadAndUnload() {
-    void* const module = dlopen(PLATFORM_ENTRY_MODULE, RTLD_NOW);
+    void* const module = dlopen(KRTPAL_ENTRY_MODULE, RTLD_NOW);
     return module != nullptr && dlclose(module) == 0;
 }
 
@@ -27,5 +27,5 @@ bool LoadAndUnload() {
 TEST(Entry, RoutineRunsBehindConstructorsAndBeforeDestructors) {
     DebugOutput output;
     ASSERT_TRUE(LoadAndUnload());
-    EXPECT_EQ(output.Text(), L"static made\nattached platform_entry\ndetached\nstatic gone\n");
+    EXPECT_EQ(output.Text(), L"static made\nattached krtpal_entry\ndetached\nstatic gone\n");
 }

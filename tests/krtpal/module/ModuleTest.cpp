@@ -1,5 +1,5 @@
-#include "platform/module.h"
-#include "platform/error.h"
+#include "krtpal/module.h"
+#include "krtpal/error.h"
 #include "support/Wine.h"
 
 #include <filesystem>
@@ -26,7 +26,7 @@ HMODULE Library() {
 #ifdef _WIN32
     module = GetModuleHandleW(L"krtbssU.dll");
 #else
-    module = ModuleOf(reinterpret_cast<const void*>(&platform::ErrorFromErrno));
+    module = ModuleOf(reinterpret_cast<const void*>(&krtpal::ErrorFromErrno));
 #endif
     return module;
 }
@@ -39,7 +39,7 @@ std::wstring FileOf(HMODULE module) {
 }
 
 TEST(LoadLibrary, LoadsOnceForAllHoldersAndUnloadsWithTheLast) {
-    const std::wstring file = std::filesystem::path(PLATFORM_ENTRY_MODULE).wstring();
+    const std::wstring file = std::filesystem::path(KRTPAL_ENTRY_MODULE).wstring();
     const HMODULE first = LoadLibraryW(file.c_str());
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(LoadLibraryW(file.c_str()), first);
@@ -83,8 +83,8 @@ TEST(Module, BadArgumentsAreRefused) {
 TEST(Module, FilesOfProgramAndLibraryHaveTheirNames) {
     ASSERT_NE(Library(), nullptr);
     ASSERT_NE(Program(), Library());
-    EXPECT_EQ(FileOf(nullptr).substr(0, 14), L"platform_tests");
-    EXPECT_EQ(FileOf(Program()).substr(0, 14), L"platform_tests");
+    EXPECT_EQ(FileOf(nullptr).substr(0, 14), L"krtpal_tests");
+    EXPECT_EQ(FileOf(Program()).substr(0, 14), L"krtpal_tests");
     EXPECT_NE(FileOf(Library()).find(L"krtbss"), std::wstring::npos);
 }
 
@@ -105,8 +105,8 @@ TEST(Module, FunctionsAreFoundInTheirOwnModuleOnly) {
     EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
     EXPECT_EQ(GetProcAddress(Library(), nullptr), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    const auto found = GetProcAddress(Library(), "_ZN8platform14ErrorFromErrnoEi");
-    EXPECT_EQ(reinterpret_cast<const void*>(found), reinterpret_cast<const void*>(&platform::ErrorFromErrno));
+    const auto found = GetProcAddress(Library(), "_ZN6krtpal14ErrorFromErrnoEi");
+    EXPECT_EQ(reinterpret_cast<const void*>(found), reinterpret_cast<const void*>(&krtpal::ErrorFromErrno));
     HMODULE module = nullptr;
     EXPECT_FALSE(GetModuleHandleExW(0, L"libkrtbss.so", &module));
     EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);

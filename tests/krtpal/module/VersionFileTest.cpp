@@ -1,7 +1,7 @@
-#include "Support.h"
+#include "support/VersionModules.h"
 
-#include "platform/error.h"
-#include "platform/version.h"
+#include "krtpal/error.h"
+#include "krtpal/version.h"
 
 #include <gtest/gtest.h>
 

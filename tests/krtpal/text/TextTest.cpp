@@ -1,5 +1,5 @@
-#include "platform/text.h"
-#include "platform/error.h"
+#include "krtpal/text.h"
+#include "krtpal/error.h"
 #include "support/Wine.h"
 
 #include <gtest/gtest.h>
@@ -8,15 +8,15 @@
 namespace {
 
 std::wstring FromUnits(const std::vector<int>& units) {
-    platform::Utf16String text;
+    krtpal::Utf16String text;
     for (const int unit : units) {
-        text += static_cast<platform::Utf16Unit>(unit);
+        text += static_cast<krtpal::Utf16Unit>(unit);
     }
-    return std::wstring(platform::WideFromUtf16(platform::Utf16View(text)));
+    return std::wstring(krtpal::WideFromUtf16(krtpal::Utf16View(text)));
 }
 
 std::vector<int> UnitsOf(std::wstring_view text) {
-    const auto units = platform::Utf16FromWide(text);
+    const auto units = krtpal::Utf16FromWide(text);
     return {units.begin(), units.end()};
 }
 
@@ -48,7 +48,7 @@ TEST(Utf16, AnySequenceOfUnitsComesBack) {
     for (const auto& row : rows) {
         const std::wstring wide = FromUnits(row);
         EXPECT_EQ(UnitsOf(wide), row);
-        EXPECT_EQ(platform::Utf16Length(wide), row.size());
+        EXPECT_EQ(krtpal::Utf16Length(wide), row.size());
     }
     std::vector<int> all;
     for (int unit = 0xFFFF; unit >= 0; --unit) {
@@ -59,18 +59,18 @@ TEST(Utf16, AnySequenceOfUnitsComesBack) {
 
 TEST(Utf16, NoCopyIsMadeWhereUnitsAreCharacters) {
     const std::wstring text = L"text";
-    const auto units = platform::Utf16FromWide(text);
+    const auto units = krtpal::Utf16FromWide(text);
     const bool same = static_cast<const void*>(units.data()) == static_cast<const void*>(text.data());
     EXPECT_EQ(same, sizeof(wchar_t) == 2);
 }
 
 TEST(Utf16, CharactersBeyondTheFirstPlaneCountTwice) {
-    EXPECT_EQ(platform::Utf16Length(L"a\U0001F600b"), 4U);
+    EXPECT_EQ(krtpal::Utf16Length(L"a\U0001F600b"), 4U);
     EXPECT_EQ(UnitsOf(L"\U0010FFFF"), (std::vector<int>{0xDBFF, 0xDFFF}));
     if constexpr (sizeof(wchar_t) == 4) {
         const std::wstring beyond(1, static_cast<wchar_t>(0x110000));
         EXPECT_EQ(UnitsOf(beyond), (std::vector<int>{0xFFFD}));
-        EXPECT_EQ(platform::Utf16Length(beyond), 1U);
+        EXPECT_EQ(krtpal::Utf16Length(beyond), 1U);
     }
 }
 
@@ -143,8 +143,8 @@ TEST(Utf8, MalformedTextIsReplacedByPiecesOrRefused) {
 
 TEST(Utf8, LoneSurrogatesAreReplacedOrRefused) {
     const wchar_t lone[] = {L'a', static_cast<wchar_t>(0xD800), L'b'};
-    EXPECT_EQ(platform::Utf8FromWide({lone, 3}), "a\xEF\xBF\xBD"
-                                                 "b");
+    EXPECT_EQ(krtpal::Utf8FromWide({lone, 3}), "a\xEF\xBF\xBD"
+                                               "b");
     SetLastError(0);
     EXPECT_EQ(WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, lone, 3, nullptr, 0, nullptr, nullptr), 0);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NO_UNICODE_TRANSLATION));
@@ -163,18 +163,18 @@ TEST(Utf8, EveryCharacterComesBack) {
             all += static_cast<wchar_t>(0xDC00 + ((c - 0x10000) & 0x3FFU));
         }
     }
-    EXPECT_EQ(platform::WideFromUtf8(platform::Utf8FromWide(all)), all);
-    EXPECT_EQ(platform::Utf8FromWide(L"\u00FC\u20AC\U0001F600"), "\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80");
-    EXPECT_EQ(platform::Utf8FromWide(L""), "");
+    EXPECT_EQ(krtpal::WideFromUtf8(krtpal::Utf8FromWide(all)), all);
+    EXPECT_EQ(krtpal::Utf8FromWide(L"\u00FC\u20AC\U0001F600"), "\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80");
+    EXPECT_EQ(krtpal::Utf8FromWide(L""), "");
 }
 
 TEST(NarrowText, PassesThroughTheCodePage) {
-    EXPECT_EQ(platform::WidenText("plain"), L"plain");
-    EXPECT_EQ(platform::NarrowText(L"plain"), "plain");
-    EXPECT_EQ(platform::WidenText(""), L"");
-    EXPECT_EQ(platform::NarrowText(std::wstring_view(L"a\0b", 3)), std::string("a\0b", 3));
+    EXPECT_EQ(krtpal::WidenText("plain"), L"plain");
+    EXPECT_EQ(krtpal::NarrowText(L"plain"), "plain");
+    EXPECT_EQ(krtpal::WidenText(""), L"");
+    EXPECT_EQ(krtpal::NarrowText(std::wstring_view(L"a\0b", 3)), std::string("a\0b", 3));
     EXPECT_EQ(Widen("plain", 0, CP_ACP), L"plain");
     EXPECT_EQ(Widen("plain", 0, CP_THREAD_ACP), L"plain");
     // A letter that the usual code pages have
-    EXPECT_EQ(platform::WidenText(platform::NarrowText(L"\u00E9")), L"\u00E9");
+    EXPECT_EQ(krtpal::WidenText(krtpal::NarrowText(L"\u00E9")), L"\u00E9");
 }

@@ -1,4 +1,4 @@
-#include "platform/variant.h"
+#include "krtpal/variant.h"
 
 #include <bit>
 #include <cstdint>

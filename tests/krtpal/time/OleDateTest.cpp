@@ -1,4 +1,4 @@
-#include "platform/time.h"
+#include "krtpal/time.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "platform/time.h"
-#include "platform/error.h"
+#include "krtpal/time.h"
+#include "krtpal/error.h"
 #include "support/Wine.h"
 
 #include <cerrno>

@@ -1,5 +1,5 @@
-#include "platform/error.h"
-#include "platform/time.h"
+#include "krtpal/error.h"
+#include "krtpal/time.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

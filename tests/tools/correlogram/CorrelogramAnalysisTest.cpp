@@ -1,6 +1,6 @@
 #include "correlogram/Analysis.h"
 #include "correlogram/NarrowGaussian.h"
-#include "examples/CorrelogramSupport.h"
+#include "tools/correlogram/CorrelogramSupport.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Everything that comes from outside and is not usable: one sentence, exit status 2, no plot.
 
-#include "examples/CorrelogramSupport.h"
+#include "tools/correlogram/CorrelogramSupport.h"
 
 #include <gtest/gtest.h>
 

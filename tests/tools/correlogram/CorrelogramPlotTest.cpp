@@ -1,6 +1,6 @@
 #include "correlogram/InputError.h"
 #include "correlogram/Plot.h"
-#include "examples/CorrelogramSupport.h"
+#include "tools/correlogram/CorrelogramSupport.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
 

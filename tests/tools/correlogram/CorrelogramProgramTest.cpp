@@ -1,7 +1,7 @@
 // The program from end to end: in this process for what it prints, as a process of its own for how it ends.
 
 #include "correlogram/InputError.h"
-#include "examples/CorrelogramSupport.h"
+#include "tools/correlogram/CorrelogramSupport.h"
 
 #include <boost/property_tree/json_parser.hpp>
 #include <boost/property_tree/ptree.hpp>

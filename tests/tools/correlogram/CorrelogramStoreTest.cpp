@@ -1,7 +1,7 @@
 // Analyses that are kept in a database and printed again.
 
-#include "examples/CorrelogramSupport.h"
-#include "serial/database/Fixture.h"
+#include "bss/serial/database/Fixture.h"
+#include "tools/correlogram/CorrelogramSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ protected:
         }
         return arguments;
     }
-    std::string Name() const { return IsFile() ? m_path.string() : platform::NarrowText(m_backend.source); }
+    std::string Name() const { return IsFile() ? m_path.string() : krtpal::NarrowText(m_backend.source); }
     // What goes wrong, whole.
     std::string Sentence(const std::vector<std::string>& arguments) const {
         const Outcome outcome = RunHere(At(arguments));

@@ -1,4 +1,4 @@
-#include "examples/CorrelogramSupport.h"
+#include "tools/correlogram/CorrelogramSupport.h"
 
 #include "correlogram/Program.h"
 #include "correlogram/TextFormat.h"

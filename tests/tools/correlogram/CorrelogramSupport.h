@@ -1,7 +1,7 @@
 // What the tests of the correlogram program share: folders that vanish, made-up curves, runs of the program.
 
-#ifndef TESTS_EXAMPLES_CORRELOGRAMSUPPORT_H
-#define TESTS_EXAMPLES_CORRELOGRAMSUPPORT_H
+#ifndef TESTS_TOOLS_CORRELOGRAM_CORRELOGRAMSUPPORT_H
+#define TESTS_TOOLS_CORRELOGRAM_CORRELOGRAMSUPPORT_H
 
 #include "correlogram/Curve.h"
 

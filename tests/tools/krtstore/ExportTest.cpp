@@ -1,9 +1,9 @@
 // The exported document, read again by a JSON library and compared value by value.
 
-#include "tools/KrtstoreFixture.h"
+#include "tools/krtstore/KrtstoreFixture.h"
 
 #include "bss/system/base64.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -66,7 +66,7 @@ TEST_F(Export, HasEveryValueOfEveryVersion) {
         EXPECT_EQ(row["m_3"], 2147483647);
         EXPECT_EQ(row["m_5"].get<double>(), -0.5);
         EXPECT_EQ(row["m_6"].get<double>(), object.real);
-        EXPECT_EQ(platform::WideFromUtf8(row["m_7"].get<std::string>()), object.text);
+        EXPECT_EQ(krtpal::WideFromUtf8(row["m_7"].get<std::string>()), object.text);
         const auto narrow = Elements<char>(row["m_8"]);
         EXPECT_EQ(std::string(narrow.begin(), narrow.end()), object.narrow);
         EXPECT_EQ(row["m_9"], "2004-03-02 03:04:05");

@@ -1,6 +1,6 @@
 // The texts of ls and show.
 
-#include "tools/KrtstoreFixture.h"
+#include "tools/krtstore/KrtstoreFixture.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
 // A database that the library has written, and the tool run on it.
 
-#ifndef TESTS_TOOLS_KRTSTOREFIXTURE_H
-#define TESTS_TOOLS_KRTSTOREFIXTURE_H
+#ifndef TESTS_TOOLS_KRTSTORE_KRTSTOREFIXTURE_H
+#define TESTS_TOOLS_KRTSTORE_KRTSTOREFIXTURE_H
 
 #include "bss/serial/WVersion.h"
+#include "bss/serial/database/Everything.h"
+#include "bss/serial/database/Fixture.h"
+#include "bss/serial/database/Persistent.h"
 #include "bss/serial/database/WDatabase.h"
 #include "krtstore/Program.h"
-#include "serial/database/Everything.h"
-#include "serial/database/Fixture.h"
-#include "serial/database/Persistent.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The command line, what cannot be done, and how the program ends.
 
-#include "tools/KrtstoreFixture.h"
+#include "tools/krtstore/KrtstoreFixture.h"
 
 #include "krtstore/Connection.h"
 

@@ -1,6 +1,6 @@
 // What verify finds, and what it does not take for a fault.
 
-#include "tools/KrtstoreFixture.h"
+#include "tools/krtstore/KrtstoreFixture.h"
 
 #include "bss/serial/WVersionInfo.h"
 #include "bss/system/WCompression.h"

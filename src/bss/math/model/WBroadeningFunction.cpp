@@ -1,4 +1,4 @@
-#include "bss/math/WBroadeningFunction.h"
+#include "bss/math/model/WBroadeningFunction.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/math/private/FunctionSupport.h"

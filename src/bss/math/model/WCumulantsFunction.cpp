@@ -1,4 +1,4 @@
-#include "bss/math/WCumulantsFunction.h"
+#include "bss/math/model/WCumulantsFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

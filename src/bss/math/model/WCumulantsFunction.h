@@ -9,8 +9,8 @@
 // "A0" to "A3". The derivatives are the true ones; x^4 is formed as the square of x^2. A new object has four
 // coefficients of 0.0 and a covariance of 4 by 4 zeros. Threads: one object, one thread at a time.
 
-#ifndef BSS_MATH_WCUMULANTSFUNCTION_H
-#define BSS_MATH_WCUMULANTSFUNCTION_H
+#ifndef BSS_MATH_MODEL_WCUMULANTSFUNCTION_H
+#define BSS_MATH_MODEL_WCUMULANTSFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

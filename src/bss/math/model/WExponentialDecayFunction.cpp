@@ -1,4 +1,4 @@
-#include "bss/math/WExponentialDecayFunction.h"
+#include "bss/math/model/WExponentialDecayFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

@@ -7,10 +7,10 @@
 // The derivatives are the true ones. A new object has four coefficients of 0.0 and a covariance of 4 by 4
 // zeros. Threads: one object, one thread at a time.
 
-#ifndef BSS_MATH_WEXPONENTIALDECAYFUNCTION_H
-#define BSS_MATH_WEXPONENTIALDECAYFUNCTION_H
+#ifndef BSS_MATH_MODEL_WEXPONENTIALDECAYFUNCTION_H
+#define BSS_MATH_MODEL_WEXPONENTIALDECAYFUNCTION_H
 
-#include "bss/math/WExponentialFunction.h"
+#include "bss/math/model/WExponentialFunction.h"
 
 namespace bss {
 

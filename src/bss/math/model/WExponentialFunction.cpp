@@ -1,4 +1,4 @@
-#include "bss/math/WExponentialFunction.h"
+#include "bss/math/model/WExponentialFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

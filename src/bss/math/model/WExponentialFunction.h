@@ -14,8 +14,8 @@
 // A new object has four coefficients of 0.0 and a covariance of 4 by 4 zeros.
 // Threads: one object, one thread at a time.
 
-#ifndef BSS_MATH_WEXPONENTIALFUNCTION_H
-#define BSS_MATH_WEXPONENTIALFUNCTION_H
+#ifndef BSS_MATH_MODEL_WEXPONENTIALFUNCTION_H
+#define BSS_MATH_MODEL_WEXPONENTIALFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

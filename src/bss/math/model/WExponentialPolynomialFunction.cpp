@@ -1,4 +1,4 @@
-#include "bss/math/WExponentialPolynomialFunction.h"
+#include "bss/math/model/WExponentialPolynomialFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

@@ -4,10 +4,10 @@
 // coefficients it evaluates to 1.0 with an error bar of 0.0. Coefficients are named "A0", "A1", ... Threads:
 // one object, one thread at a time.
 
-#ifndef BSS_MATH_WEXPONENTIALPOLYNOMIALFUNCTION_H
-#define BSS_MATH_WEXPONENTIALPOLYNOMIALFUNCTION_H
+#ifndef BSS_MATH_MODEL_WEXPONENTIALPOLYNOMIALFUNCTION_H
+#define BSS_MATH_MODEL_WEXPONENTIALPOLYNOMIALFUNCTION_H
 
-#include "bss/math/WPolynomialFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
 
 namespace bss {
 

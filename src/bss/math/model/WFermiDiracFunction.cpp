@@ -1,4 +1,4 @@
-#include "bss/math/WFermiDiracFunction.h"
+#include "bss/math/model/WFermiDiracFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

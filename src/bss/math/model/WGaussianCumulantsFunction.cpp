@@ -1,4 +1,4 @@
-#include "bss/math/WGaussianCumulantsFunction.h"
+#include "bss/math/model/WGaussianCumulantsFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 #include "bss/math/private/SpecialFunctions.h"

@@ -14,8 +14,8 @@
 // The derivatives are the true ones. A new object has four coefficients of 0.0 and a covariance of 4 by 4
 // zeros. An argument of erfc that is NaN gives NaN. Threads: one object, one thread at a time.
 
-#ifndef BSS_MATH_WGAUSSIANCUMULANTSFUNCTION_H
-#define BSS_MATH_WGAUSSIANCUMULANTSFUNCTION_H
+#ifndef BSS_MATH_MODEL_WGAUSSIANCUMULANTSFUNCTION_H
+#define BSS_MATH_MODEL_WGAUSSIANCUMULANTSFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

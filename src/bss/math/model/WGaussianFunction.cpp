@@ -1,4 +1,4 @@
-#include "bss/math/WGaussianFunction.h"
+#include "bss/math/model/WGaussianFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

@@ -17,8 +17,8 @@
 // The covariance stays empty until a fit or SetCovarianceMatrix fills it; an error bar before that is 0.0.
 // Threads: one object, one thread at a time; an evaluation may rewrite the width.
 
-#ifndef BSS_MATH_WGAUSSIANFUNCTION_H
-#define BSS_MATH_WGAUSSIANFUNCTION_H
+#ifndef BSS_MATH_MODEL_WGAUSSIANFUNCTION_H
+#define BSS_MATH_MODEL_WGAUSSIANFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

@@ -1,4 +1,4 @@
-#include "bss/math/WLinearFunction.h"
+#include "bss/math/model/WLinearFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

@@ -17,8 +17,8 @@
 // Threads: every evaluation writes the basis values, so even reading is not safe from two threads on one
 // object.
 
-#ifndef BSS_MATH_WLINEARFUNCTION_H
-#define BSS_MATH_WLINEARFUNCTION_H
+#ifndef BSS_MATH_MODEL_WLINEARFUNCTION_H
+#define BSS_MATH_MODEL_WLINEARFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

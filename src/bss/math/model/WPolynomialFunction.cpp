@@ -1,4 +1,4 @@
-#include "bss/math/WPolynomialFunction.h"
+#include "bss/math/model/WPolynomialFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

@@ -7,10 +7,10 @@
 // Coefficients are named "A0", "A1", ...; a new object has none and evaluates to 0.0. Powers are built from
 // the lowest up, each the one before times x. Threads: one object, one thread at a time.
 
-#ifndef BSS_MATH_WPOLYNOMIALFUNCTION_H
-#define BSS_MATH_WPOLYNOMIALFUNCTION_H
+#ifndef BSS_MATH_MODEL_WPOLYNOMIALFUNCTION_H
+#define BSS_MATH_MODEL_WPOLYNOMIALFUNCTION_H
 
-#include "bss/math/WLinearFunction.h"
+#include "bss/math/model/WLinearFunction.h"
 
 namespace bss {
 

@@ -1,4 +1,4 @@
-#include "bss/math/WSimpleExponentialDecayFunction.h"
+#include "bss/math/model/WSimpleExponentialDecayFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

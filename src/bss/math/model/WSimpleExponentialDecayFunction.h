@@ -7,8 +7,8 @@
 // ones. A new object has three coefficients of 0.0 and a covariance of 3 by 3 zeros. Threads: one object, one
 // thread at a time.
 
-#ifndef BSS_MATH_WSIMPLEEXPONENTIALDECAYFUNCTION_H
-#define BSS_MATH_WSIMPLEEXPONENTIALDECAYFUNCTION_H
+#ifndef BSS_MATH_MODEL_WSIMPLEEXPONENTIALDECAYFUNCTION_H
+#define BSS_MATH_MODEL_WSIMPLEEXPONENTIALDECAYFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

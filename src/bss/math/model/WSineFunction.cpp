@@ -1,4 +1,4 @@
-#include "bss/math/WSineFunction.h"
+#include "bss/math/model/WSineFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 

@@ -15,8 +15,8 @@
 // The covariance stays empty until a fit or SetCovarianceMatrix fills it; an error bar before that is 0.0.
 // Threads: one object, one thread at a time.
 
-#ifndef BSS_MATH_WSINEFUNCTION_H
-#define BSS_MATH_WSINEFUNCTION_H
+#ifndef BSS_MATH_MODEL_WSINEFUNCTION_H
+#define BSS_MATH_MODEL_WSINEFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

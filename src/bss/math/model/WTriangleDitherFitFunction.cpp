@@ -1,4 +1,4 @@
-#include "bss/math/WTriangleDitherFitFunction.h"
+#include "bss/math/model/WTriangleDitherFitFunction.h"
 
 #include "bss/math/private/FunctionSupport.h"
 #include "bss/math/private/SpecialFunctions.h"

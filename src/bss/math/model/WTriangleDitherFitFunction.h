@@ -18,8 +18,8 @@
 // number stays 0. The covariance stays empty until a fit or SetCovarianceMatrix fills it; an error bar before
 // that is 0.0. Threads: one object, one thread at a time.
 
-#ifndef BSS_MATH_WTRIANGLEDITHERFITFUNCTION_H
-#define BSS_MATH_WTRIANGLEDITHERFITFUNCTION_H
+#ifndef BSS_MATH_MODEL_WTRIANGLEDITHERFITFUNCTION_H
+#define BSS_MATH_MODEL_WTRIANGLEDITHERFITFUNCTION_H
 
 #include "bss/math/WFunction.h"
 

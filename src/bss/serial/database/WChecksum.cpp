@@ -1,6 +1,6 @@
 #include "bss/serial/database/WChecksum.h"
 
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <zlib.h>
 
@@ -12,9 +12,9 @@ unsigned long WChecksum::GetCheckSum(const wchar_t* text, unsigned long count, u
     if (text == nullptr) {
         return 0;
     }
-    const auto units = platform::Utf16FromWide(std::wstring_view(text, count));
+    const auto units = krtpal::Utf16FromWide(std::wstring_view(text, count));
     return crc32_z(seed, reinterpret_cast<const unsigned char*>(units.data()),
-                   units.size() * sizeof(platform::Utf16Unit));
+                   units.size() * sizeof(krtpal::Utf16Unit));
 }
 
 unsigned long WChecksum::GetCheckSum(unsigned char* const data, unsigned long length, unsigned long seed) {

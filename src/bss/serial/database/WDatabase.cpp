@@ -7,9 +7,9 @@
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/database/private/SqlDialect.h"
 #include "bss/serial/database/private/Statement.h"
-#include "platform/debug.h"
-#include "platform/odbc.h"
-#include "platform/text.h"
+#include "krtpal/common/odbc.h"
+#include "krtpal/debug.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -19,7 +19,7 @@ namespace bss {
 
 namespace {
 
-namespace odbc = platform::odbc;
+namespace odbc = krtpal::odbc;
 
 void DemandSuccess(odbc::Result result) {
     if (!odbc::Succeeded(result)) {
@@ -59,7 +59,7 @@ bool WDatabase::parameter::operator>(const parameter& other) const {
 
 std::size_t WDatabase::parameter::GetByteCount() const {
     const auto length = static_cast<std::size_t>(std::max(dataLength, 0));
-    return kind == kindText || kind == kindTextToo ? length * sizeof(platform::Utf16Unit) : length;
+    return kind == kindText || kind == kindTextToo ? length * sizeof(krtpal::Utf16Unit) : length;
 }
 
 WDatabase::WDatabase()
@@ -188,7 +188,7 @@ void WDatabase::Disconnect() {
 
 /// Empty if the driver has no answer. `room` is in code units; 0 asks for the length first.
 std::wstring WDatabase::GetInfoText(std::uint16_t what, std::size_t room) const {
-    constexpr std::size_t unit = sizeof(platform::Utf16Unit);
+    constexpr std::size_t unit = sizeof(krtpal::Utf16Unit);
     std::int16_t length = 0;
     if (room == 0) {
         if (!odbc::Succeeded(odbc::GetInfo(m_hDbc, what, nullptr, 0, &length)) || length < 0) {
@@ -196,13 +196,13 @@ std::wstring WDatabase::GetInfoText(std::uint16_t what, std::size_t room) const 
         }
         room = static_cast<std::size_t>(length) / unit + 1;
     }
-    platform::Utf16String units(room, 0);
+    krtpal::Utf16String units(room, 0);
     if (!odbc::Succeeded(
             odbc::GetInfo(m_hDbc, what, units.data(), static_cast<std::int16_t>(room * unit), &length))) {
         return {};
     }
-    units.resize(std::min(units.find(platform::Utf16Unit{0}), units.size()));
-    return std::wstring(platform::WideFromUtf16(units));
+    units.resize(std::min(units.find(krtpal::Utf16Unit{0}), units.size()));
+    return std::wstring(krtpal::WideFromUtf16(units));
 }
 
 std::wstring WDatabase::GetUser() const {
@@ -408,16 +408,16 @@ std::vector<WDatabase::entryInfo> WDatabase::GetMissingExperimentDirectoryInfo()
             L" FROM " + Quoted(L"WDirectoryEntry") + L" WHERE " + Quoted(L"m_sDirectoryClassName") +
             L" LIKE 'WExperiment') ORDER BY " + group,
         [&entries](odbc::Handle statement) {
-            constexpr std::size_t room = 260 / sizeof(platform::Utf16Unit);
+            constexpr std::size_t room = 260 / sizeof(krtpal::Utf16Unit);
             std::int32_t number = 0;
-            platform::Utf16Unit path[room] = {};
-            platform::Utf16Unit name[room] = {};
+            krtpal::Utf16Unit path[room] = {};
+            krtpal::Utf16Unit name[room] = {};
             odbc::Length indicators[3] = {};
             BindFirstColumn(statement, &number, &indicators[0]);
             DemandSuccess(odbc::BindCol(statement, 2, odbc::kCWChar, path, sizeof(path), &indicators[1]));
             DemandSuccess(odbc::BindCol(statement, 3, odbc::kCWChar, name, sizeof(name), &indicators[2]));
-            const auto text = [](const platform::Utf16Unit* units) {
-                return std::wstring(platform::WideFromUtf16(platform::Utf16View(units)));
+            const auto text = [](const krtpal::Utf16Unit* units) {
+                return std::wstring(krtpal::WideFromUtf16(krtpal::Utf16View(units)));
             };
             for (bool hasRow = true; hasRow;) {
                 hasRow = FetchRow(statement);

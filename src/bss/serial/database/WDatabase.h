@@ -31,7 +31,7 @@
 #include "bss/Export.h"
 #include "bss/serial/WSerializer.h"
 #include "bss/thread/WSyncObject.h"
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <cstdint>
 #include <deque>

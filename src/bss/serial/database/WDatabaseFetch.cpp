@@ -6,8 +6,8 @@
 #include "bss/serial/database/private/SqlDialect.h"
 #include "bss/serial/database/private/Statement.h"
 #include "bss/system/WGuid.h"
-#include "platform/odbc.h"
-#include "platform/text.h"
+#include "krtpal/common/odbc.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,7 +17,7 @@ namespace bss {
 
 namespace {
 
-namespace odbc = platform::odbc;
+namespace odbc = krtpal::odbc;
 
 } // namespace
 
@@ -165,7 +165,7 @@ std::int16_t WDatabase::FetchFixed(parameter& value) {
     if (isGuidText) {
         buffer[sizeof(buffer) - 1] = 0;
         const GUID guid =
-            WGuid(platform::WideFromUtf8(reinterpret_cast<const char*>(buffer)).c_str()).GetGuid();
+            WGuid(krtpal::WideFromUtf8(reinterpret_cast<const char*>(buffer)).c_str()).GetGuid();
         std::memcpy(buffer, &guid, sizeof(guid));
     }
     const auto size = static_cast<std::size_t>(form.size);
@@ -215,11 +215,11 @@ std::int16_t WDatabase::FetchText(parameter& value) {
     std::string bytes;
     bool isNull = false;
     const odbc::Result result = FetchPieces(value, isUtf8 ? odbc::kCChar : odbc::kCWChar,
-                                            isUtf8 ? 1 : sizeof(platform::Utf16Unit), &bytes, &isNull);
+                                            isUtf8 ? 1 : sizeof(krtpal::Utf16Unit), &bytes, &isNull);
     if (!odbc::Succeeded(result)) {
         return result;
     }
-    const platform::Utf16String units = DecodeText(bytes, form);
+    const krtpal::Utf16String units = DecodeText(bytes, form);
     value.dataLength = static_cast<std::int32_t>(units.size());
     value.data = std::make_unique<unsigned char[]>(value.GetByteCount());
     std::memcpy(value.data.get(), units.data(), value.GetByteCount());

@@ -6,9 +6,9 @@
 #include "bss/serial/database/WDatabase.h"
 #include "bss/serial/database/private/SqlDialect.h"
 #include "bss/serial/database/private/Statement.h"
-#include "platform/debug.h"
-#include "platform/odbc.h"
-#include "platform/text.h"
+#include "krtpal/common/odbc.h"
+#include "krtpal/debug.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <array>
@@ -18,7 +18,7 @@ namespace bss {
 
 namespace {
 
-namespace odbc = platform::odbc;
+namespace odbc = krtpal::odbc;
 
 void Release(odbc::Handle statement, std::initializer_list<std::uint16_t> options) {
     for (const std::uint16_t option : options) {
@@ -36,7 +36,7 @@ struct NarrowColumn {
         odbc::BindCol(statement, number, odbc::kCChar, text.data(), room, &indicator);
     }
     std::wstring Value() const {
-        return indicator == odbc::kNullData ? std::wstring() : platform::WidenText(text.data());
+        return indicator == odbc::kNullData ? std::wstring() : krtpal::WidenText(text.data());
     }
 };
 

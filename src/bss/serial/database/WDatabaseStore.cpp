@@ -10,9 +10,9 @@
 #include "bss/serial/database/private/Statement.h"
 #include "bss/system/WEncryption.h"
 #include "bss/system/WGuid.h"
-#include "platform/debug.h"
-#include "platform/odbc.h"
-#include "platform/text.h"
+#include "krtpal/common/odbc.h"
+#include "krtpal/debug.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -22,7 +22,7 @@ namespace bss {
 
 namespace {
 
-namespace odbc = platform::odbc;
+namespace odbc = krtpal::odbc;
 
 /// From so many bytes on a value goes to the driver while the statement runs.
 constexpr std::size_t kAtExecution = 1024;
@@ -425,13 +425,13 @@ void WDatabase::BindParameters(const WPersistentObject& object, bool isUpdate) {
 void WDatabase::MakeDriverForm(parameter& value) const {
     const SqlDialect::e_text form = m_pDialect->GetTextForm();
     if (value.kind == parameter::kindText && form != SqlDialect::textUtf16) {
-        value.driverForm = EncodeText({reinterpret_cast<const platform::Utf16Unit*>(value.data.get()),
+        value.driverForm = EncodeText({reinterpret_cast<const krtpal::Utf16Unit*>(value.data.get()),
                                        static_cast<std::size_t>(value.dataLength)},
                                       form);
     } else if (value.kind == parameter::kindGuid && m_pDialect->HasGuidText()) {
         GUID guid{};
         std::memcpy(&guid, value.data.get(), sizeof(guid));
-        value.driverForm = platform::Utf8FromWide(WGuid::GetAsText(guid));
+        value.driverForm = krtpal::Utf8FromWide(WGuid::GetAsText(guid));
     } else if (value.kind == parameter::kindDouble) {
         double number = 0.0;
         std::memcpy(&number, value.data.get(), sizeof(number));
@@ -576,7 +576,7 @@ void WDatabase::FinishRetrieval(WPersistentObject& /*object*/) {
     Retrieve(L"checkSum", stored);
     ReplaceZeros(stored);
     // By code units: encryption makes pairs of surrogates by chance, which come back as one character.
-    if (platform::Utf16FromWide(calculated) != platform::Utf16FromWide(stored)) {
+    if (krtpal::Utf16FromWide(calculated) != krtpal::Utf16FromWide(stored)) {
         throw WNESerializerError(L"Data corrupted.");
     }
 }

@@ -8,8 +8,8 @@
 #include "bss/serial/database/private/SqlDialect.h"
 #include "bss/system/WCompression.h"
 #include "bss/system/WGuid.h"
-#include "platform/odbc.h"
-#include "platform/text.h"
+#include "krtpal/common/odbc.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <bit>
@@ -29,7 +29,7 @@ namespace bss {
 
 namespace {
 
-namespace odbc = platform::odbc;
+namespace odbc = krtpal::odbc;
 
 /// From so many bytes on binary data is compressed.
 constexpr std::size_t kCompressed = 1001;
@@ -275,7 +275,7 @@ void WDatabase::Insert(const std::wstring& key, const std::wstring& value) {
     }
     const std::wstring text = value.empty() ? L" " : value;
     AddToCheckSum(text);
-    const auto units = platform::Utf16FromWide(text);
+    const auto units = krtpal::Utf16FromWide(text);
     AddParameter(parameter::kindText, key, units.data(), units.size());
 }
 
@@ -283,9 +283,9 @@ void WDatabase::Retrieve(const std::wstring& key, std::wstring& value) {
     value.clear();
     const parameter& found = DemandParameter(key, L"No data found for table (5) ");
     if (found.data != nullptr) {
-        platform::Utf16String units(static_cast<std::size_t>(found.dataLength), 0);
+        krtpal::Utf16String units(static_cast<std::size_t>(found.dataLength), 0);
         std::memcpy(units.data(), found.data.get(), found.GetByteCount());
-        value = std::wstring(platform::WideFromUtf16(units));
+        value = std::wstring(krtpal::WideFromUtf16(units));
     }
     AddToCheckSum(value);
     if (value == L" ") { // an empty one
@@ -354,7 +354,7 @@ void WDatabase::InsertBinary(const std::wstring& key, const void* data, std::siz
     } catch (const WNestedException& e) {
         fail(e.AsString(false));
     } catch (const std::exception& e) {
-        fail(platform::WidenText(e.what()));
+        fail(krtpal::WidenText(e.what()));
     }
 }
 

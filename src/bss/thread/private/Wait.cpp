@@ -1,7 +1,7 @@
 #include "bss/thread/private/Wait.h"
 
-#include "platform/message.h"
-#include "platform/sync.h"
+#include "krtpal/message.h"
+#include "krtpal/sync.h"
 
 namespace bss::wait {
 

@@ -3,7 +3,7 @@
 #ifndef BSS_THREAD_PRIVATE_WAIT_H
 #define BSS_THREAD_PRIVATE_WAIT_H
 
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 namespace bss::wait {
 

@@ -1,14 +1,14 @@
-#include "platform/console.h"
+#include "krtpal/console.h"
 
-#include "platform/error.h"
-#include "platform/posix/write.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/io/write.h"
+#include "krtpal/text.h"
 
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -110,4 +110,4 @@ BOOL WriteConsoleW(HANDLE handle, const void* text, DWORD length, DWORD* written
     return TRUE;
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,9 +1,9 @@
-#include "platform/error.h"
+#include "krtpal/error.h"
 
 #include <cerrno>
 #include <cstdlib>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -95,4 +95,4 @@ HLOCAL LocalFree(HLOCAL memory) {
     return nullptr;
 }
 
-} // namespace platform
+} // namespace krtpal

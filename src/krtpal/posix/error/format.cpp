@@ -1,16 +1,16 @@
 // FormatMessageW: the template is expanded into a string first, which then goes to the caller's buffer or to
 // a new one.
 
-#include "platform/error.h"
-#include "platform/posix/systemtext.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/error/systemtext.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cwchar>
 #include <string>
 #include <utility>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -401,4 +401,4 @@ DWORD FormatMessageW(DWORD flags, LPCVOID source, DWORD messageId, DWORD languag
     return allocate ? Allocate(expanded, size, allocated) : CopyTo(expanded, buffer, size);
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,8 +1,8 @@
-#include "platform/posix/systemtext.h"
+#include "krtpal/posix/error/systemtext.h"
 
-#include "platform/error.h"
+#include "krtpal/error.h"
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -97,4 +97,4 @@ const wchar_t* FindSystemText(DWORD error) {
     return nullptr;
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

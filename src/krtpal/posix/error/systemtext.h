@@ -1,15 +1,15 @@
 // The texts of the Win32 error numbers that this layer sets.
 
-#ifndef PLATFORM_POSIX_SYSTEMTEXT_H
-#define PLATFORM_POSIX_SYSTEMTEXT_H
+#ifndef KRTPAL_POSIX_ERROR_SYSTEMTEXT_H
+#define KRTPAL_POSIX_ERROR_SYSTEMTEXT_H
 
-#include "platform/types.h"
+#include "krtpal/types.h"
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// Without a line end; inserts stand in it as %1. Null for a number without a text.
 const wchar_t* FindSystemText(DWORD error);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

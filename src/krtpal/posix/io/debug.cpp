@@ -1,8 +1,8 @@
-#include "platform/debug.h"
+#include "krtpal/debug.h"
 
-#include "platform/error.h"
-#include "platform/posix/write.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/io/write.h"
+#include "krtpal/text.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -10,7 +10,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -56,4 +56,4 @@ void OutputDebugStringA(LPCSTR text) {
     }
 }
 
-} // namespace platform
+} // namespace krtpal

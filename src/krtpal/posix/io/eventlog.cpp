@@ -1,9 +1,9 @@
-#include "platform/eventlog.h"
+#include "krtpal/eventlog.h"
 
-#include "platform/error.h"
-#include "platform/posix/handle.h"
-#include "platform/sync.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/handle.h"
+#include "krtpal/sync.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -18,7 +18,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -207,4 +207,4 @@ BOOL ReportEventW(HANDLE source, WORD type, WORD /*category*/, DWORD /*eventId*/
     return error == 0 ? TRUE : Fail(ErrorFromErrno(error));
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,13 +1,13 @@
-#include "platform/file.h"
+#include "krtpal/file.h"
 
-#include "platform/posix/pathbytes.h"
+#include "krtpal/posix/io/pathbytes.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -85,4 +85,4 @@ errno_t strerror_s(LPSTR buffer, SIZE_T size, int number) {
     return CopyErrorText(buffer, size, number);
 }
 
-} // namespace platform
+} // namespace krtpal

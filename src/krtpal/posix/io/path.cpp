@@ -1,14 +1,14 @@
-#include "platform/path.h"
+#include "krtpal/path.h"
 
-#include "platform/error.h"
-#include "platform/posix/pathbytes.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/io/pathbytes.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <sys/stat.h>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -73,4 +73,4 @@ DWORD GetShortPathNameW(LPCWSTR path, LPWSTR shortPath, DWORD room) {
     return static_cast<DWORD>(text.size());
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,10 +1,10 @@
-#include "platform/posix/pathbytes.h"
+#include "krtpal/posix/io/pathbytes.h"
 
-#include "platform/text.h"
+#include "krtpal/text.h"
 
 #include <string_view>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 std::string PathBytes(LPCWSTR path) {
     const std::wstring_view wide(path);
@@ -12,4 +12,4 @@ std::string PathBytes(LPCWSTR path) {
     return WideFromUtf8(narrow) == wide ? narrow : std::string();
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

@@ -1,10 +1,10 @@
-#include "platform/posix/write.h"
+#include "krtpal/posix/io/write.h"
 
 #include <cerrno>
 #include <poll.h>
 #include <unistd.h>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 int WriteAll(int descriptor, const void* data, std::size_t bytes, std::size_t* done) {
     const char* const text = static_cast<const char*>(data);
@@ -24,4 +24,4 @@ int WriteAll(int descriptor, const void* data, std::size_t bytes, std::size_t* d
     return 0;
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

@@ -1,16 +1,16 @@
 // Whole writes to a file descriptor.
 
-#ifndef PLATFORM_POSIX_WRITE_H
-#define PLATFORM_POSIX_WRITE_H
+#ifndef KRTPAL_POSIX_IO_WRITE_H
+#define KRTPAL_POSIX_IO_WRITE_H
 
 #include <cstddef>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// Writes all bytes: goes on after interruptions and short writes, and waits where a non-blocking descriptor
 /// is full. The result is 0 or an errno value; `done` counts what went out.
 int WriteAll(int descriptor, const void* data, std::size_t bytes, std::size_t* done);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,10 +1,10 @@
-#include "platform/posix/futex.h"
-#include "platform/sync.h"
+#include "krtpal/posix/kernel/futex.h"
+#include "krtpal/sync.h"
 
 #include <atomic>
 #include <unistd.h>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -113,4 +113,4 @@ void DeleteCriticalSection(CRITICAL_SECTION* section) {
     *section = {nullptr, kFree, 0, nullptr, nullptr, 0};
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,4 +1,4 @@
-#include "platform/posix/futex.h"
+#include "krtpal/posix/kernel/futex.h"
 
 #include <cerrno>
 #include <climits>
@@ -6,7 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -84,4 +84,4 @@ void WakeWaiters(FutexWord& word, int most, bool shared) {
     syscall(SYS_futex, &word, FUTEX_WAKE | (shared ? 0 : FUTEX_PRIVATE_FLAG), most, nullptr, nullptr, 0);
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

@@ -3,16 +3,16 @@
 // A waiter reads a word, decides that it has to wait, and waits as long as the word keeps that value; whoever
 // changes what the word stands for changes the word, then wakes.
 
-#ifndef PLATFORM_POSIX_FUTEX_H
-#define PLATFORM_POSIX_FUTEX_H
+#ifndef KRTPAL_POSIX_KERNEL_FUTEX_H
+#define KRTPAL_POSIX_KERNEL_FUTEX_H
 
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <atomic>
 #include <cstdint>
 #include <ctime>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 using FutexWord = std::atomic<std::uint32_t>;
 static_assert(sizeof(FutexWord) == 4 && FutexWord::is_always_lock_free);
@@ -47,6 +47,6 @@ inline constexpr std::size_t kMostWords = 128;
 void WaitOnWords(const ExpectedWord* words, std::size_t count, Deadline deadline);
 void WakeWaiters(FutexWord& word, int most, bool shared);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

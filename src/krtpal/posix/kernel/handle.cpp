@@ -1,8 +1,8 @@
-#include "platform/posix/handle.h"
+#include "krtpal/posix/kernel/handle.h"
 
-#include "platform/error.h"
-#include "platform/sync.h"
-#include "platform/user.h"
+#include "krtpal/error.h"
+#include "krtpal/sync.h"
+#include "krtpal/user.h"
 
 #include <algorithm>
 #include <memory>
@@ -10,7 +10,7 @@
 #include <new>
 #include <vector>
 
-namespace platform {
+namespace krtpal {
 
 namespace posix {
 
@@ -212,4 +212,4 @@ BOOL DuplicateHandle(HANDLE sourceProcess, HANDLE source, HANDLE targetProcess, 
     return *target != nullptr ? TRUE : FALSE;
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -3,15 +3,15 @@
 // A handle is a number of this process that is never an address: a closed or invented one is told from an
 // open one whatever was made since.
 
-#ifndef PLATFORM_POSIX_HANDLE_H
-#define PLATFORM_POSIX_HANDLE_H
+#ifndef KRTPAL_POSIX_KERNEL_HANDLE_H
+#define KRTPAL_POSIX_KERNEL_HANDLE_H
 
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <atomic>
 #include <cstdint>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 enum class ObjectKind : std::uint32_t {
     Event = 1,
@@ -94,6 +94,6 @@ private:
     KernelObject* m_object = nullptr;
 };
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

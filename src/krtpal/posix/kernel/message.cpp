@@ -1,7 +1,7 @@
-#include "platform/message.h"
+#include "krtpal/message.h"
 
-#include "platform/error.h"
-#include "platform/posix/wait.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/wait.h"
 
 #include <algorithm>
 #include <climits>
@@ -12,7 +12,7 @@
 #include <string>
 #include <utility>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -369,4 +369,4 @@ DWORD MsgWaitForMultipleObjectsEx(DWORD count, const HANDLE* handles, DWORD time
     return posix::WaitForHandles(handles, count, (flags & MWMO_WAITALL) != 0, timeoutMs, &input);
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,10 +1,10 @@
-#include "platform/process.h"
+#include "krtpal/process.h"
 
-#include "platform/error.h"
-#include "platform/posix/handle.h"
-#include "platform/posix/modulelist.h"
-#include "platform/text.h"
-#include "platform/user.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/handle.h"
+#include "krtpal/posix/module/modulelist.h"
+#include "krtpal/text.h"
+#include "krtpal/user.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -198,4 +198,4 @@ DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE module, LPWSTR path, DWORD
     return static_cast<DWORD>(Fail(ERROR_INVALID_HANDLE));
 }
 
-} // namespace platform
+} // namespace krtpal

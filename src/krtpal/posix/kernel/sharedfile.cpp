@@ -1,7 +1,7 @@
-#include "platform/posix/sharedfile.h"
+#include "krtpal/posix/kernel/sharedfile.h"
 
-#include "platform/error.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/text.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -16,7 +16,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -282,4 +282,4 @@ SharedFile::~SharedFile() {
     }
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

@@ -6,17 +6,17 @@
 // anew. The last holder removes the file, and the folder when it is empty. Opening and closing are serialised
 // by a lock on the folder itself, since a lock can't be turned from exclusive to shared in one step.
 
-#ifndef PLATFORM_POSIX_SHAREDFILE_H
-#define PLATFORM_POSIX_SHAREDFILE_H
+#ifndef KRTPAL_POSIX_KERNEL_SHAREDFILE_H
+#define KRTPAL_POSIX_KERNEL_SHAREDFILE_H
 
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// A name of a kernel object, split up.
 struct ObjectName {
@@ -68,6 +68,6 @@ private:
     bool m_made = false;
 };
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,8 +1,8 @@
-#include "platform/error.h"
-#include "platform/posix/waitable.h"
-#include "platform/sync.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/waitable.h"
+#include "krtpal/sync.h"
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -171,4 +171,4 @@ BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previous) {
     });
 }
 
-} // namespace platform
+} // namespace krtpal

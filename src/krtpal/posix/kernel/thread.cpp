@@ -1,7 +1,7 @@
-#include "platform/posix/thread.h"
+#include "krtpal/posix/kernel/thread.h"
 
-#include "platform/posix/futex.h"
-#include "platform/sync.h"
+#include "krtpal/posix/kernel/futex.h"
+#include "krtpal/sync.h"
 
 #include <cerrno>
 #include <csignal>
@@ -13,7 +13,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -111,4 +111,4 @@ bool IsAlive(const ThreadIdentity& thread) {
 
 } // namespace posix
 
-} // namespace platform
+} // namespace krtpal

@@ -1,11 +1,11 @@
 // Who a thread is, in terms that other processes understand, and whether it still runs.
 
-#ifndef PLATFORM_POSIX_THREAD_H
-#define PLATFORM_POSIX_THREAD_H
+#ifndef KRTPAL_POSIX_KERNEL_THREAD_H
+#define KRTPAL_POSIX_KERNEL_THREAD_H
 
 #include <cstdint>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// Numbers are used anew by the system; with the time of its start a thread is known for good. All 0: nobody.
 struct ThreadIdentity {
@@ -21,6 +21,6 @@ ThreadIdentity CurrentThread();
 /// False for a thread that has ended, or whose process ended, reaped or not. Costs a read of /proc.
 bool IsAlive(const ThreadIdentity& thread);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,14 +1,14 @@
 // Broken-down times to 64-bit tick counts and back, for the calls that compute with them.
 
-#ifndef PLATFORM_POSIX_TICKS_H
-#define PLATFORM_POSIX_TICKS_H
+#ifndef KRTPAL_POSIX_KERNEL_TICKS_H
+#define KRTPAL_POSIX_KERNEL_TICKS_H
 
-#include "platform/time.h"
+#include "krtpal/time.h"
 
 #include <cstdint>
 #include <optional>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 inline constexpr std::int64_t kTicksPerMillisecond = 10'000;
 inline constexpr std::int64_t kTicksPerSecond = 10'000'000;
@@ -22,6 +22,6 @@ std::optional<std::int64_t> TicksFromSystemTime(const SYSTEMTIME& time);
 /// `ticks` is not negative.
 SYSTEMTIME SystemTimeFromTicks(std::int64_t ticks);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

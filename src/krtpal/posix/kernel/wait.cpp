@@ -1,14 +1,14 @@
-#include "platform/posix/wait.h"
+#include "krtpal/posix/kernel/wait.h"
 
-#include "platform/error.h"
-#include "platform/posix/waitable.h"
-#include "platform/sync.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/waitable.h"
+#include "krtpal/sync.h"
 
 #include <algorithm>
 #include <numeric>
 #include <optional>
 
-namespace platform {
+namespace krtpal {
 
 namespace posix {
 
@@ -242,4 +242,4 @@ DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL waitAll, D
     return posix::WaitForHandles(handles, count, waitAll != FALSE, timeoutMs, nullptr);
 }
 
-} // namespace platform
+} // namespace krtpal

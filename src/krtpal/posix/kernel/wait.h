@@ -1,12 +1,12 @@
 // Waits on one or several objects, and on the messages of the calling thread.
 
-#ifndef PLATFORM_POSIX_WAIT_H
-#define PLATFORM_POSIX_WAIT_H
+#ifndef KRTPAL_POSIX_KERNEL_WAIT_H
+#define KRTPAL_POSIX_KERNEL_WAIT_H
 
-#include "platform/posix/futex.h"
-#include "platform/types.h"
+#include "krtpal/posix/kernel/futex.h"
+#include "krtpal/types.h"
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// What else can end a wait: input of the calling thread. The word changes before `HasArrived` turns true.
 class InputSource {
@@ -23,6 +23,6 @@ protected:
 DWORD WaitForHandles(const HANDLE* handles, std::size_t count, bool all, DWORD timeoutMs,
                      const InputSource* input);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,7 +1,7 @@
-#include "platform/posix/waitable.h"
+#include "krtpal/posix/kernel/waitable.h"
 
-#include "platform/error.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -426,4 +426,4 @@ void LockedState::Repair() {
     m_wake = INT_MAX;
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

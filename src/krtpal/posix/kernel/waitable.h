@@ -9,20 +9,20 @@
 // instruction. Its lock is robust: who gets it from a dead owner repairs the counts. Waiters are entered with
 // their identity, so that units granted to the dead are found; owners of mutexes likewise.
 
-#ifndef PLATFORM_POSIX_WAITABLE_H
-#define PLATFORM_POSIX_WAITABLE_H
+#ifndef KRTPAL_POSIX_KERNEL_WAITABLE_H
+#define KRTPAL_POSIX_KERNEL_WAITABLE_H
 
-#include "platform/posix/futex.h"
-#include "platform/posix/handle.h"
-#include "platform/posix/sharedfile.h"
-#include "platform/posix/thread.h"
+#include "krtpal/posix/kernel/futex.h"
+#include "krtpal/posix/kernel/handle.h"
+#include "krtpal/posix/kernel/sharedfile.h"
+#include "krtpal/posix/kernel/thread.h"
 
 #include <cstdint>
 #include <memory>
 #include <pthread.h>
 #include <string>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// The waiters of a named object that units are granted to; more can wait, but take what is left.
 inline constexpr std::size_t kMostNamedWaiters = 100;
@@ -146,6 +146,6 @@ private:
     int m_wake = 0; ///< how many to wake
 };
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,12 +1,12 @@
 // The version block that an ELF module carries: a note of owner "krtbss" and type 1, found by the program
 // headers, which survive stripping.
 
-#include "platform/posix/modulefile.h"
+#include "krtpal/posix/module/modulefile.h"
 
 #include <cstring>
 #include <elf.h>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -82,4 +82,4 @@ std::vector<unsigned char> ReadElfVersionBlock(const ModuleFile& file) {
     }
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

@@ -1,7 +1,7 @@
 // Calls the library's entry routine. This file is the last of the library, so that its object is made last
 // and destroyed first.
 
-#include "platform/module.h"
+#include "krtpal/module.h"
 
 extern "C" {
 /// The library links without it.
@@ -9,7 +9,7 @@ __attribute__((weak, visibility("hidden"))) BOOL WINAPI DllMain(HINSTANCE module
                                                                 void* reserved);
 }
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -39,4 +39,4 @@ ModuleEntry g_entry;
 
 } // namespace
 
-} // namespace platform
+} // namespace krtpal

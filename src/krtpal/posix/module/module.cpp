@@ -1,10 +1,10 @@
-#include "platform/module.h"
+#include "krtpal/module.h"
 
-#include "platform/error.h"
-#include "platform/posix/modulefile.h"
-#include "platform/posix/modulelist.h"
-#include "platform/posix/pathbytes.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/io/pathbytes.h"
+#include "krtpal/posix/module/modulefile.h"
+#include "krtpal/posix/module/modulelist.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <climits>
@@ -15,7 +15,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -231,4 +231,4 @@ int LoadStringW(HINSTANCE module, UINT number, LPWSTR text, int count) {
     return copied;
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,7 +1,7 @@
-#include "platform/posix/modulefile.h"
+#include "krtpal/posix/module/modulefile.h"
 
-#include "platform/error.h"
-#include "platform/posix/pathbytes.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/io/pathbytes.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 ModuleFile::ModuleFile(LPCWSTR path) : m_descriptor(-1) {
     const std::string bytes = path == nullptr ? std::string() : PathBytes(path);
@@ -55,4 +55,4 @@ bool ModuleFile::Read(std::uint64_t offset, void* target, std::size_t size) cons
     return true;
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

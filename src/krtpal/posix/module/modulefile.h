@@ -1,16 +1,16 @@
 // The files of modules, read piece by piece. All offsets and sizes may be lies of a damaged file: what lies
 // outside reads as a failure.
 
-#ifndef PLATFORM_POSIX_MODULEFILE_H
-#define PLATFORM_POSIX_MODULEFILE_H
+#ifndef KRTPAL_POSIX_MODULE_MODULEFILE_H
+#define KRTPAL_POSIX_MODULE_MODULEFILE_H
 
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// A file that is open for reading.
 class ModuleFile {
@@ -42,6 +42,6 @@ std::vector<unsigned char> ReadElfVersionBlock(const ModuleFile& file);
 /// The version resource of a PE module of either width; empty if it has none.
 std::vector<unsigned char> ReadPeVersionBlock(const ModuleFile& file);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

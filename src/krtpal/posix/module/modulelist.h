@@ -1,14 +1,14 @@
 // The modules of the calling process, as the dynamic linker lists them.
 
-#ifndef PLATFORM_POSIX_MODULELIST_H
-#define PLATFORM_POSIX_MODULELIST_H
+#ifndef KRTPAL_POSIX_MODULE_MODULELIST_H
+#define KRTPAL_POSIX_MODULE_MODULELIST_H
 
-#include "platform/types.h"
+#include "krtpal/types.h"
 
 #include <string>
 #include <vector>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 struct ListedModule {
     HMODULE handle;
@@ -18,6 +18,6 @@ struct ListedModule {
 /// In the linker's order, the program first.
 std::vector<ListedModule> ListModules();
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,12 +1,12 @@
 // The version resource of a PE module, by the published layout of such files: DOS header, PE header, table of
 // sections, and the three levels of the resource directory: kind, name, language.
 
-#include "platform/posix/modulefile.h"
+#include "krtpal/posix/module/modulefile.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -171,4 +171,4 @@ std::vector<unsigned char> ReadPeVersionBlock(const ModuleFile& file) {
     return PeFile(file).VersionResource();
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

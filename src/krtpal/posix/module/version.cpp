@@ -1,13 +1,13 @@
-#include "platform/version.h"
+#include "krtpal/version.h"
 
-#include "platform/error.h"
-#include "platform/posix/modulefile.h"
-#include "platform/posix/versionblock.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/module/modulefile.h"
+#include "krtpal/posix/module/versionblock.h"
 
 #include <cstring>
 #include <new>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -71,4 +71,4 @@ BOOL VerQueryValueW(LPCVOID block, LPCWSTR name, LPVOID* value, UINT* length) {
     return TRUE;
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,7 +1,7 @@
-#include "platform/posix/versionblock.h"
+#include "krtpal/posix/module/versionblock.h"
 
-#include "platform/posix/modulefile.h"
-#include "platform/text.h"
+#include "krtpal/posix/module/modulefile.h"
+#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include <cwctype>
 #include <optional>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -184,4 +184,4 @@ VersionValue FindVersionValue(const void* block, std::wstring_view name) {
     return {tree + node->value, static_cast<unsigned>(node->valueBytes)};
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

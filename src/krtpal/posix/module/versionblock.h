@@ -1,13 +1,13 @@
 // Version blocks. In a file a block is a tree of nodes with 16-bit lengths and UTF-16 text; what callers hold
 // has the same tree, and behind it the texts once more in wchar_t, since answers are pointers into the block.
 
-#ifndef PLATFORM_POSIX_VERSIONBLOCK_H
-#define PLATFORM_POSIX_VERSIONBLOCK_H
+#ifndef KRTPAL_POSIX_MODULE_VERSIONBLOCK_H
+#define KRTPAL_POSIX_MODULE_VERSIONBLOCK_H
 
 #include <string_view>
 #include <vector>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// The callers' form of a block as it stands in a file; empty for bytes that are no block.
 std::vector<unsigned char> ExpandVersionBlock(const std::vector<unsigned char>& stored);
@@ -20,6 +20,6 @@ struct VersionValue {
 /// `block` is what ExpandVersionBlock made.
 VersionValue FindVersionValue(const void* block, std::wstring_view name);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,8 +1,8 @@
-#include "platform/user.h"
+#include "krtpal/user.h"
 
-#include "platform/error.h"
-#include "platform/posix/handle.h"
-#include "platform/text.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/handle.h"
+#include "krtpal/text.h"
 
 #include <climits>
 #include <cstdlib>
@@ -13,7 +13,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -208,4 +208,4 @@ BOOL HeapFree(HANDLE heap, DWORD flags, LPVOID memory) {
     return TRUE;
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,4 +1,4 @@
-#include "platform/variant.h"
+#include "krtpal/variant.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <cwchar>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -107,4 +107,4 @@ UINT SysStringByteLen(BSTR string) {
     return bytes;
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,4 +1,4 @@
-#include "platform/guid.h"
+#include "krtpal/guid.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <sys/random.h>
 
-namespace platform {
+namespace krtpal {
 
 HRESULT CoCreateGuid(GUID* id) {
     if (id == nullptr) {
@@ -70,4 +70,4 @@ int UuidCompare(UUID* a, UUID* b, RPC_STATUS* status) {
     return compare(std::memcmp(left.Data4, right.Data4, sizeof(left.Data4)), 0);
 }
 
-} // namespace platform
+} // namespace krtpal

@@ -1,10 +1,10 @@
-#include "platform/posix/numbertext.h"
+#include "krtpal/posix/text/numbertext.h"
 
 #include <charconv>
 #include <cmath>
 #include <limits>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 namespace {
 
@@ -228,4 +228,4 @@ double DoubleFromNumber(const NumberText& number) {
     return value;
 }
 
-} // namespace platform::posix
+} // namespace krtpal::posix

@@ -1,13 +1,13 @@
 // Numbers to text and back, in the forms of OLE automation with a decimal point.
 
-#ifndef PLATFORM_POSIX_NUMBERTEXT_H
-#define PLATFORM_POSIX_NUMBERTEXT_H
+#ifndef KRTPAL_POSIX_TEXT_NUMBERTEXT_H
+#define KRTPAL_POSIX_TEXT_NUMBERTEXT_H
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 /// The %G form with `digits` significant digits. Exact halves of the last digit go away from zero; what is a
 /// half is decided from the exact value of the binary number. Infinities read "INF" and "-INF", no-numbers
@@ -29,6 +29,6 @@ std::optional<NumberText> ParseNumber(std::wstring_view text);
 /// The nearest value; infinite if it is too large.
 double DoubleFromNumber(const NumberText& number);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

@@ -1,13 +1,13 @@
-#include "platform/text.h"
+#include "krtpal/text.h"
 
-#include "platform/error.h"
+#include "krtpal/error.h"
 
 #include <clocale>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -174,4 +174,4 @@ DWORD CharUpperBuffW(LPWSTR text, DWORD count) {
     return count;
 }
 
-} // namespace platform
+} // namespace krtpal

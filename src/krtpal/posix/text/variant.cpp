@@ -1,6 +1,6 @@
-#include "platform/variant.h"
+#include "krtpal/variant.h"
 
-#include "platform/posix/numbertext.h"
+#include "krtpal/posix/text/numbertext.h"
 
 #include <cfloat>
 #include <cmath>
@@ -10,7 +10,7 @@
 #include <string_view>
 #include <utility>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -459,4 +459,4 @@ HRESULT VariantChangeTypeEx(VARIANT* target, VARIANT* source, LCID locale, USHOR
     return S_OK;
 }
 
-} // namespace platform
+} // namespace krtpal

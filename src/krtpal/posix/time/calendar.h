@@ -1,11 +1,11 @@
 // Arithmetic of the proleptic Gregorian calendar on 64-bit counts of days.
 
-#ifndef PLATFORM_POSIX_CALENDAR_H
-#define PLATFORM_POSIX_CALENDAR_H
+#ifndef KRTPAL_POSIX_TIME_CALENDAR_H
+#define KRTPAL_POSIX_TIME_CALENDAR_H
 
 #include <cstdint>
 
-namespace platform::posix {
+namespace krtpal::posix {
 
 struct CivilDate {
     std::int64_t year;
@@ -63,6 +63,6 @@ constexpr int DayOfWeek(std::int64_t days) {
 
 static_assert(DaysFromDate({1601, 1, 1}) == 0 && DaysFromDate({1970, 1, 1}) == 134774);
 
-} // namespace platform::posix
+} // namespace krtpal::posix
 
 #endif

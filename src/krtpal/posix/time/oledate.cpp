@@ -1,9 +1,9 @@
-#include "platform/posix/calendar.h"
-#include "platform/time.h"
+#include "krtpal/posix/time/calendar.h"
+#include "krtpal/time.h"
 
 #include <cmath>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -89,4 +89,4 @@ INT VariantTimeToSystemTime(double date, SYSTEMTIME* time) {
     return TRUE;
 }
 
-} // namespace platform
+} // namespace krtpal

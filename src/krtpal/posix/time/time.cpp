@@ -1,13 +1,13 @@
-#include "platform/time.h"
+#include "krtpal/time.h"
 
-#include "platform/error.h"
-#include "platform/posix/calendar.h"
-#include "platform/posix/ticks.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/ticks.h"
+#include "krtpal/posix/time/calendar.h"
 
 #include <cerrno>
 #include <ctime>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -144,4 +144,4 @@ int _gmtime64_s(std::tm* time, const LONGLONG* seconds) { // NOLINT(bugprone-res
     return 0;
 }
 
-} // namespace platform
+} // namespace krtpal

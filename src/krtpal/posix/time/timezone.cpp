@@ -1,14 +1,14 @@
-#include "platform/error.h"
-#include "platform/posix/calendar.h"
-#include "platform/posix/ticks.h"
-#include "platform/text.h"
-#include "platform/time.h"
+#include "krtpal/error.h"
+#include "krtpal/posix/kernel/ticks.h"
+#include "krtpal/posix/time/calendar.h"
+#include "krtpal/text.h"
+#include "krtpal/time.h"
 
 #include <algorithm>
 #include <ctime>
 #include <iterator>
 
-namespace platform {
+namespace krtpal {
 
 namespace {
 
@@ -201,4 +201,4 @@ BOOL TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone, const SY
     return Convert(zone, local, utc, true);
 }
 
-} // namespace platform
+} // namespace krtpal

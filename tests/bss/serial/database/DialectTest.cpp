@@ -4,7 +4,7 @@
 #include "Tree.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "platform/text.h"
+#include "krtpal/text.h"
 #include "support/odbc/TestDriver.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // A persistent object with a member of every kind, and one that owns components.
 
-#ifndef TESTS_SERIAL_DATABASE_EVERYTHING_H
-#define TESTS_SERIAL_DATABASE_EVERYTHING_H
+#ifndef TESTS_BSS_SERIAL_DATABASE_EVERYTHING_H
+#define TESTS_BSS_SERIAL_DATABASE_EVERYTHING_H
 
 #include "Persistent.h"
 

@@ -2,14 +2,14 @@
 //
 // Such statements are written with names in brackets and get the back-end's quotes.
 
-#ifndef TESTS_SERIAL_DATABASE_FIXTURE_H
-#define TESTS_SERIAL_DATABASE_FIXTURE_H
+#ifndef TESTS_BSS_SERIAL_DATABASE_FIXTURE_H
+#define TESTS_BSS_SERIAL_DATABASE_FIXTURE_H
 
 #include "bss/exception/WNestedException.h"
 #include "bss/serial/database/WDatabase.h"
 #include "bss/system/WGuid.h"
-#include "platform/odbc.h"
-#include "platform/text.h"
+#include "krtpal/common/odbc.h"
+#include "krtpal/text.h"
 #include "support/Wine.h"
 #include "support/odbc/Postgresql.h"
 #ifndef _WIN32
@@ -97,7 +97,7 @@ protected:
     /// What another process connects to, as DatabaseChild takes it.
     std::vector<std::string> Arguments() const {
         return IsFile() ? std::vector<std::string>{"file", m_path.string()}
-                        : std::vector<std::string>{"source", platform::NarrowText(m_backend.source)};
+                        : std::vector<std::string>{"source", krtpal::NarrowText(m_backend.source)};
     }
 
     std::wstring Sql(std::wstring text) const {
@@ -117,32 +117,32 @@ protected:
 
     Value Guid(const GUID& guid) const {
         if (IsFile()) {
-            return {platform::odbc::kCChar, platform::odbc::kVarChar,
-                    platform::Utf8FromWide(bss::WGuid::GetAsText(guid))};
+            return {krtpal::odbc::kCChar, krtpal::odbc::kVarChar,
+                    krtpal::Utf8FromWide(bss::WGuid::GetAsText(guid))};
         }
-        return {platform::odbc::kCGuid, platform::odbc::kGuid,
+        return {krtpal::odbc::kCGuid, krtpal::odbc::kGuid,
                 std::string(reinterpret_cast<const char*>(&guid), sizeof(guid))};
     }
 
     static Value Binary(const std::string& bytes) {
-        return {platform::odbc::kCBinary, platform::odbc::kLongVarBinary, bytes};
+        return {krtpal::odbc::kCBinary, krtpal::odbc::kLongVarBinary, bytes};
     }
 
     /// A statement on a connection of its own; false if it fails.
     bool Execute(const std::wstring& sql, Value value = {}) const {
         bool isDone = false;
-        Run(sql, &value, [&isDone](platform::odbc::Handle) { isDone = true; });
+        Run(sql, &value, [&isDone](krtpal::odbc::Handle) { isDone = true; });
         return isDone;
     }
 
     /// The first value of a query as text or in its bytes, likewise; of at most 8000 bytes.
-    std::string Ask(const std::wstring& sql, std::int16_t cType = platform::odbc::kCChar) const {
+    std::string Ask(const std::wstring& sql, std::int16_t cType = krtpal::odbc::kCChar) const {
         std::string text(8000, '\0');
-        platform::odbc::Length length = 0;
-        Run(sql, nullptr, [&](platform::odbc::Handle statement) {
-            platform::odbc::Fetch(statement);
-            platform::odbc::GetData(statement, 1, cType, text.data(),
-                                    static_cast<platform::odbc::Length>(text.size()), &length);
+        krtpal::odbc::Length length = 0;
+        Run(sql, nullptr, [&](krtpal::odbc::Handle statement) {
+            krtpal::odbc::Fetch(statement);
+            krtpal::odbc::GetData(statement, 1, cType, text.data(),
+                                  static_cast<krtpal::odbc::Length>(text.size()), &length);
         });
         text.resize(std::min(text.size(), static_cast<std::size_t>(std::max<long long>(length, 0))));
         return text;
@@ -151,7 +151,7 @@ protected:
 private:
     template <class Use>
     void Run(const std::wstring& sql, Value* value, Use use) const {
-        namespace odbc = platform::odbc;
+        namespace odbc = krtpal::odbc;
         odbc::Handle environment = nullptr;
         odbc::Handle connection = nullptr;
         odbc::Handle statement = nullptr;
@@ -196,7 +196,7 @@ std::string FailureOf(Call call) {
     try {
         call();
     } catch (const bss::WNestedException& e) {
-        return platform::NarrowText(e.AsString(false));
+        return krtpal::NarrowText(e.AsString(false));
     } catch (const std::exception& e) {
         return e.what();
     }

@@ -1,7 +1,7 @@
 // What the persistent objects of these tests have in common.
 
-#ifndef TESTS_SERIAL_DATABASE_PERSISTENT_H
-#define TESTS_SERIAL_DATABASE_PERSISTENT_H
+#ifndef TESTS_BSS_SERIAL_DATABASE_PERSISTENT_H
+#define TESTS_BSS_SERIAL_DATABASE_PERSISTENT_H
 
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"

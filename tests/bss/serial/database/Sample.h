@@ -1,7 +1,7 @@
 // The object that the document of the database format shows.
 
-#ifndef TESTS_SERIAL_DATABASE_SAMPLE_H
-#define TESTS_SERIAL_DATABASE_SAMPLE_H
+#ifndef TESTS_BSS_SERIAL_DATABASE_SAMPLE_H
+#define TESTS_BSS_SERIAL_DATABASE_SAMPLE_H
 
 #include "Persistent.h"
 

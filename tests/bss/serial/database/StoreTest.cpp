@@ -89,11 +89,11 @@ TEST_P(Store, LongValuesComeBackFromEveryPlaceInTheRow) {
         }
         ExpectToComeBack(written);
         // The frame tells whether its payload is compressed.
-        const std::string frame = Ask(L"SELECT [b2] FROM [Long]", platform::odbc::kCBinary);
+        const std::string frame = Ask(L"SELECT [b2] FROM [Long]", krtpal::odbc::kCBinary);
         EXPECT_EQ(frame.substr(4, 4) == std::string(4, '\0'), size <= 1000);
     }
     Long large; // 64 MiB each
-    large.texts[1].assign((64 << 20) / sizeof(platform::Utf16Unit), L'\u20AC');
+    large.texts[1].assign((64 << 20) / sizeof(krtpal::Utf16Unit), L'\u20AC');
     large.blocks[1].resize(64 << 20);
     std::minstd_rand random(1);
     std::generate(large.blocks[1].begin(), large.blocks[1].end(),
@@ -111,7 +111,7 @@ TEST_P(Store, AnyTextComesBack) {
         L"\uFFFE0041",
     };
     for (const std::wstring& text : texts) {
-        SCOPED_TRACE(platform::Utf8FromWide(text));
+        SCOPED_TRACE(krtpal::Utf8FromWide(text));
         Long written;
         written.texts[0] = text;
         ExpectToComeBack(written);
@@ -266,7 +266,7 @@ TEST_P(Store, ChangesByOthersAreFoundInEveryColumn) {
     written.Fill();
     long version = 0;
     const auto expectFailure = [&](const std::wstring& change, const Value& value, const char* failure) {
-        SCOPED_TRACE(platform::NarrowText(change));
+        SCOPED_TRACE(krtpal::NarrowText(change));
         ASSERT_TRUE(Execute(L"UPDATE [Everything] SET " + change, value));
         Everything read;
         const std::string found = FailureOf([&] { read.Read(&m_database, 0, true); });
@@ -278,7 +278,7 @@ TEST_P(Store, ChangesByOthersAreFoundInEveryColumn) {
     for (const Damage& damage : damages) {
         const std::wstring column = std::wstring(L"[") + damage.column + L"]";
         if (damage.value == nullptr) {
-            std::string bytes = Ask(L"SELECT " + column + L" FROM [Everything]", platform::odbc::kCBinary);
+            std::string bytes = Ask(L"SELECT " + column + L" FROM [Everything]", krtpal::odbc::kCBinary);
             ASSERT_GE(bytes.size(), 16U);
             bytes.back() = static_cast<char>(bytes.back() ^ 1);
             expectFailure(column + L" = ?", Binary(bytes), damage.failure);

@@ -1,7 +1,7 @@
 // A persistent object that owns parts, which own parts, down to a depth.
 
-#ifndef TESTS_SERIAL_DATABASE_TREE_H
-#define TESTS_SERIAL_DATABASE_TREE_H
+#ifndef TESTS_BSS_SERIAL_DATABASE_TREE_H
+#define TESTS_BSS_SERIAL_DATABASE_TREE_H
 
 #include "Persistent.h"
 

@@ -1,9 +1,9 @@
 // Prints the rows of NumberTexts.inc: numbers with the texts that the system's VariantChangeType gives. A
 // Windows program:
 //
-//     cmake --build --preset mingw64 --target platform_golden
-//     scripts/run-wine x86_64-w64-mingw32 build/mingw64/bin/platform_golden.exe >
-//     tests/platform/NumberTexts.inc
+//     cmake --build --preset mingw64 --target krtpal_golden
+//     scripts/run-wine x86_64-w64-mingw32 build/mingw64/bin/krtpal_golden.exe >
+//     tests/krtpal/NumberTexts.inc
 
 #include <windows.h>
 

@@ -14,7 +14,7 @@ namespace bss {
 
 namespace {
 
-namespace odbc = platform::odbc;
+namespace odbc = krtpal::odbc;
 
 /// What a database file is where its name does not tell.
 constexpr bool kFilesAreAccess = KRTBSS_ACCESS_FILES;
@@ -167,7 +167,7 @@ bool IsLowHalf(char16_t unit) {
     return (unit & 0xFC00) == 0xDC00;
 }
 
-bool NeedsEscape(platform::Utf16View units) {
+bool NeedsEscape(krtpal::Utf16View units) {
     for (std::size_t i = 0; i < units.size(); ++i) {
         const auto unit = static_cast<char16_t>(units[i]);
         const bool hasPair =
@@ -207,7 +207,7 @@ std::wstring SqlDialect::FileConnection(const std::wstring& path, const std::wst
 
 std::wstring SqlDialect::SqliteUri(const std::wstring& path) {
     std::wstring uri = L"file:";
-    for (const char c : platform::Utf8FromWide(path)) {
+    for (const char c : krtpal::Utf8FromWide(path)) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte < 0x80 && (std::isalnum(byte) != 0 || c == '/' || c == '.' || c == '-' || c == '_')) {
             uri += static_cast<wchar_t>(c);
@@ -332,27 +332,27 @@ std::wstring SqlDialect::AddClause() const {
     return {};
 }
 
-std::string EncodeText(platform::Utf16View units, SqlDialect::e_text form) {
-    platform::Utf16String escaped;
+std::string EncodeText(krtpal::Utf16View units, SqlDialect::e_text form) {
+    krtpal::Utf16String escaped;
     if (form != SqlDialect::textUtf16 && NeedsEscape(units)) {
-        escaped += static_cast<platform::Utf16Unit>(kEscapeMark);
+        escaped += static_cast<krtpal::Utf16Unit>(kEscapeMark);
         for (const auto unit : units) {
             for (int shift = 12; shift >= 0; shift -= 4) {
                 escaped +=
-                    static_cast<platform::Utf16Unit>(kDigits[static_cast<char16_t>(unit) >> shift & 0xF]);
+                    static_cast<krtpal::Utf16Unit>(kDigits[static_cast<char16_t>(unit) >> shift & 0xF]);
             }
         }
         units = escaped;
     }
     return form == SqlDialect::textEscapedUtf8
-               ? platform::Utf8FromWide(platform::WideFromUtf16(units))
+               ? krtpal::Utf8FromWide(krtpal::WideFromUtf16(units))
                : std::string(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(units[0]));
 }
 
-platform::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form) {
-    platform::Utf16String text;
+krtpal::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form) {
+    krtpal::Utf16String text;
     if (form == SqlDialect::textEscapedUtf8) {
-        text = platform::Utf16String(platform::Utf16FromWide(platform::WideFromUtf8(bytes)));
+        text = krtpal::Utf16String(krtpal::Utf16FromWide(krtpal::WideFromUtf8(bytes)));
     } else {
         text.resize(bytes.size() / sizeof(text[0]));
         std::memcpy(text.data(), bytes.data(), text.size() * sizeof(text[0]));
@@ -360,13 +360,13 @@ platform::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form
     if (form == SqlDialect::textUtf16 || text.empty() || static_cast<char16_t>(text[0]) != kEscapeMark) {
         return text;
     }
-    platform::Utf16String units;
+    krtpal::Utf16String units;
     for (std::size_t i = 1; i + 4 <= text.size(); i += 4) {
         unsigned unit = 0;
         for (std::size_t digit = i; digit < i + 4; ++digit) {
             unit = unit << 4 | DigitValue(static_cast<char16_t>(text[digit]));
         }
-        units += static_cast<platform::Utf16Unit>(unit);
+        units += static_cast<krtpal::Utf16Unit>(unit);
     }
     return units;
 }

@@ -4,13 +4,13 @@
 // Access and SQL Server are spoken to in one exact form each, and so is any driver that is not known. The
 // others are chosen by the name of the back-end that the driver tells.
 
-#ifndef BSS_SERIAL_DATABASE_SQLDIALECT_H
-#define BSS_SERIAL_DATABASE_SQLDIALECT_H
+#ifndef BSS_SERIAL_DATABASE_PRIVATE_SQLDIALECT_H
+#define BSS_SERIAL_DATABASE_PRIVATE_SQLDIALECT_H
 
 #include "bss/Export.h"
 #include "bss/serial/database/WDatabase.h"
-#include "platform/odbc.h"
-#include "platform/text.h"
+#include "krtpal/common/odbc.h"
+#include "krtpal/text.h"
 
 #include <memory>
 #include <string>
@@ -84,9 +84,9 @@ protected:
 /// The bytes of a text for the driver. An escaped text is one that every back-end can hold: as it is, or,
 /// where it holds a NUL or half a surrogate pair or begins with U+FFFE, as U+FFFE and four hexadecimal digits
 /// for each code unit.
-KRTBSS_API std::string EncodeText(platform::Utf16View units, SqlDialect::e_text form);
+KRTBSS_API std::string EncodeText(krtpal::Utf16View units, SqlDialect::e_text form);
 /// Text that is no UTF-8 has U+FFFD for what is wrong.
-KRTBSS_API platform::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form);
+KRTBSS_API krtpal::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form);
 
 } // namespace bss
 
