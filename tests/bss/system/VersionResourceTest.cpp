@@ -39,7 +39,7 @@ TEST(VersionResource, ReadsEveryFieldOfItsFirstLanguage) {
     EXPECT_STREQ(resource.GetFileOS(), L"Win32 API on Windows NT");
     EXPECT_STREQ(resource.GetFileType(), L"Dynamic link library");
     EXPECT_STREQ(resource.GetFileCreationDate(), L"");
-    EXPECT_STREQ(resource.GetFileExecutableName(), L"VERSION_TESTS");
+    EXPECT_STREQ(resource.GetFileExecutableName(), L"SYSTEM_TESTS");
     EXPECT_STREQ(resource.GetProductVersion(), L"X 1.2.3.4 (Y)");
     EXPECT_STREQ(resource.GetDisplayProductVersion(), L"X 1.2.3.4 (Y)");
     EXPECT_STREQ(resource.GetProductName(), L"Gr\u00F6\u00DFe");
@@ -152,7 +152,7 @@ TEST(VersionResource, ServesTheLibraryAndTheProgram) {
     EXPECT_STRNE(library.GetFileVersion(), L"0.0.0.0");
 
     const WVersionResource program(nullptr);
-    EXPECT_EQ(std::filesystem::path(program.GetModuleNameLong()).stem().string(), "version_tests");
+    EXPECT_EQ(std::filesystem::path(program.GetModuleNameLong()).stem().string(), "system_tests");
     EXPECT_STREQ(program.GetFileVersion(), L"");
 
     const WVersionResource nothing(reinterpret_cast<HINSTANCE>(std::uintptr_t{16}));
