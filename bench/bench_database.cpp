@@ -17,7 +17,7 @@
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
 #include "bss/serial/database/WDatabase.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <benchmark/benchmark.h>
 

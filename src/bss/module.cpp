@@ -1,29 +1,35 @@
 #include "bss/module.h"
 
+namespace bss {
+
 namespace {
 
-HINSTANCE instance = nullptr;
+HINSTANCE g_instance = nullptr;
 
-} // namespace
-
-/// The module's entry routine. It stores the handle and does nothing else.
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID /*reserved*/) {
+// Stores the handle and does nothing else.
+BOOL Enter(HINSTANCE module, DWORD reason) {
     if (reason == DLL_PROCESS_ATTACH) {
-        instance = module;
+        g_instance = module;
     } else if (reason == DLL_PROCESS_DETACH) {
-        instance = nullptr;
+        g_instance = nullptr;
     }
     return TRUE;
 }
 
-extern "C" HINSTANCE GetVersionInfoModuleHandle() {
-    return instance;
-}
-
-namespace bss {
+} // namespace
 
 HINSTANCE GetBSSHandle() {
-    return instance;
+    return g_instance;
 }
 
 } // namespace bss
+
+/// The module's entry routine.
+extern "C" krtpal::BOOL WINAPI DllMain(krtpal::HINSTANCE module, krtpal::DWORD reason,
+                                       krtpal::LPVOID /*reserved*/) {
+    return bss::Enter(module, reason);
+}
+
+extern "C" krtpal::HINSTANCE GetVersionInfoModuleHandle() {
+    return bss::GetBSSHandle();
+}

@@ -8,7 +8,7 @@
 
 /// The handle of this library's module, from load to unload; null outside. Exported by plain name: it is what
 /// other modules export, too, to be listed with their versions.
-extern "C" KRTBSS_API HINSTANCE GetVersionInfoModuleHandle();
+extern "C" KRTBSS_API krtpal::HINSTANCE GetVersionInfoModuleHandle();
 
 namespace bss {
 

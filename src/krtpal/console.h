@@ -1,17 +1,14 @@
-// Text to the standard streams.
+// The standard streams and the console.
 //
-//     krtpal::WriteConsoleText(STD_ERROR_HANDLE, L"r\u00FCckw\u00E4rts\n");
+// Text goes to a stream by krtpal/common/console.h, to a console and to a file alike.
 //
-// Threads: one call's text is written whole to a pipe or file only as far as the system does so; nothing is
-// locked.
+// Threads: all calls may be used from any thread.
 
 #ifndef KRTPAL_CONSOLE_H
 #define KRTPAL_CONSOLE_H
 
 #include "krtpal/export.h"
 #include "krtpal/types.h"
-
-#include <string_view>
 
 #ifndef _WIN32
 
@@ -45,16 +42,18 @@ KRTPAL_API BOOL WINAPI WriteConsoleW(HANDLE stream, const void* text, DWORD leng
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::STD_INPUT_HANDLE, krtpal::STD_OUTPUT_HANDLE, krtpal::STD_ERROR_HANDLE,                     \
+        krtpal::ENABLE_PROCESSED_INPUT, krtpal::ENABLE_LINE_INPUT, krtpal::ENABLE_ECHO_INPUT,                \
+        krtpal::ENABLE_PROCESSED_OUTPUT, krtpal::ENABLE_WRAP_AT_EOL_OUTPUT, krtpal::GetStdHandle,            \
+        krtpal::WriteFile, krtpal::GetConsoleMode, krtpal::WriteConsoleW
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
-
-namespace krtpal {
-
-/// Writes text to a standard stream: by WriteConsoleW to a console, otherwise as UTF-8. No line end is added
-/// or changed. `stream` is STD_OUTPUT_HANDLE or STD_ERROR_HANDLE. False and the last error if not all of it
-/// could be written.
-KRTPAL_API bool WriteConsoleText(DWORD stream, std::wstring_view text);
-
-} // namespace krtpal
 
 #endif

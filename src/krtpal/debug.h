@@ -24,7 +24,14 @@ KRTPAL_API void WINAPI OutputDebugStringA(LPCSTR text);
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES using krtpal::OutputDebugStringW, krtpal::OutputDebugStringA
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

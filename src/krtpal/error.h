@@ -17,7 +17,6 @@
 #include "krtpal/types.h"
 
 #include <cstdarg>
-#include <string>
 
 #ifndef _WIN32
 
@@ -113,17 +112,8 @@ constexpr WORD MAKELANGID(WORD language, WORD sublanguage) {
     return static_cast<WORD>((sublanguage << 10) | language);
 }
 
-inline constexpr UINT LMEM_FIXED = 0x0000;
-inline constexpr UINT LMEM_ZEROINIT = 0x0040;
-inline constexpr UINT LPTR = 0x0040;
-
 KRTPAL_API DWORD WINAPI GetLastError();
 KRTPAL_API void WINAPI SetLastError(DWORD error);
-
-/// Fixed memory, zeroed with LMEM_ZEROINIT. Null and the last error if there is none or for another flag.
-KRTPAL_API HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T bytes);
-/// Null when the memory is freed; null memory is ignored.
-KRTPAL_API HLOCAL WINAPI LocalFree(HLOCAL memory);
 
 /// Fills a template (FROM_STRING) or gives the system's text of an error number (FROM_SYSTEM). The result is
 /// the count of characters without the closing NUL, 0 on failure. `size` counts characters. With
@@ -137,15 +127,46 @@ KRTPAL_API DWORD ErrorFromErrno(int number);
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::NO_ERROR, krtpal::ERROR_SUCCESS, krtpal::ERROR_INVALID_FUNCTION,                           \
+        krtpal::ERROR_FILE_NOT_FOUND, krtpal::ERROR_PATH_NOT_FOUND, krtpal::ERROR_TOO_MANY_OPEN_FILES,       \
+        krtpal::ERROR_ACCESS_DENIED, krtpal::ERROR_INVALID_HANDLE, krtpal::ERROR_NOT_ENOUGH_MEMORY,          \
+        krtpal::ERROR_BAD_FORMAT, krtpal::ERROR_INVALID_DATA, krtpal::ERROR_OUTOFMEMORY,                     \
+        krtpal::ERROR_NOT_SAME_DEVICE, krtpal::ERROR_NO_MORE_FILES, krtpal::ERROR_WRITE_PROTECT,             \
+        krtpal::ERROR_NOT_READY, krtpal::ERROR_WRITE_FAULT, krtpal::ERROR_READ_FAULT,                        \
+        krtpal::ERROR_GEN_FAILURE, krtpal::ERROR_SHARING_VIOLATION, krtpal::ERROR_LOCK_VIOLATION,            \
+        krtpal::ERROR_HANDLE_EOF, krtpal::ERROR_HANDLE_DISK_FULL, krtpal::ERROR_NOT_SUPPORTED,               \
+        krtpal::ERROR_FILE_EXISTS, krtpal::ERROR_INVALID_PARAMETER, krtpal::ERROR_BROKEN_PIPE,               \
+        krtpal::ERROR_BUFFER_OVERFLOW, krtpal::ERROR_DISK_FULL, krtpal::ERROR_CALL_NOT_IMPLEMENTED,          \
+        krtpal::ERROR_SEM_TIMEOUT, krtpal::ERROR_INSUFFICIENT_BUFFER, krtpal::ERROR_INVALID_NAME,            \
+        krtpal::ERROR_MOD_NOT_FOUND, krtpal::ERROR_PROC_NOT_FOUND, krtpal::ERROR_NEGATIVE_SEEK,              \
+        krtpal::ERROR_DIR_NOT_EMPTY, krtpal::ERROR_BUSY, krtpal::ERROR_ALREADY_EXISTS,                       \
+        krtpal::ERROR_BAD_EXE_FORMAT, krtpal::ERROR_FILENAME_EXCED_RANGE, krtpal::ERROR_FILE_TOO_LARGE,      \
+        krtpal::ERROR_MORE_DATA, krtpal::ERROR_NO_WORK_DONE, krtpal::WAIT_TIMEOUT, krtpal::ERROR_DIRECTORY,  \
+        krtpal::ERROR_POSSIBLE_DEADLOCK, krtpal::ERROR_INVALID_ADDRESS, krtpal::ERROR_ARITHMETIC_OVERFLOW,   \
+        krtpal::ERROR_NOT_OWNER, krtpal::ERROR_TOO_MANY_POSTS, krtpal::ERROR_OPERATION_ABORTED,              \
+        krtpal::ERROR_INVALID_FLAGS, krtpal::ERROR_NO_UNICODE_TRANSLATION, krtpal::ERROR_IO_DEVICE,          \
+        krtpal::ERROR_TOO_MANY_LINKS, krtpal::ERROR_NOT_FOUND, krtpal::ERROR_NO_TOKEN,                       \
+        krtpal::ERROR_CANCELLED, krtpal::ERROR_PRIVILEGE_NOT_HELD, krtpal::ERROR_INVALID_WINDOW_HANDLE,      \
+        krtpal::ERROR_CANNOT_FIND_WND_CLASS, krtpal::ERROR_CLASS_ALREADY_EXISTS,                             \
+        krtpal::ERROR_CLASS_DOES_NOT_EXIST, krtpal::ERROR_CLASS_HAS_WINDOWS,                                 \
+        krtpal::ERROR_INVALID_THREAD_ID, krtpal::ERROR_NO_SYSTEM_RESOURCES, krtpal::ERROR_TIMEOUT,           \
+        krtpal::ERROR_NOT_ENOUGH_QUOTA, krtpal::ERROR_CANT_RESOLVE_FILENAME,                                 \
+        krtpal::ERROR_RESOURCE_DATA_NOT_FOUND, krtpal::ERROR_RESOURCE_TYPE_NOT_FOUND,                        \
+        krtpal::ERROR_RESOURCE_NAME_NOT_FOUND, krtpal::ERROR_RESOURCE_LANG_NOT_FOUND,                        \
+        krtpal::ERROR_MR_MID_NOT_FOUND, krtpal::FORMAT_MESSAGE_ALLOCATE_BUFFER,                              \
+        krtpal::FORMAT_MESSAGE_IGNORE_INSERTS, krtpal::FORMAT_MESSAGE_FROM_STRING,                           \
+        krtpal::FORMAT_MESSAGE_FROM_HMODULE, krtpal::FORMAT_MESSAGE_FROM_SYSTEM,                             \
+        krtpal::FORMAT_MESSAGE_ARGUMENT_ARRAY, krtpal::FORMAT_MESSAGE_MAX_WIDTH_MASK, krtpal::LANG_NEUTRAL,  \
+        krtpal::SUBLANG_DEFAULT, krtpal::MAKELANGID, krtpal::GetLastError, krtpal::SetLastError,             \
+        krtpal::FormatMessageW
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
-
-namespace krtpal {
-
-/// The system's text of an error number without line ends or blanks behind it; "Unknown error" if there is
-/// none. Leaves the last error as it is.
-KRTPAL_API std::wstring SystemText(DWORD error);
-
-} // namespace krtpal
 
 #endif

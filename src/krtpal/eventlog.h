@@ -1,4 +1,4 @@
-// The system's application log, and the registry keys by which its sources are known.
+// The system's application log.
 //
 //     HANDLE source = RegisterEventSourceW(nullptr, L"krtbss");
 //     const wchar_t* texts[] = {L"the laser is off"};
@@ -15,8 +15,8 @@
 #define KRTPAL_EVENTLOG_H
 
 #include "krtpal/export.h"
+#include "krtpal/security.h"
 #include "krtpal/types.h"
-#include "krtpal/user.h"
 
 #ifndef _WIN32
 
@@ -29,24 +29,6 @@ inline constexpr WORD EVENTLOG_INFORMATION_TYPE = 0x0004;
 inline constexpr WORD EVENTLOG_AUDIT_SUCCESS = 0x0008;
 inline constexpr WORD EVENTLOG_AUDIT_FAILURE = 0x0010;
 
-struct HKEY__;
-using HKEY = HKEY__*;
-using LSTATUS = LONG;
-inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x80000002));
-inline constexpr DWORD KEY_ALL_ACCESS = 0xF003F;
-inline constexpr DWORD REG_OPTION_NON_VOLATILE = 0;
-inline constexpr DWORD REG_SZ = 1;
-inline constexpr DWORD REG_DWORD = 4;
-
-/// Sources of the log need no key here: one below the log's own place is made and forgotten; any other is
-/// refused with ERROR_NOT_SUPPORTED.
-KRTPAL_API LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR keyClass,
-                                          DWORD options, DWORD access, struct SECURITY_ATTRIBUTES* attributes,
-                                          HKEY* made, LPDWORD disposition);
-KRTPAL_API LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
-                                         DWORD bytes);
-KRTPAL_API LSTATUS WINAPI RegCloseKey(HKEY key);
-
 /// Null and the last error if there is no daemon, or for a server that is not null.
 KRTPAL_API HANDLE WINAPI RegisterEventSourceW(LPCWSTR server, LPCWSTR source);
 KRTPAL_API BOOL WINAPI DeregisterEventSource(HANDLE source);
@@ -57,7 +39,17 @@ KRTPAL_API BOOL WINAPI ReportEventW(HANDLE source, WORD type, WORD category, DWO
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::EVENTLOG_SUCCESS, krtpal::EVENTLOG_ERROR_TYPE, krtpal::EVENTLOG_WARNING_TYPE,              \
+        krtpal::EVENTLOG_INFORMATION_TYPE, krtpal::EVENTLOG_AUDIT_SUCCESS, krtpal::EVENTLOG_AUDIT_FAILURE,   \
+        krtpal::RegisterEventSourceW, krtpal::DeregisterEventSource, krtpal::ReportEventW
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

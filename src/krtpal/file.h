@@ -39,7 +39,14 @@ KRTPAL_API errno_t strerror_s(LPSTR buffer, SIZE_T size, int number);
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES using krtpal::errno_t, krtpal::_wfopen_s, krtpal::_wcserror_s, krtpal::strerror_s
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

@@ -51,9 +51,20 @@ KRTPAL_API int WINAPI UuidCompare(UUID* a, UUID* b, RPC_STATUS* status);
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::GUID, krtpal::UUID, krtpal::REFGUID, krtpal::RPC_STATUS, krtpal::RPC_S_OK,                 \
+        krtpal::CoCreateGuid, krtpal::StringFromGUID2, krtpal::UuidCompare
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
+namespace krtpal {
 static_assert(sizeof(GUID) == 16);
+}
 
 #endif

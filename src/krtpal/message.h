@@ -147,7 +147,26 @@ KRTPAL_API DWORD WINAPI MsgWaitForMultipleObjectsEx(DWORD count, const HANDLE* h
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::HWND, krtpal::HMENU, krtpal::HICON, krtpal::HCURSOR, krtpal::HBRUSH, krtpal::ATOM,         \
+        krtpal::WPARAM, krtpal::LPARAM, krtpal::LRESULT, krtpal::WNDPROC, krtpal::POINT, krtpal::MSG,        \
+        krtpal::WNDCLASSEXW, krtpal::WM_NULL, krtpal::WM_CREATE, krtpal::WM_DESTROY, krtpal::WM_QUIT,        \
+        krtpal::WM_NCCREATE, krtpal::WM_NCDESTROY, krtpal::WM_USER, krtpal::WM_APP, krtpal::PM_NOREMOVE,     \
+        krtpal::PM_REMOVE, krtpal::PM_NOYIELD, krtpal::QS_KEY, krtpal::QS_MOUSEMOVE, krtpal::QS_MOUSEBUTTON, \
+        krtpal::QS_POSTMESSAGE, krtpal::QS_TIMER, krtpal::QS_PAINT, krtpal::QS_SENDMESSAGE,                  \
+        krtpal::QS_HOTKEY, krtpal::QS_ALLPOSTMESSAGE, krtpal::QS_RAWINPUT, krtpal::QS_ALLEVENTS,             \
+        krtpal::QS_ALLINPUT, krtpal::MWMO_WAITALL, krtpal::MWMO_ALERTABLE, krtpal::MWMO_INPUTAVAILABLE,      \
+        krtpal::HWND_MESSAGE, krtpal::RegisterClassExW, krtpal::UnregisterClassW, krtpal::CreateWindowExW,   \
+        krtpal::DestroyWindow, krtpal::IsWindow, krtpal::DefWindowProcW, krtpal::PostMessageW,               \
+        krtpal::PostThreadMessageW, krtpal::PostQuitMessage, krtpal::PeekMessageW, krtpal::DispatchMessageW, \
+        krtpal::MsgWaitForMultipleObjects, krtpal::MsgWaitForMultipleObjectsEx
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

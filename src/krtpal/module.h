@@ -70,7 +70,20 @@ KRTPAL_API int WINAPI LoadStringW(HINSTANCE module, UINT number, LPWSTR text, in
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::DLL_PROCESS_DETACH, krtpal::DLL_PROCESS_ATTACH, krtpal::DLL_THREAD_ATTACH,                 \
+        krtpal::DLL_THREAD_DETACH, krtpal::GET_MODULE_HANDLE_EX_FLAG_PIN,                                    \
+        krtpal::GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,                                                \
+        krtpal::GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, krtpal::FARPROC, krtpal::GetModuleHandleExW,         \
+        krtpal::GetModuleFileNameW, krtpal::GetProcAddress, krtpal::LoadLibraryW, krtpal::FreeLibrary,       \
+        krtpal::LoadStringW
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 
 /// What a module defines that has texts to be loaded: rows in any order, the last one with a null text.
 extern "C" KRTPAL_API const krtpal::StringTableEntry krtbss_string_table[];

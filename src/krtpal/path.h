@@ -40,7 +40,16 @@ KRTPAL_API DWORD WINAPI GetShortPathNameW(LPCWSTR path, LPWSTR shortPath, DWORD 
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::_MAX_DRIVE, krtpal::_MAX_DIR, krtpal::_MAX_FNAME, krtpal::_MAX_EXT, krtpal::_wsplitpath_s, \
+        krtpal::GetShortPathNameW
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

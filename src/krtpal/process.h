@@ -1,4 +1,4 @@
-// Other processes: whether one runs, and which modules it has loaded.
+// The calling process and thread, and other processes: whether one runs, and which modules it has loaded.
 //
 //     if (const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, number)) {
 //         HMODULE modules[256];
@@ -28,6 +28,13 @@ namespace krtpal {
 inline constexpr DWORD PROCESS_VM_READ = 0x0010;
 inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x0400;
 
+/// The numbers by which the system's tools list threads and processes; a thread's is never 0.
+KRTPAL_API DWORD WINAPI GetCurrentThreadId();
+KRTPAL_API DWORD WINAPI GetCurrentProcessId();
+/// Return handles that mean the calling process and the calling thread. They are not to be closed.
+KRTPAL_API HANDLE WINAPI GetCurrentProcess();
+KRTPAL_API HANDLE WINAPI GetCurrentThread();
+
 /// A handle to a running process, by its number, to be closed by CloseHandle; it never means a later process
 /// of the same number. Null and ERROR_INVALID_PARAMETER if there is none, ERROR_ACCESS_DENIED if its modules
 /// may not be looked at, ERROR_NOT_SUPPORTED for other rights than the two.
@@ -42,7 +49,17 @@ KRTPAL_API DWORD WINAPI K32GetModuleFileNameExW(HANDLE process, HMODULE module, 
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::PROCESS_VM_READ, krtpal::PROCESS_QUERY_INFORMATION, krtpal::GetCurrentThreadId,            \
+        krtpal::GetCurrentProcessId, krtpal::GetCurrentProcess, krtpal::GetCurrentThread,                    \
+        krtpal::OpenProcess, krtpal::K32EnumProcessModules, krtpal::K32GetModuleFileNameExW
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

@@ -1,4 +1,4 @@
-// Handles, waits, events, mutexes, semaphores, critical sections, and who runs: thread and process numbers.
+// Handles, waits, events, mutexes, semaphores and critical sections.
 //
 //     HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"Local\\data ready");
 //     const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
@@ -23,6 +23,7 @@
 
 #include "krtpal/error.h"
 #include "krtpal/export.h"
+#include "krtpal/security.h"
 #include "krtpal/types.h"
 
 #ifndef _WIN32
@@ -43,15 +44,6 @@ inline constexpr DWORD MUTEX_MODIFY_STATE = 0x0001;
 inline constexpr DWORD MUTEX_ALL_ACCESS = 0x001F0001;
 inline constexpr DWORD SEMAPHORE_MODIFY_STATE = 0x0002;
 inline constexpr DWORD SEMAPHORE_ALL_ACCESS = 0x001F0003;
-
-/// Who may open an object. On Linux the descriptor must be null, which means the user who made the object,
-/// and handles are never inherited.
-struct SECURITY_ATTRIBUTES {
-    DWORD nLength;
-    LPVOID lpSecurityDescriptor;
-    BOOL bInheritHandle;
-};
-using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 
 /// TRUE when the handle was open and is no more. Waits that run on it go on; a name goes with the last
 /// handle.
@@ -121,17 +113,32 @@ KRTPAL_API void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section);
 /// Of a section that nobody holds.
 KRTPAL_API void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section);
 
-/// The numbers by which the system's tools list threads and processes; a thread's is never 0.
-KRTPAL_API DWORD WINAPI GetCurrentThreadId();
-KRTPAL_API DWORD WINAPI GetCurrentProcessId();
 /// INFINITE never returns.
 KRTPAL_API void WINAPI Sleep(DWORD timeMs);
-/// Milliseconds of the monotonic clock since the start of the system.
-KRTPAL_API ULONGLONG WINAPI GetTickCount64();
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::WAIT_OBJECT_0, krtpal::WAIT_ABANDONED, krtpal::WAIT_ABANDONED_0, krtpal::WAIT_FAILED,      \
+        krtpal::MAXIMUM_WAIT_OBJECTS, krtpal::SYNCHRONIZE, krtpal::EVENT_MODIFY_STATE,                       \
+        krtpal::EVENT_ALL_ACCESS, krtpal::MUTEX_MODIFY_STATE, krtpal::MUTEX_ALL_ACCESS,                      \
+        krtpal::SEMAPHORE_MODIFY_STATE, krtpal::SEMAPHORE_ALL_ACCESS, krtpal::CloseHandle,                   \
+        krtpal::DUPLICATE_SAME_ACCESS, krtpal::DuplicateHandle, krtpal::CreateEventW, krtpal::OpenEventW,    \
+        krtpal::SetEvent, krtpal::ResetEvent, krtpal::PulseEvent, krtpal::CreateMutexW, krtpal::OpenMutexW,  \
+        krtpal::ReleaseMutex, krtpal::CreateSemaphoreW, krtpal::OpenSemaphoreW, krtpal::ReleaseSemaphore,    \
+        krtpal::WaitForSingleObject, krtpal::WaitForMultipleObjects, krtpal::_RTL_CRITICAL_SECTION,          \
+        krtpal::RTL_CRITICAL_SECTION, krtpal::CRITICAL_SECTION, krtpal::PCRITICAL_SECTION,                   \
+        krtpal::LPCRITICAL_SECTION, krtpal::InitializeCriticalSection,                                       \
+        krtpal::InitializeCriticalSectionAndSpinCount, krtpal::EnterCriticalSection,                         \
+        krtpal::TryEnterCriticalSection, krtpal::LeaveCriticalSection, krtpal::DeleteCriticalSection,        \
+        krtpal::Sleep
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

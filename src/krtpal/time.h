@@ -67,6 +67,8 @@ inline constexpr DWORD TIME_ZONE_ID_STANDARD = 1;
 inline constexpr DWORD TIME_ZONE_ID_DAYLIGHT = 2;
 inline constexpr DWORD TIME_ZONE_ID_INVALID = 0xFFFFFFFF;
 
+/// Milliseconds of the monotonic clock since the start of the system.
+KRTPAL_API ULONGLONG WINAPI GetTickCount64();
 /// The current UTC time, to the millisecond.
 KRTPAL_API void WINAPI GetSystemTime(SYSTEMTIME* time);
 KRTPAL_API void WINAPI GetSystemTimeAsFileTime(FILETIME* time);
@@ -100,9 +102,26 @@ KRTPAL_API LONGLONG _mktime64(std::tm* time); // NOLINT(bugprone-reserved-identi
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::SYSTEMTIME, krtpal::LPSYSTEMTIME, krtpal::FILETIME, krtpal::LPFILETIME, krtpal::DATE,      \
+        krtpal::TIME_ZONE_INFORMATION, krtpal::LPTIME_ZONE_INFORMATION, krtpal::TIME_ZONE_ID_UNKNOWN,        \
+        krtpal::TIME_ZONE_ID_STANDARD, krtpal::TIME_ZONE_ID_DAYLIGHT, krtpal::TIME_ZONE_ID_INVALID,          \
+        krtpal::GetTickCount64, krtpal::GetSystemTime, krtpal::GetSystemTimeAsFileTime,                      \
+        krtpal::SystemTimeToFileTime, krtpal::FileTimeToSystemTime, krtpal::CompareFileTime,                 \
+        krtpal::SystemTimeToVariantTime, krtpal::VariantTimeToSystemTime, krtpal::GetTimeZoneInformation,    \
+        krtpal::SystemTimeToTzSpecificLocalTime, krtpal::TzSpecificLocalTimeToSystemTime,                    \
+        krtpal::_gmtime64_s, krtpal::_mktime64
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
+namespace krtpal {
 static_assert(sizeof(SYSTEMTIME) == 16 && sizeof(FILETIME) == 8);
+}
 
 #endif

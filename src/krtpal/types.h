@@ -6,16 +6,30 @@
 //     DWORD error = GetLastError();           // exactly 32 bits, on every target
 //     LONGLONG ticks = 10'000'000;            // always long long
 //
-// There are no A and W macros: the wide names are the names.
+// There are no A and W macros: the wide names are the names. A program that wants the names unqualified
+// outside bss includes krtpal/unqualified.h. Headers of ODBC may be included before or after: of their
+// macros, BOOL is put aside here.
 
 #ifndef KRTPAL_TYPES_H
 #define KRTPAL_TYPES_H
 
 #ifdef _WIN32
 #include <windows.h>
+
+namespace krtpal {
+// For declarations outside of bss, which name these types in the same way on both systems.
+using ::BOOL, ::DWORD, ::HANDLE, ::HINSTANCE, ::HMODULE, ::LPVOID;
+} // namespace krtpal
 #else
 #include <cstddef>
 #include <cstdint>
+
+#pragma push_macro("BOOL")
+#pragma push_macro("TRUE")
+#pragma push_macro("FALSE")
+#undef BOOL
+#undef TRUE
+#undef FALSE
 
 #define WINAPI
 #define CALLBACK
@@ -69,8 +83,6 @@ using LPCWCH = const wchar_t*;
 
 /// A kernel object or a standard stream.
 using HANDLE = void*;
-/// Memory of LocalAlloc.
-using HLOCAL = void*;
 /// A loaded module: the address of its entry in the dynamic linker's list, which is also what dlopen gives.
 struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;
@@ -129,8 +141,35 @@ constexpr BYTE HIBYTE(DWORD_PTR value) {
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace): these are the names of the whole library
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::BOOL, krtpal::BOOLEAN, krtpal::CHAR, krtpal::UCHAR, krtpal::BYTE, krtpal::SHORT,           \
+        krtpal::USHORT, krtpal::WORD, krtpal::WCHAR, krtpal::INT, krtpal::UINT, krtpal::LONG, krtpal::ULONG, \
+        krtpal::DWORD, krtpal::LONGLONG, krtpal::ULONGLONG, krtpal::FLOAT, krtpal::INT_PTR,                  \
+        krtpal::UINT_PTR, krtpal::LONG_PTR, krtpal::ULONG_PTR, krtpal::DWORD_PTR, krtpal::SIZE_T,            \
+        krtpal::PVOID, krtpal::LPVOID, krtpal::LPCVOID, krtpal::LPBOOL, krtpal::LPBYTE, krtpal::LPDWORD,     \
+        krtpal::LPLONG, krtpal::LPSTR, krtpal::PSTR, krtpal::LPCSTR, krtpal::PCSTR, krtpal::LPCCH,           \
+        krtpal::LPWSTR, krtpal::PWSTR, krtpal::LPCWSTR, krtpal::PCWSTR, krtpal::LPCWCH, krtpal::HANDLE,      \
+        krtpal::HINSTANCE, krtpal::HMODULE, krtpal::LANGID, krtpal::LCID, krtpal::HRESULT, krtpal::SCODE,    \
+        krtpal::FALSE, krtpal::TRUE, krtpal::MAX_PATH, krtpal::INFINITE, krtpal::INVALID_HANDLE_VALUE,       \
+        krtpal::S_OK, krtpal::S_FALSE, krtpal::E_NOTIMPL, krtpal::E_NOINTERFACE, krtpal::E_POINTER,          \
+        krtpal::E_ABORT, krtpal::E_FAIL, krtpal::E_UNEXPECTED, krtpal::E_ACCESSDENIED, krtpal::E_HANDLE,     \
+        krtpal::E_OUTOFMEMORY, krtpal::E_INVALIDARG, krtpal::DISP_E_TYPEMISMATCH, krtpal::DISP_E_BADVARTYPE, \
+        krtpal::DISP_E_OVERFLOW, krtpal::DISP_E_ARRAYISLOCKED, krtpal::SUCCEEDED, krtpal::FAILED,            \
+        krtpal::LOWORD, krtpal::HIWORD, krtpal::LOBYTE, krtpal::HIBYTE
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
+
+#pragma pop_macro("BOOL")
+#pragma pop_macro("TRUE")
+#pragma pop_macro("FALSE")
 #endif
+
+namespace krtpal {
 
 static_assert(sizeof(BOOL) == 4 && sizeof(INT) == 4 && sizeof(UINT) == 4);
 static_assert(sizeof(BYTE) == 1 && sizeof(CHAR) == 1);
@@ -139,5 +178,7 @@ static_assert(sizeof(LONG) == 4 && sizeof(ULONG) == 4 && sizeof(DWORD) == 4 && s
 static_assert(sizeof(LONGLONG) == 8 && sizeof(ULONGLONG) == 8);
 static_assert(sizeof(FLOAT) == 4);
 static_assert(sizeof(HANDLE) == sizeof(void*) && sizeof(DWORD_PTR) == sizeof(void*));
+
+} // namespace krtpal
 
 #endif

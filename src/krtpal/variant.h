@@ -162,7 +162,27 @@ static_assert(sizeof(VARIANT) == 16 && offsetof(VARIANT, llVal) == 8);
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::OLECHAR, krtpal::LPOLESTR, krtpal::LPCOLESTR, krtpal::BSTR, krtpal::SysAllocString,        \
+        krtpal::SysAllocStringLen, krtpal::SysAllocStringByteLen, krtpal::SysReAllocString,                  \
+        krtpal::SysReAllocStringLen, krtpal::SysFreeString, krtpal::SysStringLen, krtpal::SysStringByteLen,  \
+        krtpal::VARTYPE, krtpal::VARIANT_BOOL, krtpal::VARIANT_TRUE, krtpal::VARIANT_FALSE, krtpal::VARIANT, \
+        krtpal::VARIANTARG, krtpal::VARIANT_NOVALUEPROP, krtpal::VARIANT_ALPHABOOL,                          \
+        krtpal::VARIANT_NOUSEROVERRIDE, krtpal::VARIANT_LOCALBOOL, krtpal::LOCALE_USER_DEFAULT,              \
+        krtpal::LOCALE_SYSTEM_DEFAULT, krtpal::LOCALE_INVARIANT, krtpal::VariantInit, krtpal::VariantClear,  \
+        krtpal::VariantCopy, krtpal::VariantChangeType, krtpal::VariantChangeTypeEx, krtpal::VARENUM,        \
+        krtpal::VT_EMPTY, krtpal::VT_NULL, krtpal::VT_I2, krtpal::VT_I4, krtpal::VT_R4, krtpal::VT_R8,       \
+        krtpal::VT_CY, krtpal::VT_DATE, krtpal::VT_BSTR, krtpal::VT_DISPATCH, krtpal::VT_ERROR,              \
+        krtpal::VT_BOOL, krtpal::VT_VARIANT, krtpal::VT_UNKNOWN, krtpal::VT_DECIMAL, krtpal::VT_I1,          \
+        krtpal::VT_UI1, krtpal::VT_UI2, krtpal::VT_UI4, krtpal::VT_I8, krtpal::VT_UI8, krtpal::VT_INT,       \
+        krtpal::VT_UINT, krtpal::VT_RECORD, krtpal::VT_ARRAY, krtpal::VT_BYREF, krtpal::VT_TYPEMASK
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #endif
 
 #endif

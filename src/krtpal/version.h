@@ -59,11 +59,22 @@ KRTPAL_API BOOL WINAPI VerQueryValueW(LPCVOID block, LPCWSTR name, LPVOID* value
 
 } // namespace krtpal
 
-using namespace krtpal; // NOLINT(google-build-using-namespace)
+#define KRTPAL_NAMES                                                                                         \
+    using krtpal::VS_FIXEDFILEINFO, krtpal::VS_FFI_SIGNATURE, krtpal::GetFileVersionInfoSizeW,               \
+        krtpal::GetFileVersionInfoW, krtpal::VerQueryValueW
+namespace bss {
+KRTPAL_NAMES;
+}
+namespace hss {
+KRTPAL_NAMES;
+}
+#undef KRTPAL_NAMES
 #else
 #include <winver.h>
 #endif
 
+namespace krtpal {
 static_assert(sizeof(VS_FIXEDFILEINFO) == 52);
+}
 
 #endif

@@ -10,7 +10,7 @@
 #ifndef TESTS_SUPPORT_DEBUGOUTPUT_H
 #define TESTS_SUPPORT_DEBUGOUTPUT_H
 
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <string>
 

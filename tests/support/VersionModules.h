@@ -4,6 +4,7 @@
 #define TESTS_SUPPORT_VERSIONMODULES_H
 
 #include "krtpal/module.h"
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
 #include "krtpal/text.h"
 

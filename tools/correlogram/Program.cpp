@@ -8,7 +8,7 @@
 #include "Store.h"
 
 #include "bss/exception/WFileEventLog.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <filesystem>
 #include <sstream>

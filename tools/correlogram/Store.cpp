@@ -5,7 +5,7 @@
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <algorithm>
 #include <cstdlib>

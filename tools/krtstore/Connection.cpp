@@ -4,7 +4,7 @@
 #include "Text.h"
 
 #include "bss/serial/database/private/SqlDialect.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -3,6 +3,7 @@
 #include "Text.h"
 
 #include "krtpal/console.h"
+#include "krtpal/unqualified.h"
 
 #include <algorithm>
 

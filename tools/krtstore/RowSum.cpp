@@ -4,7 +4,7 @@
 #include "bss/serial/database/WChecksum.h"
 #include "bss/serial/database/WDatabase.h"
 #include "bss/system/WGuid.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -4,6 +4,7 @@
 #define TOOLS_KRTSTORE_TABLE_H
 
 #include "krtpal/guid.h"
+#include "krtpal/unqualified.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "Text.h"
 
 #include "bss/system/WGuid.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -2,11 +2,15 @@
 
 #include "bss/module.h"
 #include "bss/thread/WSingleLock.h"
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
 #include "krtpal/eventlog.h"
+#include "krtpal/memory.h"
 #include "krtpal/module.h"
+#include "krtpal/process.h"
+#include "krtpal/registry.h"
+#include "krtpal/security.h"
 #include "krtpal/sync.h"
-#include "krtpal/text.h"
 #include "krtpal/user.h"
 
 #include <cwchar>

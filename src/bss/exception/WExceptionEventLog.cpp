@@ -4,6 +4,7 @@
 #include "bss/exception/WFileEventLog.h"
 #include "bss/exception/WLogParams.h"
 #include "krtpal/error.h"
+#include "krtpal/memory.h"
 
 #include <iostream>
 

@@ -2,12 +2,12 @@
 
 #include "bss/exception/WExceptionEventInfo.h"
 #include "bss/exception/WLogParams.h"
-#include "krtpal/common/consolebuffer.h"
+#include "krtpal/common/console.h"
 
 namespace bss {
 
 WFileEventLog::WFileEventLog(std::wostream& stream, const std::wstring& appName)
-    : m_stream(ConsoleBufferFor(stream)) {
+    : m_stream(krtpal::ConsoleBufferFor(stream)) {
     m_sAppName = appName;
     m_stream.exceptions(stream.exceptions());
 }

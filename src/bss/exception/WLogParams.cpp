@@ -1,7 +1,7 @@
 #include "bss/exception/WLogParams.h"
 
 #include "bss/exception/WExceptionEventInfo.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <cwchar>
 

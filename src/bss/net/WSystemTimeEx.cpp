@@ -2,6 +2,7 @@
 
 #include "krtpal/debug.h"
 #include "krtpal/error.h"
+#include "krtpal/memory.h"
 
 #include <array>
 #include <cstring>

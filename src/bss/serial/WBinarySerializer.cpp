@@ -1,7 +1,7 @@
 #include "bss/serial/WBinarySerializer.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <algorithm>
 #include <array>
@@ -17,9 +17,11 @@
 // Numbers stand in the image as they stand in memory.
 static_assert(std::endian::native == std::endian::little);
 static_assert(sizeof(short) == 2 && sizeof(int) == 4 && sizeof(float) == 4 && sizeof(double) == 8);
-static_assert(sizeof(bool) == 1 && sizeof(GUID) == 16);
+static_assert(sizeof(bool) == 1);
 
 namespace bss {
+
+static_assert(sizeof(GUID) == 16);
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include "bss/serial/WSerializer.h"
 #include "bss/serial/WVersion.h"
 #include "bss/system/WIDDispenser.h"
+#include "krtpal/common/text.h"
 #include "krtpal/common/typename.h"
 #include "krtpal/debug.h"
 #include "krtpal/module.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <exception>

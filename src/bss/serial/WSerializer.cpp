@@ -3,8 +3,8 @@
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/thread/WSingleLock.h"
+#include "krtpal/common/text.h"
 #include "krtpal/debug.h"
-#include "krtpal/text.h"
 
 #include <exception>
 

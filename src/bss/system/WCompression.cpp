@@ -1,9 +1,9 @@
 #include "bss/system/WCompression.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
+#include "krtpal/common/text.h"
 #include "krtpal/debug.h"
 #include "krtpal/file.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <filesystem>

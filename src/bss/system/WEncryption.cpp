@@ -1,7 +1,7 @@
 #include "bss/system/WEncryption.h"
 
 #include "bss/system/private/DesCipher.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <cstddef>
 #include <cstring>

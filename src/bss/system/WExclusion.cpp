@@ -3,6 +3,8 @@
 #include "bss/module.h"
 #include "krtpal/error.h"
 #include "krtpal/module.h"
+#include "krtpal/process.h"
+#include "krtpal/security.h"
 #include "krtpal/sync.h"
 #include "krtpal/user.h"
 

@@ -1,5 +1,6 @@
 #include "bss/thread/WEvent.h"
 
+#include "bss/thread/private/EventCalls.h"
 #include "krtpal/error.h"
 
 #include <limits>
@@ -24,15 +25,15 @@ WEvent::WEvent(bool initialState, bool manualReset, const wchar_t* name, SECURIT
 }
 
 bool WEvent::SetEvent() {
-    return ::SetEvent(m_handle) != FALSE;
+    return SignalEvent(m_handle);
 }
 
 bool WEvent::ResetEvent() {
-    return ::ResetEvent(m_handle) != FALSE;
+    return ClearEvent(m_handle);
 }
 
 bool WEvent::PulseEvent() {
-    return ::PulseEvent(m_handle) != FALSE;
+    return SignalAndClearEvent(m_handle);
 }
 
 bool WEvent::Unlock() {

@@ -1,8 +1,11 @@
 #include "bss/thread/WSynchronizer.h"
 
+#include "bss/thread/private/EventCalls.h"
 #include "bss/thread/private/Wait.h"
 #include "krtpal/debug.h"
 #include "krtpal/error.h"
+#include "krtpal/memory.h"
+#include "krtpal/process.h"
 
 #include <string>
 
@@ -59,19 +62,19 @@ bool WEvent::AcquireEx(unsigned long timeoutMs, unsigned long wakeMask) {
 }
 
 bool WEvent::Release() {
-    return m_handle != nullptr && ::SetEvent(m_handle) != FALSE;
+    return m_handle != nullptr && SignalEvent(m_handle);
 }
 
 bool WEvent::ResetEvent() {
-    return m_handle != nullptr && ::ResetEvent(m_handle) != FALSE;
+    return m_handle != nullptr && ClearEvent(m_handle);
 }
 
 bool WEvent::SetEvent() {
-    return m_handle != nullptr && ::SetEvent(m_handle) != FALSE;
+    return m_handle != nullptr && SignalEvent(m_handle);
 }
 
 bool WEvent::PulseEvent() {
-    return ::PulseEvent(m_handle) != FALSE;
+    return SignalAndClearEvent(m_handle);
 }
 
 WCriticalSection::WCriticalSection() : WSynchronizer(nullptr) {

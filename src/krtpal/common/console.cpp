@@ -1,7 +1,7 @@
-#include "krtpal/console.h"
+#include "krtpal/common/console.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 

@@ -1,6 +1,4 @@
-#include "krtpal/common/consolebuffer.h"
-
-#include "krtpal/console.h"
+#include "krtpal/common/console.h"
 
 #include <cstdio>
 #include <ext/stdio_filebuf.h>
@@ -9,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-namespace bss {
+namespace krtpal {
 
 namespace {
 
@@ -39,7 +37,7 @@ protected:
         // What others wrote before comes before.
         m_standard.flush();
         std::fflush(m_file);
-        const bool written = krtpal::WriteConsoleText(m_handle, m_text);
+        const bool written = WriteConsoleText(m_handle, m_text);
         m_text.clear();
         return written ? 0 : -1;
     }
@@ -77,4 +75,4 @@ std::wstreambuf* ConsoleBufferFor(const std::wostream& stream) {
     return stream.rdbuf();
 }
 
-} // namespace bss
+} // namespace krtpal

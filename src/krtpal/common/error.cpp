@@ -1,4 +1,6 @@
-#include "krtpal/error.h"
+#include "krtpal/common/error.h"
+
+#include "krtpal/memory.h"
 
 namespace krtpal {
 

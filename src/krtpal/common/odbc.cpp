@@ -1,27 +1,16 @@
 #include "krtpal/common/odbc.h"
 
+#include "krtpal/common/text.h"
+
+#include <algorithm>
 #ifdef _WIN32
 #include <windows.h>
 #else
-// The driver manager's headers have types of these names, with other widths or no type at all.
-#define ULONG OdbcULong
-#define DWORD OdbcDWord
+#include <locale.h>
 #endif
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
-#ifndef _WIN32
-#undef ULONG
-#undef DWORD
-#undef BOOL
-#endif
-
-#include "krtpal/text.h"
-
-#include <algorithm>
-#ifndef _WIN32
-#include <locale.h>
-#endif
 
 static_assert(sizeof(SQLWCHAR) == 2 && sizeof(SQLLEN) == sizeof(krtpal::odbc::Length));
 

@@ -1,3 +1,5 @@
+#include "krtpal/common/text.h"
+
 #include "krtpal/text.h"
 
 #include <cstring>

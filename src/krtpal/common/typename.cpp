@@ -1,6 +1,6 @@
 #include "krtpal/common/typename.h"
 
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <cstdlib>
 #include <cxxabi.h>

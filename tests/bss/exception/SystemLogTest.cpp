@@ -4,6 +4,7 @@
 #include "bss/exception/WEventLog.h"
 #include "bss/module.h"
 #include "krtpal/error.h"
+#include "krtpal/registry.h"
 
 #include <gtest/gtest.h>
 

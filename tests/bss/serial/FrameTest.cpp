@@ -7,6 +7,7 @@
 #include "krtpal/error.h"
 #include "krtpal/module.h"
 #include "krtpal/sync.h"
+#include "krtpal/time.h"
 #include "support/DebugOutput.h"
 
 #include <gtest/gtest.h>

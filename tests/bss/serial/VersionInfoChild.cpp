@@ -6,9 +6,11 @@
 // A line has the name, the version, the file and the I/O version; "end" ends the list.
 
 #include "bss/serial/WVersionInfo.h"
+#include "krtpal/common/text.h"
 #include "krtpal/module.h"
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
-#include "krtpal/text.h"
+#include "krtpal/unqualified.h"
 
 #include <cstdio>
 #include <string>

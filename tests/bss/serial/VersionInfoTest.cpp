@@ -3,9 +3,10 @@
 #include "bss/serial/WBinarySerializer.h"
 #include "bss/serial/WVersionInfo.h"
 #include "bss/system/WVersionResource.h"
+#include "krtpal/common/text.h"
 #include "krtpal/module.h"
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
-#include "krtpal/text.h"
 #include "support/ChildProcess.h"
 #include "support/Hex.h"
 

@@ -1,7 +1,7 @@
 #include "bss/system/WCompression.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 #include "support/DebugOutput.h"
 
 #include <algorithm>

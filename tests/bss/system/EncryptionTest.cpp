@@ -1,7 +1,7 @@
 #include "bss/system/WEncryption.h"
 
 #include "bss/system/des.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 #include "support/Hex.h"
 
 #include <atomic>

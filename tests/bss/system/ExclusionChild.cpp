@@ -3,6 +3,7 @@
 #include "bss/system/WExclusion.h"
 
 #include "krtpal/sync.h"
+#include "krtpal/unqualified.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,5 +1,6 @@
 #include "bss/system/WExclusion.h"
 
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
 #include "support/ChildProcess.h"
 #include "support/Wine.h"

@@ -5,6 +5,7 @@
 #include "Blocked.h"
 #include "krtpal/error.h"
 #include "krtpal/message.h"
+#include "krtpal/process.h"
 
 #include <gtest/gtest.h>
 

@@ -3,6 +3,7 @@
 #include "bss/thread/WSynchronizer.h"
 
 #include "Blocked.h"
+#include "krtpal/process.h"
 #include "support/DebugOutput.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #include "krtpal/console.h"
+#include "krtpal/common/console.h"
 #include "krtpal/error.h"
 #include "krtpal/text.h"
 

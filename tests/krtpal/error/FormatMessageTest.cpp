@@ -1,4 +1,5 @@
 #include "krtpal/error.h"
+#include "krtpal/memory.h"
 
 #include <gtest/gtest.h>
 #include <string>

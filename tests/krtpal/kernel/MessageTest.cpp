@@ -4,6 +4,7 @@
 #include "Support.h"
 
 #include "krtpal/message.h"
+#include "krtpal/process.h"
 #include "support/Wine.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 
 #include "Support.h"
 
+#include "krtpal/process.h"
 #include "support/Wine.h"
 
 #include <gtest/gtest.h>

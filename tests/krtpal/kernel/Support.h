@@ -5,7 +5,9 @@
 #define TESTS_KRTPAL_KERNEL_SUPPORT_H
 
 #include "krtpal/error.h"
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
+#include "krtpal/unqualified.h"
 
 #include <string>
 #include <utility>

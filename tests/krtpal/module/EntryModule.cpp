@@ -2,6 +2,7 @@
 
 #include "krtpal/debug.h"
 #include "krtpal/module.h"
+#include "krtpal/unqualified.h"
 
 #include <string>
 

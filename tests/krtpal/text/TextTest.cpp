@@ -1,5 +1,6 @@
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
+#include "krtpal/text.h"
 #include "support/Wine.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "tools/krtstore/KrtstoreFixture.h"
 
 #include "bss/system/base64.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <nlohmann/json.hpp>
 

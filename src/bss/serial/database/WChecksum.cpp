@@ -1,6 +1,6 @@
 #include "bss/serial/database/WChecksum.h"
 
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <zlib.h>
 

@@ -7,7 +7,7 @@
 #include "bss/serial/database/private/Statement.h"
 #include "bss/system/WGuid.h"
 #include "krtpal/common/odbc.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <algorithm>
 #include <cstring>

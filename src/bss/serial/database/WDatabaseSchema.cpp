@@ -7,8 +7,8 @@
 #include "bss/serial/database/private/SqlDialect.h"
 #include "bss/serial/database/private/Statement.h"
 #include "krtpal/common/odbc.h"
+#include "krtpal/common/text.h"
 #include "krtpal/debug.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <array>

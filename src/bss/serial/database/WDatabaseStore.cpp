@@ -11,8 +11,8 @@
 #include "bss/system/WEncryption.h"
 #include "bss/system/WGuid.h"
 #include "krtpal/common/odbc.h"
+#include "krtpal/common/text.h"
 #include "krtpal/debug.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -9,7 +9,7 @@
 #include "bss/system/WCompression.h"
 #include "bss/system/WGuid.h"
 #include "krtpal/common/odbc.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <algorithm>
 #include <bit>

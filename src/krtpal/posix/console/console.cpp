@@ -1,8 +1,8 @@
 #include "krtpal/console.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
 #include "krtpal/posix/io/write.h"
-#include "krtpal/text.h"
 
 #include <fcntl.h>
 #include <termios.h>

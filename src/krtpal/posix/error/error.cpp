@@ -1,7 +1,6 @@
 #include "krtpal/error.h"
 
 #include <cerrno>
-#include <cstdlib>
 
 namespace krtpal {
 
@@ -74,25 +73,6 @@ DWORD ErrorFromErrno(int number) {
         }
     }
     return ERROR_GEN_FAILURE;
-}
-
-HLOCAL LocalAlloc(UINT flags, SIZE_T bytes) {
-    if ((flags & ~LMEM_ZEROINIT) != 0) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
-    // A block of no bytes has an address of its own too.
-    const SIZE_T size = bytes == 0 ? 1 : bytes;
-    void* const memory = (flags & LMEM_ZEROINIT) != 0 ? std::calloc(1, size) : std::malloc(size);
-    if (memory == nullptr) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    }
-    return memory;
-}
-
-HLOCAL LocalFree(HLOCAL memory) {
-    std::free(memory);
-    return nullptr;
 }
 
 } // namespace krtpal

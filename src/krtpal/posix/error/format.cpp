@@ -1,9 +1,10 @@
 // FormatMessageW: the template is expanded into a string first, which then goes to the caller's buffer or to
 // a new one.
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
+#include "krtpal/memory.h"
 #include "krtpal/posix/error/systemtext.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cwchar>

@@ -1,8 +1,8 @@
 #include "krtpal/debug.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
 #include "krtpal/posix/io/write.h"
-#include "krtpal/text.h"
 
 #include <cstdlib>
 #include <fcntl.h>

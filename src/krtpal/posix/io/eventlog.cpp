@@ -1,9 +1,10 @@
 #include "krtpal/eventlog.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
 #include "krtpal/posix/kernel/handle.h"
+#include "krtpal/security.h"
 #include "krtpal/sync.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -24,9 +25,6 @@ namespace {
 
 /// What daemons take at least (RFC 3164 has 1024 bytes; all that are in use take 8 KiB).
 constexpr std::size_t kLongestDatagram = 8192;
-
-constexpr std::wstring_view kSourcesKey = L"SYSTEM\\CurrentControlSet\\Services\\Eventlog\\";
-const HKEY kSourceKey = reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x80001000));
 
 std::string SocketPath() {
     const char* const path = std::getenv("KRTBSS_SYSLOG_SOCKET");
@@ -142,26 +140,6 @@ BOOL Fail(DWORD error) {
 }
 
 } // namespace
-
-LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD /*reserved*/, LPWSTR /*keyClass*/, DWORD /*options*/,
-                        DWORD /*access*/, struct SECURITY_ATTRIBUTES* /*attributes*/, HKEY* made,
-                        LPDWORD /*disposition*/) {
-    const std::wstring_view wanted = path == nullptr ? L"" : path;
-    if (key != HKEY_LOCAL_MACHINE || wanted.substr(0, kSourcesKey.size()) != kSourcesKey) {
-        return ERROR_NOT_SUPPORTED;
-    }
-    *made = kSourceKey;
-    return ERROR_SUCCESS;
-}
-
-LSTATUS RegSetValueExW(HKEY key, LPCWSTR /*name*/, DWORD /*reserved*/, DWORD /*type*/, const BYTE* /*data*/,
-                       DWORD /*bytes*/) {
-    return key == kSourceKey ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
-}
-
-LSTATUS RegCloseKey(HKEY key) {
-    return key == kSourceKey ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
-}
 
 HANDLE RegisterEventSourceW(LPCWSTR server, LPCWSTR source) {
     if (server != nullptr || source == nullptr || *source == L'\0') {

@@ -1,6 +1,6 @@
 #include "krtpal/posix/io/pathbytes.h"
 
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <string_view>
 

@@ -1,4 +1,5 @@
 #include "krtpal/posix/kernel/futex.h"
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
 
 #include <atomic>

@@ -1,8 +1,8 @@
 #include "krtpal/posix/kernel/handle.h"
 
 #include "krtpal/error.h"
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
-#include "krtpal/user.h"
 
 #include <algorithm>
 #include <memory>

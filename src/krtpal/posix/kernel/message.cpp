@@ -2,6 +2,8 @@
 
 #include "krtpal/error.h"
 #include "krtpal/posix/kernel/wait.h"
+#include "krtpal/process.h"
+#include "krtpal/time.h"
 
 #include <algorithm>
 #include <climits>

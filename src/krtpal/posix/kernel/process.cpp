@@ -1,10 +1,9 @@
 #include "krtpal/process.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
 #include "krtpal/posix/kernel/handle.h"
 #include "krtpal/posix/module/modulelist.h"
-#include "krtpal/text.h"
-#include "krtpal/user.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -138,6 +137,18 @@ DWORD CopyPath(const std::string& file, LPWSTR path, DWORD size) {
 }
 
 } // namespace
+
+HANDLE GetCurrentProcess() {
+    return reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1));
+}
+
+HANDLE GetCurrentThread() {
+    return reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-2));
+}
+
+DWORD GetCurrentProcessId() {
+    return static_cast<DWORD>(getpid());
+}
 
 HANDLE OpenProcess(DWORD access, BOOL /*inheritHandle*/, DWORD number) {
     if ((access & ~(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ)) != 0) {

@@ -1,7 +1,7 @@
 #include "krtpal/posix/kernel/sharedfile.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
-#include "krtpal/text.h"
 
 #include <cerrno>
 #include <cstdint>

@@ -1,6 +1,7 @@
 #include "krtpal/posix/kernel/thread.h"
 
 #include "krtpal/posix/kernel/futex.h"
+#include "krtpal/process.h"
 #include "krtpal/sync.h"
 
 #include <cerrno>
@@ -69,21 +70,11 @@ DWORD GetCurrentThreadId() {
     return number != 0 ? number : FetchThreadNumber();
 }
 
-DWORD GetCurrentProcessId() {
-    return static_cast<DWORD>(getpid());
-}
-
 void Sleep(DWORD timeMs) {
     const posix::Deadline deadline = posix::Deadline::After(timeMs);
     while (!deadline.HasPassed()) {
         posix::WaitOnWords(nullptr, 0, deadline);
     }
-}
-
-ULONGLONG GetTickCount64() {
-    timespec now{};
-    clock_gettime(CLOCK_BOOTTIME, &now);
-    return static_cast<ULONGLONG>(now.tv_sec) * 1'000 + static_cast<ULONGLONG>(now.tv_nsec) / 1'000'000;
 }
 
 namespace posix {

@@ -1,7 +1,7 @@
 #include "krtpal/posix/kernel/waitable.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cerrno>

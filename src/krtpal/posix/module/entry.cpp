@@ -5,8 +5,8 @@
 
 extern "C" {
 /// The library links without it.
-__attribute__((weak, visibility("hidden"))) BOOL WINAPI DllMain(HINSTANCE module, DWORD reason,
-                                                                void* reserved);
+__attribute__((weak, visibility("hidden"))) krtpal::BOOL WINAPI DllMain(krtpal::HINSTANCE module,
+                                                                        krtpal::DWORD reason, void* reserved);
 }
 
 namespace krtpal {

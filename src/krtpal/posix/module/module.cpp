@@ -1,10 +1,10 @@
 #include "krtpal/module.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
 #include "krtpal/posix/io/pathbytes.h"
 #include "krtpal/posix/module/modulefile.h"
 #include "krtpal/posix/module/modulelist.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <climits>

@@ -1,7 +1,7 @@
 #include "krtpal/posix/module/versionblock.h"
 
+#include "krtpal/common/text.h"
 #include "krtpal/posix/module/modulefile.h"
-#include "krtpal/text.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -144,4 +144,10 @@ int _gmtime64_s(std::tm* time, const LONGLONG* seconds) { // NOLINT(bugprone-res
     return 0;
 }
 
+ULONGLONG GetTickCount64() {
+    timespec now{};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<ULONGLONG>(now.tv_sec) * 1'000 + static_cast<ULONGLONG>(now.tv_nsec) / 1'000'000;
+}
+
 } // namespace krtpal

@@ -9,7 +9,7 @@
 #include "bss/serial/database/WDatabase.h"
 #include "bss/system/WGuid.h"
 #include "krtpal/common/odbc.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 #include "support/Wine.h"
 #include "support/odbc/Postgresql.h"
 #ifndef _WIN32

@@ -10,7 +10,7 @@
 #include "bss/Export.h"
 #include "bss/serial/database/WDatabase.h"
 #include "krtpal/common/odbc.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <memory>
 #include <string>
