@@ -6,7 +6,7 @@ HINSTANCE instance = nullptr;
 
 } // namespace
 
-/// The module's entry routine. It stores the handle and does nothing else.
+// The module's entry point. Stores the handle; the loader's lock allows little else.
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH) {
         instance = module;
