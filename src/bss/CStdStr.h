@@ -34,8 +34,11 @@ class CStdStr : public std::basic_string<Character> {
 
 public:
     using Base::Base;
+    /// Makes an empty text.
     CStdStr() = default;
+    /// Copies the text of a standard string.
     CStdStr(const Base& text) : Base(text) {}
+    /// Takes the text of a standard string.
     CStdStr(Base&& text) noexcept : Base(std::move(text)) {}
     /// Copies the text. Null gives an empty text.
     CStdStr(const Character* text) : Base(text == nullptr ? Base() : Base(text)) {}
@@ -70,6 +73,7 @@ public:
     }
 
 private:
+    /// The default set of the Trim operations: the white space of the C locale.
     static constexpr Character kWhiteSpace[] = {' ', '\t', '\n', '\v', '\f', '\r', 0};
 };
 
