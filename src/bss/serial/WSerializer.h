@@ -146,8 +146,8 @@ public:
 
     /// Returns the kind of serializer, such as "BINARY" or "DATABASE".
     const std::wstring& GetSerializerType() const { return m_sSerializerType; }
-    /// Returns true unless SetIsValid(false) was called since the start of the last run. Derived classes use
-    /// it to report a bad input.
+    /// Returns true unless SetIsValid(false) was called since the start of the last run. For an invalid run a
+    /// database rejects the write and skips the checksum of a read.
     bool IsValid() const { return m_bIsValid; }
     /// Sets the result of IsValid.
     void SetIsValid(bool isValid) { m_bIsValid = isValid; }

@@ -227,8 +227,8 @@ public:
     //
     // The first pass of a write only collects missing columns. The second pass adds the value to the
     // statement and to the checksum. A binary value has one column, below version 5.3.2.0 three. Throws
-    // WNESerializerError, whose text has the column, for a value over 1 GiB and, with the exceptions stated
-    // below, for a null pointer with a count or a negative count.
+    // WNESerializerError, whose text has the column, for a value of 2^30 or more bytes or code units and,
+    // with the exceptions stated below, for a null pointer with a count or a negative count.
 
     /// See WSerializer::Insert. Column: wide text, and an integer column for the count.
     void Insert(const std::wstring& key, const std::vector<std::wstring>& values) override;
@@ -275,7 +275,8 @@ public:
     void InsertF(const std::wstring& key, const std::vector<double>& values) override;
 
     // Retrieve reads a value of the row that StartRetrieval fetched, and adds it to the checksum. NULL gives
-    // 0, an empty text or an empty array. Throws WNESerializerError for a column that is not in the row.
+    // 0 or an empty text. Throws WNESerializerError for a column that is not in the row, and from
+    // version 5.3.2.0 on for a binary value that is NULL.
 
     /// See WSerializer::Retrieve.
     void Retrieve(const std::wstring& key, std::vector<std::wstring>& values) override;
