@@ -140,9 +140,11 @@ protected:
     bool m_bModified = false;
     /// Not copied and not used: GetNameOfClass reads the run-time type.
     std::wstring m_sNameOfClass;
+    /// The group number of the key.
     long m_nGroupID;
+    /// The object number of the key.
     long m_nObjectID;
-    /// The packed version in force. Tells Serialize which members the data have.
+    /// The packed version in force. Determines the members that Serialize passes.
     long m_nVersion;
     /// The newest packed version that the class understands.
     long m_nCurrentVersion;

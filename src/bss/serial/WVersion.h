@@ -113,6 +113,8 @@ protected:
     /// Sets the flag of GetIsValidFileVersion.
     static void SetIsValidFileVersion(bool isValid);
 
+    // The four numbers.
+
     short m_nProductVersion = 0;
     short m_nMajorVersion = 0;
     short m_nMinorVersion = 0;
@@ -120,6 +122,7 @@ protected:
 
 private:
     struct Defaults;
+    /// Selects the constructor that ignores the defaults.
     struct Zero {};
 
     /// Makes 0.0.0.0, even if a default is set.

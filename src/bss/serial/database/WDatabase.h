@@ -91,10 +91,12 @@ public:
         enum e_kind : std::int32_t {
             kindNone = 0,
             kindBit = 1,
+            /// A flag as the character 0 or 1, for back-ends without a bit type.
             kindBoolCharacter = 2,
             kindInteger = 3,
             kindDouble = 4,
             kindText = 5,
+            /// Fetched as kindText. The library has no column of this kind.
             kindTextToo = 6,
             kindBinary = 7,
             kindGuid = 8
@@ -494,7 +496,9 @@ private:
     void CreateTable(const WPersistentObject& object);
     /// Adds columns to the table of the object's class.
     void AlterTable(const WPersistentObject& object, const std::vector<column>& newColumns);
+    /// Drops the table of the object's class. Does nothing during a transaction.
     void DropTable(const WPersistentObject& object);
+    /// Renames a table. Does nothing during a transaction.
     void RenameTable(const WPersistentObject& object, const std::wstring& oldName,
                      const std::wstring& newName);
     /// Returns the table's entry. Reads the tables again if it is missing: another connection may have
@@ -585,7 +589,9 @@ private:
 
     e_pass m_ePass = passNone;
     e_connection m_eConnection = connectionNone;
+    /// The driver fetches columns in any order.
     bool m_bAnyOrder = false;
+    // ODBC handles: environment, connection, and statements for rows and for the schema.
     void* m_hEnv = nullptr;
     void* m_hDbc = nullptr;
     void* m_hStmt = nullptr;
