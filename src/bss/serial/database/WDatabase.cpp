@@ -145,8 +145,7 @@ void WDatabase::ReadCapabilities(bool isFile) {
     if ((extensions & (kAnyColumn | kAnyOrder)) != 0) {
         OutputDebugStringW(L"\tKRT:\tWDatabase::Connect, May fetch any column, in any order.\n");
         m_bAnyOrder = true;
-    } else if ((extensions & kAnyColumn) !=
-               0) { // never reached: the test above includes it (kept for compatibility)
+    } else if ((extensions & kAnyColumn) != 0) { // never reached (kept for compatibility)
         OutputDebugStringW(L"\tKRT:\tWDatabase::Connect, May fetch any column, in increasing order.\n");
     }
     m_pDialect = SqlDialect::Make(GetInfoText(odbc::kDbmsName, MAX_PATH), m_bAnyOrder);
