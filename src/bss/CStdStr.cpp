@@ -8,7 +8,7 @@ namespace bss {
 
 namespace {
 
-/// The format in the words that mean the same to every C library.
+// Returns the format with the conversions that mean the same to every C library.
 std::wstring PortableFormat(std::wstring_view format) {
     std::wstring portable;
     while (!format.empty()) {
@@ -48,9 +48,9 @@ std::wstring PortableFormat(std::wstring_view format) {
 
 std::wstring FormatWideText(const wchar_t* format, std::va_list arguments) {
     const std::wstring portable = PortableFormat(format);
-    constexpr std::size_t mostCharacters = std::size_t{1} << 24;
-    // The C library does not tell how much room it wants.
-    for (std::size_t room = 256; room <= mostCharacters; room *= 4) {
+    constexpr std::size_t kMostCharacters = std::size_t{1} << 24;
+    // vswprintf does not report the required size.
+    for (std::size_t room = 256; room <= kMostCharacters; room *= 4) {
         std::wstring text(room, L'\0');
         std::va_list again;
         va_copy(again, arguments);

@@ -1,13 +1,17 @@
-// KRTBSS_API marks what the library's module gives to its clients.
+// KRTBSS_API exports a declaration from the library's module. All other symbols are hidden.
 //
-// Everything else is hidden. A class that is thrown carries it too, so that a client which was itself built
-// with hidden visibility catches the class by type.
+//     class KRTBSS_API WThing { ... };
+//     KRTBSS_API void DoThing();
+//
+// An exception class carries it as well, so that a client built with hidden visibility catches the class by
+// its type.
 
 #ifndef BSS_EXPORT_H
 #define BSS_EXPORT_H
 
 #include "krtpal/export.h"
 
+/// Exports a class or function of the library.
 #define KRTBSS_API KRTPAL_API
 
 #endif

@@ -6,7 +6,7 @@ namespace {
 
 HINSTANCE g_instance = nullptr;
 
-// Stores the handle and does nothing else.
+// Stores the handle; the loader's lock allows little else.
 BOOL Enter(HINSTANCE module, DWORD reason) {
     if (reason == DLL_PROCESS_ATTACH) {
         g_instance = module;
@@ -24,7 +24,7 @@ HINSTANCE GetBSSHandle() {
 
 } // namespace bss
 
-/// The module's entry routine.
+// The module's entry point.
 extern "C" krtpal::BOOL WINAPI DllMain(krtpal::HINSTANCE module, krtpal::DWORD reason,
                                        krtpal::LPVOID /*reserved*/) {
     return bss::Enter(module, reason);

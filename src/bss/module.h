@@ -1,4 +1,9 @@
-// The library's own module. On Linux a module handle is what dlopen answers for the shared object.
+// The handle of the library's own module. On Linux a module handle is the result of dlopen for the shared
+// object.
+//
+//     const bss::WVersionResource resource(bss::GetBSSHandle());
+//
+// Threads: both functions may be used from any thread.
 
 #ifndef BSS_MODULE_H
 #define BSS_MODULE_H
@@ -6,13 +11,13 @@
 #include "bss/Export.h"
 #include "krtpal/module.h"
 
-/// The handle of this library's module, from load to unload; null outside. Exported by plain name: it is what
-/// other modules export, too, to be listed with their versions.
+/// Returns the handle of this library's module; null before it is loaded and after it is unloaded. Exported
+/// by its plain name: WVersionInfo::AddProcessVersionInfo lists each module that exports this function.
 extern "C" KRTBSS_API krtpal::HINSTANCE GetVersionInfoModuleHandle();
 
 namespace bss {
 
-/// The same handle.
+/// See GetVersionInfoModuleHandle.
 KRTBSS_API HINSTANCE GetBSSHandle();
 
 } // namespace bss

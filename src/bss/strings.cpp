@@ -1,4 +1,4 @@
-// The table of strings where modules have no resources.
+// The module's string table on systems whose modules have no resources.
 
 #include "krtpal/module.h"
 

@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-// Numbers stand in the image as they stand in memory.
+// Numbers are copied to the image as they are in memory.
 static_assert(std::endian::native == std::endian::little);
 static_assert(sizeof(short) == 2 && sizeof(int) == 4 && sizeof(float) == 4 && sizeof(double) == 8);
 static_assert(sizeof(bool) == 1);
@@ -25,12 +25,12 @@ static_assert(sizeof(GUID) == 16);
 
 namespace {
 
-/// How much more than there is a count may promise.
+// The number of bytes by which a count may exceed the rest of the image.
 constexpr std::size_t kSlack = std::size_t{16} << 20U;
-/// Bytes are counted in 32 bits.
+// The largest image: its bytes are counted in 32 bits.
 constexpr std::size_t kLargestImage = UINT32_MAX;
 
-/// The fields of a `struct tm` that the image has; systems add some of their own.
+// The fields of a `struct tm` that the image has. Some systems have more.
 using TimeFields = std::array<std::int32_t, 9>;
 
 TimeFields FieldsOf(const tm& time) {
@@ -53,7 +53,7 @@ void SetFields(tm& time, const TimeFields& fields) {
 template <class Element>
 constexpr bool kIsText = std::is_same_v<Element, std::string> || std::is_same_v<Element, std::wstring>;
 
-// Text by its units in the image: how many, how they get there, and back.
+// Conversions between texts and their units in the image: bytes, or UTF-16 code units.
 
 constexpr std::size_t UnitSize(const std::string& /*text*/) {
     return 1;
@@ -67,7 +67,7 @@ std::size_t CountUnits(const std::string& text) {
 std::size_t CountUnits(const std::wstring& text) {
     return krtpal::Utf16Length(text);
 }
-/// Answers the end of what was put.
+// Writes the units of the text. Returns the address after them.
 char* PutText(const std::string& text, char* target) {
     return std::copy(text.begin(), text.end(), target);
 }
@@ -82,13 +82,13 @@ void SetText(std::wstring& text, const char* source, std::size_t count) {
     krtpal::TakeUtf16(source, count, text);
 }
 
-/// What stands in front of a string's characters in an array.
+// The bytes before the characters of an array's string.
 struct StringHead {
     std::int32_t labelLength;
     std::int32_t length;
 };
 
-/// Bytes of one element in the image; of a string the least, its two counts.
+// Returns the bytes of an element in the image; of a string the least, its two counts.
 template <class Element>
 constexpr std::size_t Width() {
     return kIsText<Element> ? 8 : std::is_same_v<Element, long> ? 4 : sizeof(Element);
@@ -146,7 +146,6 @@ void WBinarySerializer::WriteToBuffer(unsigned char*& target) const {
     std::copy(m_buffer.begin(), m_buffer.end(), target);
 }
 
-/// Room for bytes that are written now, at the position of writing, which moves behind them.
 char* WBinarySerializer::Extend(std::size_t size) {
     const std::size_t begin = Advance(size);
     if (m_nWritePosition > m_buffer.size()) {
@@ -155,7 +154,6 @@ char* WBinarySerializer::Extend(std::size_t size) {
     return m_buffer.data() + begin;
 }
 
-/// Moves the position of writing, which must be possible, and answers the former one.
 std::size_t WBinarySerializer::Advance(std::size_t size) {
     if (m_bEnd || m_bBad) {
         throw std::length_error(m_sErrorWrite);
@@ -165,7 +163,7 @@ std::size_t WBinarySerializer::Advance(std::size_t size) {
         if (size > kLargestImage - begin) {
             throw std::length_error(m_sErrorWrite);
         }
-        // What comes behind a large item is mostly small: it should not move that once more.
+        // Reserve more than a large item needs: mostly small items follow, which must not move it again.
         const std::size_t needed = begin + size;
         if (needed > m_buffer.capacity()) {
             m_buffer.reserve(std::max(2 * m_buffer.capacity(), needed + needed / 8));
@@ -213,7 +211,7 @@ std::size_t WBinarySerializer::AppendText(const Text& text) {
     return size;
 }
 
-/// The elements of an array of strings, each with its label of no length.
+// Writes the elements of an array of strings, each with an empty label.
 template <class Text>
 void WBinarySerializer::AppendStrings(const Text* data, std::size_t count) {
     std::size_t size = 0;
@@ -270,7 +268,7 @@ template <class Text>
 void WBinarySerializer::TakeText(Text& text) {
     const std::size_t count = TakeCount(UnitSize(text));
     if (count == 0) {
-        return; // the string keeps what it held
+        return; // kept for compatibility: the string is unchanged
     }
     const std::size_t size = UnitSize(text) * count;
     if (size <= Remaining()) {
@@ -284,11 +282,11 @@ void WBinarySerializer::TakeText(Text& text) {
     }
 }
 
-/// The elements of an array of strings, whatever they hold.
+// Reads the elements of an array of strings.
 template <class Text>
 void WBinarySerializer::TakeStrings(Text* strings, std::size_t count) {
     std::size_t i = 0;
-    // Those that are there whole and without labels, which are all unless the image was damaged.
+    // Fast path: elements that are complete and have no labels, as in every undamaged image.
     StringHead head{};
     for (; i < count && Remaining() >= sizeof(head); ++i) {
         const char* const source = m_buffer.data() + m_nReadPosition;
@@ -339,7 +337,7 @@ unsigned int WBinarySerializer::ReadLabel(std::wstring& label) {
     return static_cast<unsigned int>(moved);
 }
 
-/// ReadLabel for those who do not want the label.
+// Reads a label and discards it.
 void WBinarySerializer::SkipLabel() {
     std::int32_t length = 0;
     Take(&length, sizeof(length));
@@ -388,7 +386,7 @@ void WBinarySerializer::InsertElements(const std::wstring& label, const Element*
         Append(stored.data(), count * sizeof(std::int32_t));
     } else if constexpr (kIsText<Element>) {
         for (std::size_t i = 0; i < count; ++i) {
-            if (data[i].size() > INT32_MAX / 2) { // a character has one unit or two
+            if (data[i].size() > INT32_MAX / 2) { // a character has one or two units
                 CheckCount(label, CountUnits(data[i]));
             }
         }
@@ -408,7 +406,7 @@ void WBinarySerializer::InsertArray(const std::wstring& label, const Element* da
     InsertElements(label, data, static_cast<std::size_t>(count));
 }
 
-/// Into elements that hold zeros, which those keep that are not there.
+// Reads the elements. Those beyond the end of the image keep their zeros.
 template <class Element>
 void WBinarySerializer::TakeElements(Element* elements, std::size_t count) {
     if constexpr (std::is_same_v<Element, long> && sizeof(long) > sizeof(std::int32_t)) {
@@ -446,7 +444,7 @@ void WBinarySerializer::RetrieveVector(std::vector<Element>& values) {
     SkipLabel();
     const std::size_t promised = TakeCount(Width<Element>());
     if (!kIsText<Element> && promised * Width<Element>() > Remaining()) {
-        values.clear(); // so that there are zeros for what is not there
+        values.clear(); // elements beyond the end of the image become zeros
     }
     values.resize(promised);
     TakeElements(values.data(), promised);
@@ -549,7 +547,7 @@ void WBinarySerializer::InsertF(const std::wstring& label, const std::vector<dou
     AppendCount(values.size());
     std::vector<float> singles;
     if (!m_bIsSizing) {
-        // The precision is lost on purpose.
+        // Single precision is the format of InsertF.
         singles.assign(values.begin(), values.end());
     }
     Append(singles.data(), values.size() * sizeof(float));
@@ -597,7 +595,7 @@ void WBinarySerializer::InsertEx(const std::wstring& label, void* const data, un
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<std::wstring>& values) {
     std::vector<std::wstring> strings;
-    strings.swap(values); // which is empty if this fails
+    strings.swap(values); // `values` is empty if the read fails
     RetrieveVector(strings);
     values.swap(strings);
 }
@@ -706,7 +704,7 @@ void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::list<int>& 
 
 void WBinarySerializer::Retrieve(const std::wstring& /*label*/, std::vector<std::string>& values) {
     std::vector<std::string> strings;
-    strings.swap(values); // which is empty if this fails
+    strings.swap(values); // `values` is empty if the read fails
     RetrieveVector(strings);
     values.swap(strings);
 }

@@ -19,10 +19,10 @@ namespace bss {
 
 namespace {
 
-/// Of the module's table of strings
+// Number of the upgrade text in the module's string table.
 constexpr UINT kUpgradeText = 1001;
 
-/// Made once, since every object has them, and never destroyed.
+// The labels of every object, made once and never destroyed.
 struct Labels {
     const std::wstring version = L"m_nVersion";
     const std::wstring groupID = L"groupID";
@@ -42,8 +42,8 @@ std::wstring LoadText(UINT number) {
     return {text, static_cast<std::size_t>(length > 0 ? length : 0)};
 }
 
-/// A database has no columns for the flags. It tells itself by its kind, so that objects need not know its
-/// class.
+// Recognises a database by its kind, so that objects do not depend on its class. It has no columns for the
+// flags.
 bool IsDatabase(const WSerializer& serializer) {
     return serializer.GetSerializerType() == L"DATABASE";
 }
@@ -62,7 +62,7 @@ WSerializer& Demand(WSerializer* serializer) {
 
 } // namespace
 
-/// Gives the object its serializer for a scope.
+// Sets the object's serializer for a scope.
 class WPersistentObject::Run {
 public:
     Run(WPersistentObject& object, WSerializer* serializer) : m_object(object) {
@@ -185,15 +185,15 @@ void WPersistentObject::SetVersion(const WVersion& version) {
 }
 
 std::wstring WPersistentObject::GetNameOfClass() const {
-    constexpr wchar_t scope[] = L"::";
-    constexpr wchar_t keyword[] = L"class ";
+    constexpr wchar_t kScope[] = L"::";
+    constexpr wchar_t kKeyword[] = L"class ";
     std::wstring name = krtpal::TypeName(typeid(*this));
     name.erase(std::min(name.find(L'<'), name.size()));
-    if (const std::size_t position = name.rfind(scope); position != std::wstring::npos) {
-        return name.substr(position + std::size(scope) - 1);
+    if (const std::size_t position = name.rfind(kScope); position != std::wstring::npos) {
+        return name.substr(position + std::size(kScope) - 1);
     }
-    const std::size_t position = name.find(keyword);
-    return position == std::wstring::npos ? name : name.substr(position + std::size(keyword) - 1);
+    const std::size_t position = name.find(kKeyword);
+    return position == std::wstring::npos ? name : name.substr(position + std::size(kKeyword) - 1);
 }
 
 std::wstring WPersistentObject::GetIDInfo() const {
@@ -214,18 +214,18 @@ void WPersistentObject::DeleteObject() {
 }
 
 void WPersistentObject::RunObject(bool bRead) {
-    constexpr wchar_t what[] = L"Unexpected serialization error.\n\n";
+    constexpr wchar_t kWhat[] = L"Unexpected serialization error.\n\n";
     const auto where = [&] { return GetNameOfClass() + (bRead ? L"::ReadObject" : L"::WriteObject"); };
     try {
         Demand(m_pSerializer).DoSerialization(*this, bRead);
     } catch (const WNESerializerError& e) {
-        ThrowDataIOError(what + e.AsString(false) + L"\n\n" + where());
+        ThrowDataIOError(kWhat + e.AsString(false) + L"\n\n" + where());
     } catch (const WNestedException&) {
-        throw; // with the whole chain
+        throw;
     } catch (const std::exception& e) {
-        ThrowDataIOError(what + krtpal::WidenText(e.what()) + L"\n\n" + where());
+        ThrowDataIOError(kWhat + krtpal::WidenText(e.what()) + L"\n\n" + where());
     } catch (...) {
-        ThrowDataIOError(what + where());
+        ThrowDataIOError(kWhat + where());
     }
 }
 

@@ -17,7 +17,8 @@ std::wstring Describe(const wchar_t* what, const wchar_t* stage, const WPersiste
            L")";
 }
 
-// The spelling in the texts of the debugger output is meant to differ from that of the exception.
+// The misspelling in the debugger's output is intended (kept for compatibility); the exception's text
+// differs.
 constexpr wchar_t kDebugText[] = L"Unexptected serializaton error: ";
 
 } // namespace
@@ -100,7 +101,7 @@ void WSerializer::FinishAfterFailure(WPersistentObject& object, bool bRead) noex
         } else {
             FinishInsertion(object);
         }
-    } catch (...) { // NOLINT(bugprone-empty-catch): the first failure is the one to tell
+    } catch (...) { // NOLINT(bugprone-empty-catch): runs while another failure is being reported
     }
 }
 

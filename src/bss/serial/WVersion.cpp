@@ -18,13 +18,13 @@ struct WVersion::Defaults {
     bool m_bIsValidFileVersion = false;
     std::unique_ptr<WVersion> m_apKRTIOVersion;
     std::unique_ptr<WVersion> m_apKRTReportVersion;
-    /// Guards m_bIsValidFileVersion only.
+    // Guards m_bIsValidFileVersion only.
     sync::WCriticalSection m_CriticalSection;
 };
 
 namespace {
 
-/// The number that a text begins with, as `_wtoi` reads it, in its low 16 bits.
+// Returns the low 16 bits of the number at the beginning of the text, parsed as `_wtoi` does.
 short ReadNumber(const std::wstring& text) {
     const long number = std::clamp(std::wcstol(text.c_str(), nullptr, 10), static_cast<long>(INT_MIN),
                                    static_cast<long>(INT_MAX));
@@ -66,13 +66,13 @@ WVersion::WVersion(long packed) {
 }
 
 WVersion::WVersion(const std::wstring& text) {
-    constexpr wchar_t delimiter = L',';
+    constexpr wchar_t kDelimiter = L',';
     std::array<short, 4> numbers{};
-    std::size_t position = text.find_first_not_of(delimiter);
+    std::size_t position = text.find_first_not_of(kDelimiter);
     for (std::size_t i = 0; i < numbers.size() && position != std::wstring::npos; ++i) {
-        const std::size_t end = text.find(delimiter, position);
+        const std::size_t end = text.find(kDelimiter, position);
         numbers[i] = ReadNumber(text.substr(position, end - position));
-        position = text.find_first_not_of(delimiter, end);
+        position = text.find_first_not_of(kDelimiter, end);
     }
     Initialize(WVersion(numbers[0], numbers[1], numbers[2], numbers[3]));
 }
@@ -120,7 +120,8 @@ long WVersion::GetVersion(const WVersion& version) {
 }
 
 long WVersion::GetVersion(short productVersion, short majorVersion, short minorVersion, short build) {
-    // 32 bits with sign, also where long has more. Nothing is masked: what spills to the left is meant to.
+    // Signed 32 bits, also where long has more. Nothing is masked: numbers overflow to the left (kept for
+    // compatibility).
     std::uint32_t packed = Extend(productVersion) << 8U | Extend(majorVersion);
     packed = packed << 8U | Extend(minorVersion);
     packed = packed << 8U | Extend(build);
@@ -161,7 +162,7 @@ const WVersion& WVersion::DefaultReportableVorinVersion() {
 }
 
 void WVersion::SetDefaultFileSerializationVersion(const WVersion& version) {
-    // The flag comes last: whoever sees it set sees the whole version.
+    // The flag is set last: a thread that sees it set sees the whole version.
     GetDefaults().m_KRTFileVersion = version;
     SetIsValidFileVersion(true);
 }

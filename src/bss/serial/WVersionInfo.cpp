@@ -17,11 +17,11 @@ namespace bss {
 
 namespace {
 
-/// What a stored count may say: as many as a 32-bit process could hold.
+// The largest accepted count: the number of components that a 32-bit process could hold.
 constexpr long kMostComponents = 15'339'168;
-/// Room that is reserved on the word of a count alone.
+// The largest number of components to reserve before they are read.
 constexpr long kReserved = 64;
-/// Stored trees are read by recursion, and what is stored may lie.
+// Limits the recursion: the depth of a stored tree is not trusted.
 constexpr int kDeepestComponents = 100;
 thread_local int componentDepth = 0;
 
@@ -44,7 +44,7 @@ bool HasEnded(const WSerializer& serializer) {
     return binary != nullptr && !binary->MoreToRead();
 }
 
-/// File name and extension of a path.
+// Returns the file name and the extension of a path.
 std::wstring FileNameOf(const wchar_t* path) {
     wchar_t name[_MAX_FNAME] = {};
     wchar_t extension[_MAX_EXT] = {};
@@ -96,7 +96,7 @@ void WVersionInfo::Serialize(bool bRead) {
     WPersistentObject::Serialize(bRead);
     const auto text = [&](const wchar_t* label, std::wstring& value) {
         if (bRead) {
-            value.clear(); // empty text in a binary image leaves what there is
+            value.clear(); // a binary image leaves the value unchanged for an empty text
             m_pSerializer->Retrieve(label, value);
         } else {
             m_pSerializer->Insert(label, value);
@@ -160,7 +160,7 @@ void WVersionInfo::SetName(const wchar_t* name) {
 }
 
 WVersion WVersionInfo::VersionFromString(std::wstring text) {
-    // A point at the beginning ends the search too, which is meant: such a text keeps all its points.
+    // A point at the beginning ends the search: such a text keeps all its points (kept for compatibility).
     for (std::size_t i = text.find(L'.'); i != std::wstring::npos && i != 0; i = text.find(L'.', i)) {
         text[i] = L',';
     }
@@ -225,7 +225,7 @@ void WVersionInfo::AddProcessVersionInfo(unsigned long processId) {
     }
     const std::size_t count = std::min<std::size_t>(needed / sizeof(void*), std::size(modules));
     for (std::size_t i = 0; i < count; ++i) {
-        // A handle of a process that runs the same program is taken as the caller's own.
+        // The module handles of a process that runs the same program are used as this process's own.
         if (GetProcAddress(modules[i], "GetVersionInfoModuleHandle") != nullptr) {
             m_aComponents.push_back(GetVersionInfo(modules[i]));
         }

@@ -15,8 +15,8 @@ namespace bss {
 
 namespace {
 
-constexpr unsigned pieceSize = 16384;
-constexpr const wchar_t* prefix = L"\nError Message:  ";
+constexpr unsigned kPieceSize = 16384;
+constexpr const wchar_t* kPrefix = L"\nError Message:  ";
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -28,12 +28,12 @@ struct GzipCloser {
 };
 using GzipFile = std::unique_ptr<gzFile_s, GzipCloser>;
 
-/// Null or a path that a NUL does not cut short.
+// Returns the path, or null if it has an embedded NUL, which would truncate it.
 const wchar_t* PathOf(const std::wstring& path) {
     return path.find(L'\0') == std::wstring::npos ? path.c_str() : nullptr;
 }
 
-/// The path in the narrow code page, if it has a form there.
+// Returns the path in the narrow code page, if it has a form there.
 std::optional<std::string> NarrowPath(const std::wstring& path) {
     std::string narrow = krtpal::NarrowText(path);
     if (PathOf(path) == nullptr || krtpal::WidenText(narrow) != path) {
@@ -58,7 +58,7 @@ GzipFile OpenGzip(const std::wstring& path, const char* mode) {
     return GzipFile(narrow ? gzopen(narrow->c_str(), mode) : nullptr);
 }
 
-/// Opening a file for writing empties it, which must not happen to the one that is being read.
+// Opening the target truncates it: a target that is the source itself has to be detected before.
 bool IsSameFile(const std::wstring& source, const std::wstring& target) {
     const std::optional<std::string> first = NarrowPath(source);
     const std::optional<std::string> second = NarrowPath(target);
@@ -120,9 +120,9 @@ void WCompression::CompressFile(const std::wstring& source, const std::wstring& 
         throw cannotOpen(target);
     }
 
-    const auto buffer = std::make_unique<unsigned char[]>(pieceSize);
+    const auto buffer = std::make_unique<unsigned char[]>(kPieceSize);
     errno = 0;
-    while (const std::size_t size = std::fread(buffer.get(), 1, pieceSize, input.get())) {
+    while (const std::size_t size = std::fread(buffer.get(), 1, kPieceSize, input.get())) {
         errno = 0;
         if (gzwrite(output.get(), buffer.get(), static_cast<unsigned>(size)) < static_cast<int>(size)) {
             const std::wstring text = L"Cannot write file:" + target + L" for compression." + GetError();
@@ -138,7 +138,7 @@ void WCompression::CompressFile(const std::wstring& source, const std::wstring& 
         throw WNECompressionFile(text);
     }
 
-    // All has been read: a failure to close the input loses nothing.
+    // All input has been read: a failure to close it loses no data.
     if (std::fclose(input.release()) != 0) {
         Tell(L"WCompression::CompressFile:  Error closing input location: "
              L"Error closing uncompressed input file: " +
@@ -163,9 +163,9 @@ void WCompression::UncompressFile(const std::wstring& source, const std::wstring
         throw WNECompressionFile(L"Failed to open uncompression target file.");
     }
 
-    const auto buffer = std::make_unique<unsigned char[]>(pieceSize);
+    const auto buffer = std::make_unique<unsigned char[]>(kPieceSize);
     for (;;) {
-        const int size = gzread(input.get(), buffer.get(), pieceSize);
+        const int size = gzread(input.get(), buffer.get(), kPieceSize);
         if (size < 0) {
             void* file = input.get();
             const std::wstring text =
@@ -191,7 +191,7 @@ void WCompression::UncompressFile(const std::wstring& source, const std::wstring
     if (!targetClosed) {
         text = L"Error closing uncompressed output file: " + GetError();
     }
-    // A source that was cut shows here.
+    // gzclose reports a truncated source.
     const int result = gzclose(input.release());
     if (targetClosed && result != Z_OK) {
         text = L"Error closing compressed input file: " + GetError(result);
@@ -204,42 +204,42 @@ void WCompression::UncompressFile(const std::wstring& source, const std::wstring
 
 std::wstring WCompression::GetError() {
     if (errno == 0) {
-        return std::wstring(prefix) + L"Out of memory.";
+        return std::wstring(kPrefix) + L"Out of memory.";
     }
     wchar_t text[260] = {};
     _wcserror_s(text, std::size(text), errno);
-    return prefix + std::wstring(text);
+    return kPrefix + std::wstring(text);
 }
 
 std::wstring WCompression::GetError(int zlibCode) {
-    // From 2 down to -6.
-    static constexpr const wchar_t* texts[] = {
+    // Results 2 to -6, in descending order.
+    static constexpr const wchar_t* kTexts[] = {
         L"need dictionary",     L"stream end",   L"",
         L"file error",          L"stream error", L"data error",
         L"insufficient memory", L"buffer error", L"incompatible version"};
     if (zlibCode <= Z_NEED_DICT && zlibCode >= Z_VERSION_ERROR) {
-        return std::wstring(prefix) + texts[Z_NEED_DICT - zlibCode];
+        return std::wstring(kPrefix) + kTexts[Z_NEED_DICT - zlibCode];
     }
     wchar_t text[260] = {};
     _wcserror_s(text, std::size(text), errno);
-    return prefix + std::wstring(text);
+    return kPrefix + std::wstring(text);
 }
 
 std::wstring WCompression::GetError(std::FILE*) {
     wchar_t text[260] = {};
-    return _wcserror_s(text, std::size(text), errno) == 0 ? prefix + std::wstring(text) : std::wstring();
+    return _wcserror_s(text, std::size(text), errno) == 0 ? kPrefix + std::wstring(text) : std::wstring();
 }
 
 std::wstring WCompression::GetError(void*& gzFile) {
-    // The text of errno, before anything can change it.
+    // gzerror may change errno: read its text first.
     char system[260] = {};
     strerror_s(system, std::size(system), errno);
     int code = Z_OK;
     const char* const text = gzerror(static_cast<gzFile_s*>(gzFile), &code);
     if (code == Z_ERRNO) {
-        return prefix + krtpal::WidenText(system);
+        return kPrefix + krtpal::WidenText(system);
     }
-    return prefix + (text == nullptr ? std::wstring() : krtpal::WidenText(text));
+    return kPrefix + (text == nullptr ? std::wstring() : krtpal::WidenText(text));
 }
 
 } // namespace bss

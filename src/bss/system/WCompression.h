@@ -1,4 +1,4 @@
-// WCompression: blocks in memory in zlib's format, and files in gzip's.
+// WCompression: blocks in memory in zlib's format (RFC 1950), and files in gzip's (RFC 1952).
 //
 //     unsigned long length = bss::WCompression::CompressBound(size);
 //     std::vector<unsigned char> packed(length);
@@ -7,10 +7,10 @@
 //     bss::WCompression::CompressFile(L"run.log", L"run.log.gz");
 //     bss::WCompression::UncompressFile(L"run.log.gz", L"run.log");
 //
-// All failures are WNECompressionFile, with the reason as text. Files and buffers are released before it is
-// thrown; a target that was begun stays as far as it went.
+// All failures are thrown as WNECompressionFile with the reason as text. Files and buffers are released
+// first. A target file that was begun remains, incomplete.
 //
-// Threads: all operations may be used from any thread. A file should not be given to two calls at once.
+// Threads: all operations may be used from any thread. Two calls at once must not use the same file.
 
 #ifndef BSS_SYSTEM_WCOMPRESSION_H
 #define BSS_SYSTEM_WCOMPRESSION_H
@@ -22,6 +22,7 @@
 
 namespace bss {
 
+/// The operations of this header, all static. Derived classes can use the error texts.
 class KRTBSS_API WCompression {
 public:
     WCompression() = default;
@@ -29,37 +30,44 @@ public:
     WCompression& operator=(const WCompression&) = default;
     virtual ~WCompression();
 
-    /// Packs `sourceLen` bytes into a zlib stream of stored blocks: quick, and a little longer than the data.
-    /// `*destLen` is the room at `dest`, at least CompressBound(sourceLen), and then the length that was
-    /// used.
+    /// Packs `sourceLen` bytes into a zlib stream of stored blocks (level 0): fast, and a little longer than
+    /// the data.
+    /// REQUIRES: `*destLen` is the size of `dest` in bytes. It receives the length of the stream.
+    /// Throws WNECompressionFile if `destLen` is null or `*destLen` is below CompressBound(sourceLen), even
+    /// if the stream would fit.
     static void Compress(unsigned char* dest, unsigned long* destLen, const unsigned char* source,
                          unsigned long sourceLen);
 
-    /// Unpacks a whole zlib stream of any level. `*destLen` is the room at `dest`, and then the length of the
-    /// data. Fails if the room does not do, or the stream is damaged or cut.
+    /// Unpacks a whole zlib stream of any level.
+    /// REQUIRES: `*destLen` is the size of `dest` in bytes. It receives the length of the data.
+    /// Throws WNECompressionFile if `dest` is too small, or if the stream is damaged or truncated.
     static void Uncompress(unsigned char* dest, unsigned long* destLen, const unsigned char* source,
                            unsigned long sourceLen);
 
-    /// The room that Compress wants for so many bytes, where 0 counts as 1.
+    /// Returns the number of bytes that Compress requires for `sourceLen` bytes. 0 is treated as 1.
     static unsigned long CompressBound(unsigned long sourceLen);
 
-    /// Writes `source` to the gzip file `target`, which is replaced. Files may have any size; they are moved
-    /// in pieces of 16384 bytes. The target's path has to have a form in the narrow code page (UTF-8 on
-    /// Linux). The two must be different files.
+    /// Compresses the file `source` (level 6) to the gzip file `target`, which is replaced. Files may have
+    /// any size; they are moved in pieces of 16384 bytes. REQUIRES: the path of the target has a form in the
+    /// narrow code page (UTF-8 on Linux). Throws WNECompressionFile if a file can't be opened, read, written
+    /// or closed, or if both are the same file. A failure to close the source is only written to the
+    /// debugger's output.
     static void CompressFile(const std::wstring& source, const std::wstring& target);
 
-    /// Likewise from the gzip file `source`, whose path has to have a narrow form, to `target`. A file that
-    /// is not compressed is copied. A file that ends too early gives what there is, and then the failure.
+    /// Unpacks the gzip file `source` to the file `target`, which is replaced. A file that is not compressed
+    /// is copied. REQUIRES: the path of the source has a form in the narrow code page (UTF-8 on Linux).
+    /// Throws WNECompressionFile as CompressFile does, and if the source is damaged or truncated; the data
+    /// before the damage are written first.
     static void UncompressFile(const std::wstring& source, const std::wstring& target);
 
 protected:
-    /// The text of errno; without an error that of lack of memory.
+    /// Returns the text of errno; with errno 0, the text for lack of memory.
     static std::wstring GetError();
-    /// The text of a result of zlib.
+    /// Returns the text of a result of zlib, or the text of errno if zlib has no such result.
     static std::wstring GetError(int zlibCode);
-    /// The text of errno for a stream.
+    /// Returns the text of errno, empty if there is none. The stream is ignored.
     static std::wstring GetError(std::FILE* file);
-    /// zlib's text for a gzip file, or that of errno where the system failed.
+    /// Returns zlib's text for a gzip file, or the text of errno if the system failed.
     static std::wstring GetError(void*& gzFile);
 };
 

@@ -10,36 +10,36 @@ namespace bss {
 
 namespace {
 
-using des::BlockSize;
+using des::kBlockSize;
 using des::Mode;
 
-constexpr unsigned char builtInKey[] = "MaDeUpTrIpLeDeSkEy352+=~";
+constexpr unsigned char kBuiltInKey[] = "MaDeUpTrIpLeDeSkEy352+=~";
 unsigned char keyBytes[] = "MaDeUpTrIpLeDeSkEy352+=~";
-static_assert(sizeof(keyBytes) == 24 + 1 && sizeof(builtInKey) == sizeof(keyBytes));
+static_assert(sizeof(keyBytes) == 24 + 1 && sizeof(kBuiltInKey) == sizeof(keyBytes));
 
-/// The sub-keys take as long to make as a block: those of the built-in key are kept.
+// Caches the key schedules of the built-in key: making one takes as long as encrypting a block.
 des::TripleSchedule KeysFor(Mode mode) {
-    static const des::TripleSchedule encrypt = des::ThreeKeySchedule(builtInKey, Mode::Encrypt);
-    static const des::TripleSchedule decrypt = des::ThreeKeySchedule(builtInKey, Mode::Decrypt);
-    if (std::memcmp(WEncryption::m_Key, builtInKey, 24) == 0) {
+    static const des::TripleSchedule encrypt = des::ThreeKeySchedule(kBuiltInKey, Mode::Encrypt);
+    static const des::TripleSchedule decrypt = des::ThreeKeySchedule(kBuiltInKey, Mode::Decrypt);
+    if (std::memcmp(WEncryption::m_Key, kBuiltInKey, 24) == 0) {
         return mode == Mode::Encrypt ? encrypt : decrypt;
     }
     return des::ThreeKeySchedule(WEncryption::m_Key, mode);
 }
 
-/// All of `bytes`, filled up to whole blocks, in place.
+// Encrypts or decrypts `bytes` in place, padded with zeros to whole blocks.
 void CryptInPlace(std::string& bytes, Mode mode) {
     const des::TripleSchedule keys = KeysFor(mode);
-    bytes.resize((bytes.size() + BlockSize - 1) / BlockSize * BlockSize, '\0');
+    bytes.resize((bytes.size() + kBlockSize - 1) / kBlockSize * kBlockSize, '\0');
     auto* block = reinterpret_cast<unsigned char*>(bytes.data());
-    std::size_t blocks = bytes.size() / BlockSize;
-    for (; blocks >= 4; blocks -= 4, block += 4 * BlockSize) {
+    std::size_t blocks = bytes.size() / kBlockSize;
+    for (; blocks >= 4; blocks -= 4, block += 4 * kBlockSize) {
         des::CryptBlocks<4>(keys, block, block);
     }
     if (blocks >= 2) {
         des::CryptBlocks<2>(keys, block, block);
         blocks -= 2;
-        block += 2 * BlockSize;
+        block += 2 * kBlockSize;
     }
     if (blocks != 0) {
         des::CryptBlocks<1>(keys, block, block);
@@ -61,7 +61,7 @@ std::wstring Crypt(const std::wstring& text, Mode mode) {
     }
     const auto units = krtpal::Utf16FromWide(text);
     std::string bytes;
-    bytes.reserve(units.size() * 2 + BlockSize);
+    bytes.reserve(units.size() * 2 + kBlockSize);
     for (const krtpal::Utf16Unit unit : units) {
         bytes += static_cast<char>(unit & 0xFF);
         bytes += static_cast<char>(unit >> 8 & 0xFF);

@@ -25,7 +25,7 @@ HANDLE Duplicate(HANDLE handle) {
     return copy;
 }
 
-/// The text itself, or the string of the module whose number stands in the place of a pointer.
+// Returns the text, or the string of the module if `name` is the number of one.
 std::wstring TextOf(const wchar_t* name) {
     const auto number = reinterpret_cast<std::uintptr_t>(name);
     if (number == 0) {

@@ -17,7 +17,7 @@ int DigitValue(wchar_t c) {
     return c >= L'A' && c <= L'F' ? static_cast<int>(c - L'A') + 10 : -1;
 }
 
-/// The number of the next group; the position goes behind its hyphen, or to the end of the text.
+// Returns the value of the next group. Moves `text` past the group's hyphen, or to the end of the text.
 std::uint64_t TakeGroup(const wchar_t*& text) {
     std::uint64_t value = 0;
     for (; DigitValue(*text) >= 0; ++text) {
@@ -155,7 +155,7 @@ void WGuid::GetNextGuids(unsigned int count, std::vector<GUID>& guids) {
 }
 
 bool GuidLessThan::operator()(const GUID& a, const GUID& b) const {
-    // The call takes writable identifiers and writes to none.
+    // UuidCompare takes non-const pointers but writes to neither identifier.
     RPC_STATUS status = RPC_S_OK;
     return UuidCompare(const_cast<GUID*>(&a), const_cast<GUID*>(&b), &status) == -1;
 }

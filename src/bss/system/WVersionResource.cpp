@@ -43,7 +43,7 @@ constexpr TextOfValue kFileOS[] = {
 constexpr DWORD kDriver = 3;
 constexpr DWORD kFont = 4;
 
-/// Kinds of files that their subtype does not divide further.
+// File types without subtypes.
 constexpr TextOfValue kFileTypes[] = {
     {0, L"Unknown type"},   {1, L"Application"},         {2, L"Dynamic link library"},
     {5, L"Virtual device"}, {7, L"Static link library"},
@@ -60,7 +60,7 @@ constexpr TextOfValue kFonts[] = {
     {3, L"Truetype font"},
 };
 
-/// Sets the text of a value; one that is not in the table leaves it.
+// Sets the text of a value. Leaves it unchanged for a value that is not in the table.
 template <std::size_t N>
 void FindText(const TextOfValue (&table)[N], DWORD value, std::wstring& text) {
     const auto* const row = std::find_if(std::begin(table), std::end(table),
@@ -76,7 +76,7 @@ CStdStr<wchar_t> Dotted(const WVersionResource::versionnumber& number) {
     return text;
 }
 
-/// As _wtoi: what is no number is 0, and what is too large the largest.
+// Returns the number as _wtoi does: 0 for text that is not a number, the limit for a number out of range.
 unsigned int NumberOf(const std::wstring& text) {
     const long value = std::wcstol(text.c_str(), nullptr, 10);
     return static_cast<unsigned int>(static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX)));
@@ -88,13 +88,13 @@ std::wstring ModulePath(HINSTANCE module) {
     return {path, std::min<DWORD>(length, MAX_PATH - 1)};
 }
 
-/// The first of the English names that begins with the month's three letters, counted from 1; 1 for none.
+// Returns the number of the month whose English name begins with these three letters, from 1; 1 if none does.
 int MonthOf(std::wstring_view name) {
-    constexpr std::wstring_view months[] = {L"jan", L"feb", L"mar", L"apr", L"may", L"jun",
-                                            L"jul", L"aug", L"sep", L"oct", L"nov", L"dec"};
+    constexpr std::wstring_view kMonths[] = {L"jan", L"feb", L"mar", L"apr", L"may", L"jun",
+                                             L"jul", L"aug", L"sep", L"oct", L"nov", L"dec"};
     for (int i = 0; i < 12; ++i) {
         if (name.size() >= 3 &&
-            std::equal(months[i].begin(), months[i].end(), name.begin(), [](wchar_t a, wchar_t b) {
+            std::equal(kMonths[i].begin(), kMonths[i].end(), name.begin(), [](wchar_t a, wchar_t b) {
                 return a == static_cast<wchar_t>(std::towlower(static_cast<wint_t>(b)));
             })) {
             return i + 1;
@@ -114,8 +114,8 @@ bool ReadDate(const wchar_t* date, std::tm* fields) {
     wchar_t* end = nullptr;
     const long day = std::wcstol(date + dayAt, &yearAt, 10);
     const long year = std::wcstol(yearAt, &end, 10);
-    constexpr long lastYear = 3000;
-    if (yearAt == date + dayAt || end == yearAt || day < 1 || day > 31 || year < 1900 || year > lastYear) {
+    constexpr long kLastYear = 3000;
+    if (yearAt == date + dayAt || end == yearAt || day < 1 || day > 31 || year < 1900 || year > kLastYear) {
         return false;
     }
     fields->tm_year = static_cast<int>(year - 1900);
@@ -124,11 +124,11 @@ bool ReadDate(const wchar_t* date, std::tm* fields) {
     return true;
 }
 
-/// "hh:mm:ss"
+// Reads "hh:mm:ss".
 bool ReadTime(const wchar_t* time, std::tm* fields) {
-    constexpr std::size_t length = 8;
+    constexpr std::size_t kLength = 8;
     const std::wstring_view text(time);
-    if (text.size() < length) {
+    if (text.size() < kLength) {
         return false;
     }
     fields->tm_hour = static_cast<int>(NumberOf(std::wstring(text.substr(0, 2))));
@@ -188,7 +188,8 @@ bool WVersionResource::ReadBlock() {
            GetFileVersionInfoW(m_sModuleNameShort.c_str(), 0, size, m_pBlock.get()) != FALSE;
 }
 
-/// `bytesLeft` is what the block has from the value on: its own word on the length is not to be trusted.
+// `bytesLeft` is the number of bytes from the value to the end of the block. The length that the block states
+// is not trusted.
 bool WVersionResource::QueryBlock(const std::wstring& name, const void** value, std::size_t* bytesLeft,
                                   unsigned int* length) const {
     void* found = nullptr;
@@ -304,15 +305,15 @@ bool WVersionResource::GetVersionNumber(const wchar_t* name, versionnumber& numb
 
 void WVersionResource::ParseVersionString(const std::wstring& text, unsigned int& a, unsigned int& b,
                                           unsigned int& c, unsigned int& d) {
-    constexpr const wchar_t* delimiters = L" .,";
-    std::size_t at = text.find_first_not_of(delimiters);
+    constexpr const wchar_t* kDelimiters = L" .,";
+    std::size_t at = text.find_first_not_of(kDelimiters);
     for (unsigned int* const number : {&a, &b, &c, &d}) {
         if (at == std::wstring::npos) {
             return;
         }
-        const std::size_t end = std::min(text.find_first_of(delimiters, at), text.size());
+        const std::size_t end = std::min(text.find_first_of(kDelimiters, at), text.size());
         *number = NumberOf(text.substr(at, end - at));
-        at = text.find_first_not_of(delimiters, end);
+        at = text.find_first_not_of(kDelimiters, end);
     }
 }
 

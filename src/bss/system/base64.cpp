@@ -14,7 +14,7 @@ constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwx
 constexpr int kGroupsOfLine = 19;
 constexpr std::uint8_t kNoDigit = 0xFF;
 
-/// Two characters for each value of 12 bits: half of a group by one look-up.
+// Two characters for each value of 12 bits: one look-up gives half of a group.
 constexpr auto kPairs = [] {
     std::array<std::array<char, 2>, 4096> pairs{};
     for (std::size_t i = 0; i < pairs.size(); ++i) {
@@ -32,8 +32,8 @@ constexpr auto kDigits = [] {
     return digits;
 }();
 
-/// The value of a character at each of the four places of a group, already shifted there. A bit above the 24
-/// tells that there is none.
+// The value of each character, shifted to each of the four places of a group. kBad, a bit above the 24 of a
+// group, marks characters outside the alphabet.
 constexpr std::uint32_t kBad = 0x01000000;
 constexpr auto kPlaced = [] {
     std::array<std::array<std::uint32_t, 256>, 4> placed{};
@@ -131,7 +131,7 @@ bool Decode(const char* source, int length, unsigned char* target, int* targetLe
     std::uint32_t bits = 0;
     int digits = 0;
     while (from != end) {
-        // Whole groups without a character to skip.
+        // Fast path: whole groups without a character to skip.
         if (digits == 0) {
             while (end - from >= 4 && roomEnd - to >= 3) {
                 const std::uint32_t group =

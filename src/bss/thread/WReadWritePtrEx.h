@@ -1,5 +1,5 @@
-// bss::sync::WReadWritePtrEx: many readers or one writer, with time-outs. The first reader takes the data for
-// all, the last one gives them back.
+// bss::sync::WReadWritePtrEx: many readers or one writer, with time-outs. The first reader acquires the data
+// for all readers, the last one releases them.
 //
 //     bss::sync::WReadWritePtrEx lock;
 //     if (lock.AcquireReadLock()) {
@@ -7,8 +7,10 @@
 //         lock.ReleaseReadLock();
 //     }
 //
-// Each wait ends after 2000 ms, but for those of CanWrite and of the destructor. There is no preference for
-// writers. New code takes WReadWriteLock.
+// Each wait ends after 2000 ms, except those of CanWrite and of the destructor, which have no time-out.
+// Writers have no preference: a steady stream of readers keeps them waiting. Use WReadWriteLock in new code.
+//
+// Threads: may be used from any thread. While the first reader waits for the data, later readers wait for it.
 
 #ifndef BSS_THREAD_WREADWRITEPTREX_H
 #define BSS_THREAD_WREADWRITEPTREX_H
@@ -19,32 +21,39 @@
 
 namespace bss::sync {
 
+/// A lock for many readers or one writer whose waits end after 2000 ms.
 class KRTBSS_API WReadWritePtrEx : public WNoncopyable {
 public:
+    /// Makes a free lock. Throws std::runtime_error if the mutex or the semaphore can't be created.
     WReadWritePtrEx();
-    /// Waits for ever until the data are free; throws std::runtime_error, "Critical Failure: destroying a
-    /// locked object.", if the wait fails.
-    ~WReadWritePtrEx() noexcept(false) override; // NOLINT(bugprone-exception-escape): told to throw
+    /// Waits for ever until the data are free.
+    /// Throws std::runtime_error, "Critical Failure: destroying a locked object.", if the wait fails.
+    ~WReadWritePtrEx() noexcept(false) override; // NOLINT(bugprone-exception-escape): declared to throw
 
-    /// False if the data, or the turn to ask for them, did not come in time. In the first case the reader is
-    /// counted all the same, and this is meant: ReleaseReadLock takes it back.
+    /// Acquires the data for reading. Returns false after the time-out, which the guard of the reader count
+    /// and the data have each. If the data time out, the reader is counted although the result is false
+    /// (intended); ReleaseReadLock takes it back.
     bool AcquireReadLock();
-    /// True for the last reader. False for the others, which is no failure, or if the turn did not come in
-    /// time.
+    /// Removes one reader; the last one releases the data. Returns true for the last reader only, false for
+    /// the others (intended) and if the guard of the reader count times out.
     bool ReleaseReadLock();
+    /// Acquires the data for writing. Returns false after the time-out.
     bool AcquireWriteLock();
-    /// False if the data were not held. Throws std::runtime_error, "ReleaseWriteLock - Semaphore was not
-    /// locked!", if the count before was not 0.
+    /// Releases the data. Returns false if they were not held.
+    /// Throws std::runtime_error, "ReleaseWriteLock - Semaphore was not locked!", if the previous count was
+    /// not 0.
     bool ReleaseWriteLock();
-    /// Whether there are readers.
+    /// Returns true if there are readers.
     bool CanRead();
-    /// False if there are several readers. Otherwise waits for the data for ever and gives them back: false
-    /// if they could be had, which is meant so, true if the wait failed. Throws std::runtime_error, "WriteOK
-    /// - ReleaseSemaphore failed", if they could not be given back.
+    /// Returns false if there is more than one reader. Otherwise waits for the data without a time-out and
+    /// releases them. Returns false even on success (kept for compatibility), true if the wait fails.
+    /// Throws std::runtime_error, "WriteOK - ReleaseSemaphore failed", if the release fails.
     bool CanWrite();
 
 private:
-    WMutex m_mutex; ///< guards the count
+    /// Guards the reader count.
+    WMutex m_mutex;
+    /// Has no free unit while the data are in use.
     WSemaphore m_semaphore{1, 1};
     std::int32_t m_nReaders = 0;
     std::uint32_t m_nTimeoutMs = 2000;

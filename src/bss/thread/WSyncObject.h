@@ -1,4 +1,4 @@
-// bss::sync: objects that threads wait for. This header has their root.
+// bss::sync: objects that threads wait for. This header has their base class and an overview.
 //
 //     bss::sync::WEvent ready;                       // or WMutex, WSemaphore, WCriticalSection
 //     if (ready.Lock(500)) { ... }                   // waits up to 500 ms
@@ -6,20 +6,21 @@
 //
 // Which one?
 //
-// | class | for |
-// |---|---|
-// | WCriticalSection | a lock inside one process; the fast one |
-// | WMutex | a lock that processes share by name |
-// | WEvent | one thread tells others |
-// | WSemaphore | so many units |
-// | WReadWriteLock | many readers or one writer |
+// | class | header | choose it for |
+// |---|---|---|
+// | WCriticalSection | WCriticalSection.h | a lock inside one process; the fastest |
+// | WMutex | WEvent.h | a lock that processes share by name; detects an owner that ended |
+// | WEvent | WEvent.h | a signal from one thread to others |
+// | WSemaphore | WEvent.h | a count of equal units |
+// | WReadWriteLock | WReadWriteLock.h | many readers or one writer, writers first |
+// | WReadWritePtrEx | WReadWritePtrEx.h | many readers or one writer, with time-outs (older code) |
 //
-// Take locks through WSingleLock, which gives them back at the end of its scope. Lock waits, Unlock gives
-// back. Time-outs are milliseconds; every value from 0xFFFFFFFF up means for ever.
+// Take locks through WSingleLock or WMultiLock (WSingleLock.h), which release them at the end of their scope.
+// Lock acquires, Unlock releases. Time-outs are milliseconds; every value from 0xFFFFFFFF up waits for ever.
 //
-// The older family round bss::WSynchronizer (Acquire and Release) stands in WSynchronizer.h.
+// WSynchronizer.h has the older family, with the verbs Acquire and Release.
 //
-// Threads: all objects may be used from any thread. None may be destroyed while it is used.
+// Threads: all objects may be used from any thread. An object must not be destroyed while it is in use.
 
 #ifndef BSS_THREAD_WSYNCOBJECT_H
 #define BSS_THREAD_WSYNCOBJECT_H
@@ -29,7 +30,7 @@
 
 namespace bss::sync {
 
-/// Derive from it to forbid copies.
+/// Base of the classes of bss::sync, which can't be copied or assigned. Derive from it to forbid copies.
 class KRTBSS_API WNoncopyable {
 public:
     WNoncopyable(const WNoncopyable&) = delete;
@@ -37,32 +38,40 @@ public:
 
 protected:
     WNoncopyable();
-    /// Derived classes whose destructors can't fail say so.
+    /// May throw, because the destructor of WReadWritePtrEx does. All other derived classes declare theirs
+    /// noexcept.
     virtual ~WNoncopyable() noexcept(false);
 };
 
+/// An object that a thread can wait for. Owns the handle that a derived class stores in m_handle.
 class KRTBSS_API WSyncObject : public WNoncopyable {
 public:
-    /// Owns the handle that a derived class fills in. The name counts for nothing here.
+    /// Makes an object without a handle. The name is ignored: derived classes pass it to the system.
     explicit WSyncObject(const wchar_t* name);
     /// Closes the handle.
     ~WSyncObject() noexcept override;
 
-    /// Waits for the object. True exactly when it was had in time: a mutex that its owner left locked when it
-    /// ended gives false, although it is then owned. False without a handle.
+    /// Waits for the object and acquires it.
+    /// Returns true if acquired in time. Returns false after the time-out, if the wait fails or if there is
+    /// no handle. An abandoned mutex (its owner ended without releasing it) returns false although the caller
+    /// now owns it.
     virtual bool Lock(unsigned long timeoutMs);
-    /// Waits as Lock does, and dispatches the thread's messages meanwhile; `wakeMask` holds the kinds of
-    /// input (QS_...) that are looked for. True as well, at once, when WM_QUIT is met, which is lost. The
-    /// time-out begins anew whenever input arrives.
+    /// Waits as Lock does, and removes and dispatches the thread's messages meanwhile. `wakeMask` is the
+    /// kinds of input (QS_...) that interrupt the wait. Returns as Lock does. Returns true at once, without
+    /// acquiring the object, if a WM_QUIT message is removed; the message is not posted again. The time-out
+    /// starts again whenever input arrives.
     virtual bool LockEx(unsigned long timeoutMs, unsigned long wakeMask);
-    /// Does nothing here, and answers true.
+    /// Returns true and does nothing. WSemaphore overrides it to release `count` units.
     virtual bool Unlock(long count, long* previous);
+    /// Releases the object. Returns true on success.
     virtual bool Unlock() = 0;
 
-    /// The handle of the kernel object; null if there is none. Stays owned by this object.
+    /// Returns the handle of the kernel object, null if there is none. The handle is still owned by this
+    /// object.
     operator void*() const { return m_handle; }
 
 protected:
+    /// The handle of the kernel object. Set by the derived class, closed by this one.
     HANDLE m_handle = nullptr;
 };
 

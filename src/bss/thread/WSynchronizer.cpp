@@ -119,7 +119,7 @@ bool WCriticalSection::Release() {
 }
 
 void WCriticalSection::EnterForReleaseAll() {
-    ++m_entries[ThreadNumber()]; // before the section is entered, and without a guard
+    ++m_entries[ThreadNumber()]; // without a guard: callers serialize (see the class)
     Enter();
 }
 

@@ -1,7 +1,7 @@
 // WChecksum: the CRC-32 of zlib and gzip.
 //
 //     unsigned long sum = bss::WChecksum::GetCheckSum(data, length, 0);
-//     sum = bss::WChecksum::GetCheckSum(more, moreLength, sum);    // goes on with it
+//     sum = bss::WChecksum::GetCheckSum(more, moreLength, sum);    // continues with more data
 //
 // Threads: may be called from any thread.
 
@@ -12,6 +12,7 @@
 
 namespace bss {
 
+/// The operations of this header, all static.
 class KRTBSS_API WChecksum {
 public:
     WChecksum() = default;
@@ -19,9 +20,11 @@ public:
     WChecksum& operator=(const WChecksum&) = default;
     virtual ~WChecksum();
 
-    /// Over the UTF-16 code units of `count` characters, two bytes each, low one first. 0 for null.
+    /// Returns the CRC-32 of the UTF-16 code units of `count` characters, two bytes each, low byte first.
+    /// `seed` is 0, or the result for the preceding data. Returns 0 for null.
     static unsigned long GetCheckSum(const wchar_t* text, unsigned long count, unsigned long seed);
-    /// Over `length` bytes. 0 for null.
+    /// Returns the CRC-32 of `length` bytes, which are not changed. `seed` is 0, or the result for the
+    /// preceding data. Returns 0 for null.
     static unsigned long GetCheckSum(unsigned char* const data, unsigned long length, unsigned long seed);
 };
 

@@ -1,5 +1,5 @@
 // Connection, transactions, failures and queries. The schema is in WDatabaseSchema.cpp, reading and writing
-// of objects in WDatabaseStore.cpp and WDatabaseFetch.cpp, that of values in WDatabaseValues.cpp.
+// of objects in WDatabaseStore.cpp and WDatabaseFetch.cpp, of values in WDatabaseValues.cpp.
 
 #include "bss/serial/database/WDatabase.h"
 
@@ -99,7 +99,6 @@ void WDatabase::ConnectFile(const std::wstring& user, const std::wstring& passwo
     ReadCapabilities(true);
 }
 
-/// `debugText` goes in front of the failure in the debugger output; null: nothing goes there.
 void WDatabase::FailToConnect(const wchar_t* debugText, void* handle, short handleType) {
     const std::wstring text = GetErrorMsg(handle, handleType);
     if (debugText != nullptr) {
@@ -122,12 +121,12 @@ void WDatabase::OpenConnection(bool isFile) {
         FailToConnect(say(L"WDatabase::ConnectFile:  Error in SQLAllocHandle (Database): "), m_hEnv,
                       odbc::kEnvironment);
     }
-    constexpr std::uintptr_t seconds = 5;
-    if (!odbc::Succeeded(odbc::SetConnectAttr(m_hDbc, odbc::kAttrLoginTimeout, seconds))) {
+    constexpr std::uintptr_t kSeconds = 5;
+    if (!odbc::Succeeded(odbc::SetConnectAttr(m_hDbc, odbc::kAttrLoginTimeout, kSeconds))) {
         if (!isFile) {
             FailToConnect(nullptr, m_hDbc, odbc::kConnection);
         }
-        // A file needs no login: the connect goes on.
+        // Continue: a file needs no login.
         OutputDebugStringW((L"WDatabase::ConnectFile:  Error in SQLSetConnectAttr: " +
                             GetErrorMsg(m_hDbc, odbc::kConnection) + L"\n")
                                .c_str());
@@ -135,18 +134,18 @@ void WDatabase::OpenConnection(bool isFile) {
 }
 
 void WDatabase::ReadCapabilities(bool isFile) {
-    constexpr std::uint32_t anyColumn = 1;
-    constexpr std::uint32_t anyOrder = 2;
+    constexpr std::uint32_t kAnyColumn = 1;
+    constexpr std::uint32_t kAnyOrder = 2;
     std::uint32_t extensions = 0;
     if (!odbc::Succeeded(odbc::GetInfo(m_hDbc, odbc::kGetDataExtensions, &extensions,
                                        static_cast<std::int16_t>(sizeof(extensions)), nullptr))) {
         FailToConnect(isFile ? L"WDatabase::ConnectFile:  Error in SQLGetInfo: " : nullptr, m_hDbc,
                       odbc::kConnection);
     }
-    if ((extensions & (anyColumn | anyOrder)) != 0) {
+    if ((extensions & (kAnyColumn | kAnyOrder)) != 0) {
         OutputDebugStringW(L"\tKRT:\tWDatabase::Connect, May fetch any column, in any order.\n");
         m_bAnyOrder = true;
-    } else if ((extensions & anyColumn) != 0) { // never so: the test above takes it, too
+    } else if ((extensions & kAnyColumn) != 0) { // never reached (kept for compatibility)
         OutputDebugStringW(L"\tKRT:\tWDatabase::Connect, May fetch any column, in increasing order.\n");
     }
     m_pDialect = SqlDialect::Make(GetInfoText(odbc::kDbmsName, MAX_PATH), m_bAnyOrder);
@@ -181,24 +180,23 @@ void WDatabase::Disconnect() {
     m_sSchema.clear();
     m_sDataSource.clear();
     m_Tables.clear();
-    // A level that was open has gone with its connection.
+    // Open levels end with their connection.
     m_TransactionModes.clear();
     m_ePass = passNone;
 }
 
-/// Empty if the driver has no answer. `room` is in code units; 0 asks for the length first.
 std::wstring WDatabase::GetInfoText(std::uint16_t what, std::size_t room) const {
-    constexpr std::size_t unit = sizeof(krtpal::Utf16Unit);
+    constexpr std::size_t kUnit = sizeof(krtpal::Utf16Unit);
     std::int16_t length = 0;
     if (room == 0) {
         if (!odbc::Succeeded(odbc::GetInfo(m_hDbc, what, nullptr, 0, &length)) || length < 0) {
             return {};
         }
-        room = static_cast<std::size_t>(length) / unit + 1;
+        room = static_cast<std::size_t>(length) / kUnit + 1;
     }
     krtpal::Utf16String units(room, 0);
     if (!odbc::Succeeded(
-            odbc::GetInfo(m_hDbc, what, units.data(), static_cast<std::int16_t>(room * unit), &length))) {
+            odbc::GetInfo(m_hDbc, what, units.data(), static_cast<std::int16_t>(room * kUnit), &length))) {
         return {};
     }
     units.resize(std::min(units.find(krtpal::Utf16Unit{0}), units.size()));
@@ -218,8 +216,8 @@ std::wstring WDatabase::GetDatabasePath() const {
         GetInfoText(odbc::kDbmsName, MAX_PATH) == L"access") {
         return path;
     }
-    // The extension begins at the last point of the file's name.
-    const std::size_t name = path.find_last_of(L"/\\") + 1; // 0 without any
+    // The extension begins at the last point of the file name.
+    const std::size_t name = path.find_last_of(L"/\\") + 1; // 0 if there is none
     const std::size_t point = path.rfind(L'.');
     if (point != std::wstring::npos && point >= name) {
         path.erase(point);
@@ -248,8 +246,6 @@ std::wstring WDatabase::NameOfCurrentClass() const {
     return m_pCurrentObject == nullptr ? m_sLastClass : m_pCurrentObject->GetNameOfClass();
 }
 
-/// Where in the data a failure was: class, group and object, and a column if one is given. Null: the last
-/// object there was.
 std::wstring WDatabase::GetPosition(const WPersistentObject* object, const std::wstring& where) const {
     const long group = object == nullptr ? m_nLastGroup : object->GetGroupID();
     const long number = object == nullptr ? m_nLastObject : object->GetObjectID();
@@ -283,7 +279,7 @@ void WDatabase::Transact(etransaction kind) {
             throw WNEODBCError(GetErrorMsg(m_hDbc, odbc::kConnection) + GetPosition(m_pCurrentObject));
         }
         if (result == odbc::kSuccessWithInfo) {
-            GetErrorMsg(m_hDbc, odbc::kConnection); // takes the records away
+            GetErrorMsg(m_hDbc, odbc::kConnection); // discards the diagnostic records
         }
         m_TransactionModes.pop_back();
         SetTransactionMode(transactionAuto);
@@ -350,7 +346,6 @@ void WDatabase::BindFirstColumn(void* statement, std::int32_t* target, std::intp
     DemandSuccess(odbc::BindCol(statement, 1, odbc::kCLong, target, sizeof(*target), indicator));
 }
 
-/// Whether there was a row.
 bool WDatabase::FetchRow(void* statement) {
     const odbc::Result result = odbc::Fetch(statement);
     if (result != odbc::kNoData) {
@@ -376,7 +371,7 @@ std::vector<long> WDatabase::GetVectorOfLongsFromQuery(const std::wstring& query
         std::int32_t value = 0;
         odbc::Length indicator = 0;
         BindFirstColumn(statement, &value, &indicator);
-        // The fetch that finds no more adds the last value once more, which callers count on.
+        // The fetch that finds no more rows adds the last value again (kept for compatibility).
         for (bool hasRow = true; hasRow;) {
             hasRow = FetchRow(statement);
             values.push_back(value);
@@ -408,10 +403,10 @@ std::vector<WDatabase::entryInfo> WDatabase::GetMissingExperimentDirectoryInfo()
             L" FROM " + Quoted(L"WDirectoryEntry") + L" WHERE " + Quoted(L"m_sDirectoryClassName") +
             L" LIKE 'WExperiment') ORDER BY " + group,
         [&entries](odbc::Handle statement) {
-            constexpr std::size_t room = 260 / sizeof(krtpal::Utf16Unit);
+            constexpr std::size_t kRoom = 260 / sizeof(krtpal::Utf16Unit);
             std::int32_t number = 0;
-            krtpal::Utf16Unit path[room] = {};
-            krtpal::Utf16Unit name[room] = {};
+            krtpal::Utf16Unit path[kRoom] = {};
+            krtpal::Utf16Unit name[kRoom] = {};
             odbc::Length indicators[3] = {};
             BindFirstColumn(statement, &number, &indicators[0]);
             DemandSuccess(odbc::BindCol(statement, 2, odbc::kCWChar, path, sizeof(path), &indicators[1]));

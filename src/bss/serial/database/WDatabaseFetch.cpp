@@ -1,4 +1,4 @@
-// The fetch of an object's row: all of it, before the object asks for its members.
+// Fetches the whole row of an object, before the object retrieves its members.
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
@@ -48,7 +48,6 @@ void WDatabase::StartRetrieval(WPersistentObject& object) {
     }
 }
 
-/// By named columns: what other programs add or move does not matter then.
 const WDatabase::KeptTable& WDatabase::SelectionFor(const WPersistentObject& object,
                                                     const std::vector<column>& columns) {
     const std::wstring table = NameOfClass(object);
@@ -107,8 +106,6 @@ void WDatabase::SendSelectQuery(const std::wstring& columns, void* statement) {
     }
 }
 
-/// The value of a column in the row that was fetched; null for a column of a type that is not known, and for
-/// binary data that is not there.
 std::unique_ptr<WDatabase::parameter> WDatabase::FetchValue(const WPersistentObject& object,
                                                             parameter::e_kind kind, const std::wstring& name,
                                                             std::int32_t ordinal) {
@@ -153,7 +150,7 @@ std::int16_t WDatabase::FetchFixed(parameter& value) {
     odbc::Length room = form.size;
     const bool isGuidText = value.kind == parameter::kindGuid && m_pDialect->HasGuidText();
     if (isGuidText || value.kind == parameter::kindBoolCharacter) {
-        form.type = odbc::kCChar; // with a NUL behind
+        form.type = odbc::kCChar; // with a terminating NUL
         room = sizeof(buffer);
     }
     const auto ordinal = static_cast<std::uint16_t>(value.columnIndex);
@@ -226,12 +223,11 @@ std::int16_t WDatabase::FetchText(parameter& value) {
     return odbc::kSuccess;
 }
 
-/// All of a long value, piece by piece; each piece ends with a NUL of `endUnit` bytes.
 std::int16_t WDatabase::FetchPieces(const parameter& value, std::int16_t cType, std::size_t endUnit,
                                     std::string* bytes, bool* isNull) {
     const bool endsPlainly = m_pDialect->KeepsStatements();
     const auto ordinal = static_cast<std::uint16_t>(value.columnIndex);
-    std::size_t room = endsPlainly ? 1024 : 260; // what an allocator has at hand
+    std::size_t room = endsPlainly ? 1024 : 260; // a size that allocators cache
     for (;;) {
         const std::size_t start = bytes->size();
         bytes->resize(start + room);
@@ -239,7 +235,7 @@ std::int16_t WDatabase::FetchPieces(const parameter& value, std::int16_t cType, 
         const odbc::Result result = odbc::GetData(m_hRow, ordinal, cType, bytes->data() + start,
                                                   static_cast<odbc::Length>(room), &left);
         *isNull = left == odbc::kNullData;
-        // What is told is what was left before this piece.
+        // The driver reports the number of bytes that were left before this piece.
         const auto told = endsPlainly && left == odbc::kNoTotal
                               ? room
                               : static_cast<std::size_t>(std::max<odbc::Length>(left, 0));

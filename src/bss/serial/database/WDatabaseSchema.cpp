@@ -1,4 +1,4 @@
-// The picture of types, tables and columns, and what makes and changes tables.
+// The schema: reads types, tables and columns, creates and changes tables.
 
 #include "bss/exception/WEventLog.h"
 #include "bss/exception/WExceptionCatalogue.h"
@@ -26,7 +26,7 @@ void Release(odbc::Handle statement, std::initializer_list<std::uint16_t> option
     }
 }
 
-/// A column of a catalogue call, which gives narrow text.
+// A bound column of a catalogue function, which returns narrow text.
 template <std::size_t room>
 struct NarrowColumn {
     std::array<char, room> text{};
@@ -91,7 +91,6 @@ void WDatabase::CheckDataTypes() {
     MapTables();
 }
 
-/// Other schemas may have tables of the same names.
 void WDatabase::ReadSchema() {
     m_sSchema.clear();
     const std::wstring query = m_pDialect->SchemaQuery();
@@ -180,7 +179,6 @@ WDatabase::tableMap::iterator WDatabase::FindTable(const std::wstring& name) {
     if (table != m_Tables.end()) {
         return table;
     }
-    // Another connection may have made it.
     MapTables();
     return m_Tables.find(name);
 }
@@ -204,7 +202,7 @@ void WDatabase::CreateTable(const WPersistentObject& object) {
         throw std::runtime_error("unknown failure");
     }
     if (!odbc::Succeeded(odbc::ExecDirect(statement.Handle(), m_pDialect->CreateIndex(name)))) {
-        // Rows are found without it, only slower.
+        // Continue: without the index, rows are found more slowly.
         const std::wstring text = GetErrorMsg(statement.Handle(), odbc::kStatement) + GetPosition(&object);
         WEventLog::Write(text.c_str(), WEventLog::Warning);
         OutputDebugStringW(text.c_str());
@@ -213,7 +211,6 @@ void WDatabase::CreateTable(const WPersistentObject& object) {
     DropKeptStatements();
 }
 
-/// Of the object in hand; the end of the tables without one.
 WDatabase::tableIterator WDatabase::CurrentTable() const {
     if (m_pCurrentObject == nullptr) {
         return m_Tables.end();

@@ -1,5 +1,4 @@
-// Objects: the passes of a write, the statement of a row, and the checksum. Rows are fetched in
-// WDatabaseFetch.cpp.
+// Objects: the passes of a write, the statement of a row, and the checksum. WDatabaseFetch.cpp fetches rows.
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
@@ -24,14 +23,14 @@ namespace {
 
 namespace odbc = krtpal::odbc;
 
-/// From so many bytes on a value goes to the driver while the statement runs.
+// Values of at least this size are sent as data at execution.
 constexpr std::size_t kAtExecution = 1024;
 
 bool IsKey(const std::wstring& column) {
     return column == L"groupID" || column == L"objectID";
 }
 
-/// The checksum's text holds any 16-bit value; a zero would end it in a column.
+// Replaces zeros, which would end the encrypted checksum in its column.
 void ReplaceZeros(std::wstring& text) {
     std::replace(text.begin(), text.end(), L'\0', L'~');
 }
@@ -42,7 +41,7 @@ void Debug(const std::wstring& text) {
 
 } // namespace
 
-/// The object in hand for the time of a call: afterwards callers may destroy it.
+// Sets the current object for a call. The caller may destroy the object afterwards.
 class WDatabase::CurrentObject {
 public:
     CurrentObject(WDatabase& database, WPersistentObject& object)
@@ -70,7 +69,7 @@ private:
     std::wstring m_formerName;
 };
 
-/// An object makes its name anew each time: that of the one in hand is kept.
+// GetNameOfClass composes the name in each call: cache that of the current object.
 std::wstring WDatabase::NameOfClass(const WPersistentObject& object) const {
     return &object == m_pNamedObject ? m_sNameOfClass : object.GetNameOfClass();
 }
@@ -124,7 +123,6 @@ void WDatabase::Delete(WPersistentObject& object, bool bDeep) {
     RunDataPass([&] { DeleteObject(object, bDeep); }, [&] { Delete(object, bDeep); });
 }
 
-/// The frame of what has one pass only; `runAgain` calls the operation anew, in the pass.
 template <class RunOne, class RunAgain>
 void WDatabase::RunDataPass(RunOne runOne, RunAgain runAgain) {
     try {
@@ -148,21 +146,19 @@ void WDatabase::RunDataPass(RunOne runOne, RunAgain runAgain) {
     }
 }
 
-/// After a failure, which is what is to be told: that of the way back is not.
 void WDatabase::RollBack() noexcept {
     try {
         Transact(transactionRollback);
     } catch (const WNestedException& e) {
         Debug(e.AsString(false) + L"\n");
-    } catch (...) { // NOLINT(bugprone-empty-catch): as above
+    } catch (...) { // NOLINT(bugprone-empty-catch): another failure is being reported
     }
-    DropKeptStatements(); // one may wait for data that will not come
+    DropKeptStatements(); // one may still wait for data at execution
     if (m_TransactionModes.empty()) {
         m_ePass = passNone;
     }
 }
 
-/// A statement without an answer; empty: there is none.
 void WDatabase::Send(const std::wstring& text) {
     if (!text.empty()) {
         const Statement statement(m_hDbc);
@@ -191,7 +187,6 @@ void WDatabase::WriteObject(WPersistentObject& object, bool bDeep) {
     m_pCurrentObject = &object;
 }
 
-/// Those that have gone from the object leave the database. The write goes on if they can't.
 void WDatabase::DeleteOldComponents(WPersistentObject& object) {
     try {
         object.DeleteComponents();
@@ -238,7 +233,6 @@ std::wstring WDatabase::Quoted(const std::wstring& name) const {
     return m_pDialect == nullptr ? name : m_pDialect->Quoted(name);
 }
 
-/// The row of an object; a kept statement has markers for its numbers.
 std::wstring WDatabase::KeyCondition(const WPersistentObject& object) const {
     const bool hasMarkers = m_pDialect->KeepsStatements();
     const auto equal = [&](const wchar_t* name, long number) {
@@ -248,7 +242,7 @@ std::wstring WDatabase::KeyCondition(const WPersistentObject& object) const {
            equal(L"objectID", object.GetObjectID());
 }
 
-/// A failure to bind is told by the execution that follows.
+// Bind results are ignored: SQLExecute reports the error.
 void WDatabase::BindKey(void* statement, int firstMarker, const WPersistentObject& object) {
     m_aKey[0] = object.GetGroupID();
     m_aKey[1] = object.GetObjectID();
@@ -259,13 +253,12 @@ void WDatabase::BindKey(void* statement, int firstMarker, const WPersistentObjec
     }
 }
 
-/// The statement that was prepared for a text about an object.
 void* WDatabase::StatementFor(const std::wstring& text) {
     if (const auto kept = m_KeptStatements.find(text); kept != m_KeptStatements.end()) {
         return kept->second;
     }
-    constexpr std::size_t most = 500; // a class has five
-    if (m_KeptStatements.size() >= most) {
+    constexpr std::size_t kMost = 500; // a class has five
+    if (m_KeptStatements.size() >= kMost) {
         DropKeptStatements();
     }
     odbc::Handle statement = nullptr;
@@ -281,7 +274,6 @@ void* WDatabase::StatementFor(const std::wstring& text) {
     return statement;
 }
 
-/// They hold what the driver knew of their tables.
 void WDatabase::DropKeptStatements() {
     for (const auto& [text, statement] : m_KeptStatements) {
         odbc::FreeHandle(odbc::kStatement, statement);
@@ -359,7 +351,6 @@ void WDatabase::FinishInsertion(WPersistentObject& object) {
     ClearQueryStream();
 }
 
-/// The kept statement that writes the values in hand.
 void* WDatabase::ChangeFor(const WPersistentObject& object, bool isUpdate) {
     const std::wstring table = NameOfClass(object);
     const auto changeOf = [isUpdate](KeptTable& kept) -> KeptTable::Change& {
@@ -421,7 +412,6 @@ void WDatabase::BindParameters(const WPersistentObject& object, bool isUpdate) {
     }
 }
 
-/// Where the driver takes a value in another form, makes that.
 void WDatabase::MakeDriverForm(parameter& value) const {
     const SqlDialect::e_text form = m_pDialect->GetTextForm();
     if (value.kind == parameter::kindText && form != SqlDialect::textUtf16) {
@@ -476,14 +466,13 @@ bool WDatabase::BindParameter(parameter& value) {
     }
     const bool isAtExecution = size >= kAtExecution;
     value.indicator = isAtExecution ? odbc::LengthAtExecution(length) : length;
-    // The driver form was made before, and stays.
+    // The driver form was made before and is not changed.
     // NOLINTBEGIN(clang-analyzer-cplusplus.InnerPointer)
     return odbc::Succeeded(odbc::BindParameter(m_hRow, number, type.c, type.sql, size,
                                                isAtExecution ? &value.number : data, 0, &value.indicator));
     // NOLINTEND(clang-analyzer-cplusplus.InnerPointer)
 }
 
-/// Leaves the statement ready for the next one.
 void WDatabase::FailStatement(const std::wstring& text) {
     odbc::FreeStmt(m_hRow, odbc::kUnbind);
     odbc::FreeStmt(m_hRow, odbc::kResetParams);
@@ -540,7 +529,7 @@ bool WDatabase::Exists(const WPersistentObject& object, long* pVersion) {
         odbc::Length indicator = 0;
         BindFirstColumn(statement, &version, &indicator);
         while (!isThere && FetchRow(statement)) {
-            // A row of that version or an older one counts as none.
+            // A row of 5.0.0.0 or an older version is ignored.
             isThere = version > WVersion::GetVersion(5, 0, 0, 0);
         }
         if (isThere && pVersion != nullptr) {
@@ -575,7 +564,8 @@ void WDatabase::FinishRetrieval(WPersistentObject& /*object*/) {
     std::wstring stored;
     Retrieve(L"checkSum", stored);
     ReplaceZeros(stored);
-    // By code units: encryption makes pairs of surrogates by chance, which come back as one character.
+    // Compare code units: the encrypted text may have surrogate pairs by chance, which are read as one
+    // character.
     if (krtpal::Utf16FromWide(calculated) != krtpal::Utf16FromWide(stored)) {
         throw WNESerializerError(L"Data corrupted.");
     }

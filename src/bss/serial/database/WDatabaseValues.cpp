@@ -1,4 +1,4 @@
-// How each kind of value sits in a column, and what it adds to the checksum.
+// Values: the form of each kind in its column, and its contribution to the checksum.
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
@@ -22,7 +22,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-// Numbers stand in binary columns as they stand in memory.
+// Numbers are copied to binary columns as they are in memory.
 static_assert(std::endian::native == std::endian::little);
 
 namespace bss {
@@ -31,17 +31,17 @@ namespace {
 
 namespace odbc = krtpal::odbc;
 
-/// From so many bytes on binary data is compressed.
+// Binary data of at least this size are compressed.
 constexpr std::size_t kCompressed = 1001;
-/// Stands behind each string of an array.
+// Follows each string of an array.
 constexpr wchar_t kDelimiter = 0xFAB5;
-/// No byte of zlib's format expands to more.
+// The largest expansion of a byte in zlib's format.
 constexpr std::size_t kMostExpansion = 1032;
 
-/// In front of binary data from version 5.3.2.0 on.
+// Precedes binary data from version 5.3.2.0 on.
 struct FrameHeader {
     std::uint32_t total;
-    std::uint32_t compressed; ///< 0 for data as it is
+    std::uint32_t compressed; // 0 for uncompressed data
     std::uint32_t length;
     std::uint32_t lengthAgain;
 };
@@ -109,13 +109,13 @@ long WDatabase::EscapeString(unsigned char* out, const unsigned char* in, long l
         unsigned char byte;
         unsigned char letter;
     };
-    static constexpr Escape escapes[] = {{0, '0'},  {10, 'n'},  {13, 'r'}, {26, 'Z'},
-                                         {34, '"'}, {39, '\''}, {92, '\\'}};
+    static constexpr Escape kEscapes[] = {{0, '0'},  {10, 'n'},  {13, 'r'}, {26, 'Z'},
+                                          {34, '"'}, {39, '\''}, {92, '\\'}};
     unsigned char* at = out;
     for (long i = 0; i < length; ++i) {
-        const auto* const escape = std::find_if(std::begin(escapes), std::end(escapes),
+        const auto* const escape = std::find_if(std::begin(kEscapes), std::end(kEscapes),
                                                 [&](const Escape& each) { return each.byte == in[i]; });
-        if (escape == std::end(escapes)) {
+        if (escape == std::end(kEscapes)) {
             *at++ = in[i];
         } else {
             *at++ = '\\';
@@ -132,7 +132,7 @@ void WDatabase::AddToCheckSum(long value) {
     m_CheckSumText.append(static_cast<const char*>(text), static_cast<const char*>(end.ptr));
 }
 
-/// Five significant digits, whatever the locale and the C library. NaN has no sign: back-ends drop it.
+// Adds five significant digits, independent of locale and C library. NaN has no sign: back-ends drop it.
 void WDatabase::AddToCheckSum(double value) {
     value = std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value;
     char text[32];
@@ -168,13 +168,12 @@ void WDatabase::AddParameter(parameter::e_kind kind, const std::wstring& key, co
     if (length > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / 2) {
         throw WNESerializerError(L"cannot write column '" + key + L"': its value has more than 1 GiB");
     }
-    // A driver takes a null pointer for NULL, which is not what an empty value is.
+    // A driver treats a null pointer as NULL, which differs from an empty value.
     m_Parameters.push_back(std::make_unique<parameter>(kind, key, data == nullptr ? "" : data,
                                                        static_cast<std::int32_t>(length),
                                                        m_pCurrentObject->GetVersion()));
 }
 
-/// A value of fixed size; nothing when it is missing, or NULL in its column.
 template <class Value>
 bool WDatabase::TakeFixed(const std::wstring& key, const wchar_t* text, Value* value) const {
     const parameter& found = DemandParameter(key, text);
@@ -288,7 +287,7 @@ void WDatabase::Retrieve(const std::wstring& key, std::wstring& value) {
         value = std::wstring(krtpal::WideFromUtf16(units));
     }
     AddToCheckSum(value);
-    if (value == L" ") { // an empty one
+    if (value == L" ") { // an empty text
         value.clear();
     }
 }
@@ -322,8 +321,8 @@ void WDatabase::Retrieve(const std::wstring& key, GUID& value) {
                                sizeof(value), &indicator);
     }
     if (result == odbc::kNoData || (!odbc::Succeeded(result) && !m_bAnyOrder)) {
-        // A driver that gives a value once, or only in the order of the columns, has given it when the row
-        // was fetched, and a row that is closed has given all.
+        // A driver that returns a value once, or only in the order of the columns, returned it when the row
+        // was fetched; a closed row was fetched whole.
         const parameter& fetched = DemandParameter(key, L"No data found for table (8) ");
         indicator = fetched.data == nullptr ? odbc::kNullData : fetched.dataLength;
         TakeFixed(key, L"", &value);
@@ -396,7 +395,7 @@ void WDatabase::InsertOldBinary(const std::wstring& key, const unsigned char* da
     AddParameter(parameter::kindBinary, key, stored.data(), stored.size());
 }
 
-/// Versions below 5.3.0.9 took the sum over the text that a statement would have had.
+// Below version 5.3.0.9 the checksum covers the escaped bytes, as in the text of a statement.
 void WDatabase::AddOldCheckSum(unsigned char* data, std::size_t length) {
     if (length == 0) {
         return;
@@ -630,7 +629,7 @@ void WDatabase::InsertF(const std::wstring& key, const std::vector<double>& valu
     if (HasFrames(*m_pCurrentObject)) {
         InsertElements(key, values.data(), values.size());
     } else {
-        // The precision is lost on purpose.
+        // Single precision is the format of older versions.
         Insert(key, std::vector<float>(values.begin(), values.end()));
     }
 }
@@ -680,7 +679,7 @@ void WDatabase::RetrieveStrings(const std::wstring& key, std::vector<std::wstrin
     }
 }
 
-/// Count, and each string behind its length, as binary data.
+// Stores the count, then the length and the bytes of each string, as binary data.
 void WDatabase::InsertStrings(const std::wstring& key, const std::string* strings, std::size_t count) {
     std::string image;
     const auto add = [&image](std::size_t number) {

@@ -11,7 +11,7 @@
 namespace bss::des {
 
 /// The substitutions S1 to S8, each as four rows of 16.
-inline constexpr unsigned char SBoxes[8][64] = {
+inline constexpr unsigned char kSBoxes[8][64] = {
     {14, 4,  13, 1, 2,  15, 11, 8, 3, 10, 6, 12, 5,  9,  0,  7,  0,  15, 7,  4,  14, 2,
      13, 1,  10, 6, 12, 11, 9,  5, 3, 8,  4, 1,  14, 8,  13, 6,  2,  11, 15, 12, 9,  7,
      3,  10, 5,  0, 15, 12, 8,  2, 4, 9,  1, 7,  5,  11, 3,  14, 10, 0,  6,  13},
@@ -38,20 +38,21 @@ inline constexpr unsigned char SBoxes[8][64] = {
      15, 3, 5,  8, 2, 1,  14, 7,  4,  10, 8, 13, 15, 12, 9,  0,  3,  5,  6,  11},
 };
 
-/// The permutation P behind the S-boxes: bit i of the result (1 the highest) is bit P[i] of the argument.
-inline constexpr unsigned char P[32] = {16, 7, 20, 21, 29, 12, 28, 17, 1,  15, 23, 26, 5,  18, 31, 10,
-                                        2,  8, 24, 14, 32, 27, 3,  9,  19, 13, 30, 6,  22, 11, 4,  25};
+/// The permutation P after the S-boxes: bit i of the result (1 is the highest) is bit kP[i - 1] of the
+/// argument.
+inline constexpr unsigned char kP[32] = {16, 7, 20, 21, 29, 12, 28, 17, 1,  15, 23, 26, 5,  18, 31, 10,
+                                         2,  8, 24, 14, 32, 27, 3,  9,  19, 13, 30, 6,  22, 11, 4,  25};
 
-/// The permuted choice 2: which of the 56 bits of the two halves of the key make a round's 48.
-inline constexpr unsigned char PC2[48] = {14, 17, 11, 24, 1,  5,  3,  28, 15, 6,  21, 10, 23, 19, 12, 4,
-                                          26, 8,  16, 7,  27, 20, 13, 2,  41, 52, 31, 37, 47, 55, 30, 40,
-                                          51, 45, 33, 48, 44, 49, 39, 56, 34, 53, 46, 42, 50, 36, 29, 32};
+/// Permuted choice 2: the 48 of the key's 56 bits (1 is the highest) that form a round's sub-key.
+inline constexpr unsigned char kPC2[48] = {14, 17, 11, 24, 1,  5,  3,  28, 15, 6,  21, 10, 23, 19, 12, 4,
+                                           26, 8,  16, 7,  27, 20, 13, 2,  41, 52, 31, 37, 47, 55, 30, 40,
+                                           51, 45, 33, 48, 44, 49, 39, 56, 34, 53, 46, 42, 50, 36, 29, 32};
 
-/// How far the halves of the key go to the left before each round.
-inline constexpr unsigned char KeyShifts[16] = {1, 1, 2, 2, 2, 2, 2, 2, 1, 2, 2, 2, 2, 2, 2, 1};
+/// The number of places by which the halves of the key are rotated left before each round.
+inline constexpr unsigned char kKeyShifts[16] = {1, 1, 2, 2, 2, 2, 2, 2, 1, 2, 2, 2, 2, 2, 2, 1};
 
-/// The S-boxes with P behind them: entry [box][six input bits] is the share of 32 bits that the box gives.
-/// One to the left, as the halves stand between the permutations at both ends of the cipher.
+/// The S-boxes followed by P: entry [box][six input bits] is the contribution of the box to the 32 bits,
+/// rotated left by 1 as the halves are between the initial and the final permutation.
 using SPBoxes = std::array<std::array<std::uint32_t, 64>, 8>;
 
 constexpr SPBoxes MakeSPBoxes() {
@@ -60,11 +61,11 @@ constexpr SPBoxes MakeSPBoxes() {
         for (std::size_t input = 0; input < 64; ++input) {
             // The outer two bits choose the row.
             const std::size_t row = (input >> 4U & 2U) | (input & 1U);
-            const std::uint32_t value = SBoxes[box][row * 16 + (input >> 1U & 15U)];
+            const std::uint32_t value = kSBoxes[box][row * 16 + (input >> 1U & 15U)];
             const std::uint32_t substituted = value << (28 - 4 * box);
             std::uint32_t permuted = 0;
             for (std::size_t i = 0; i < 32; ++i) {
-                permuted |= (substituted >> (32U - P[i]) & 1U) << (31 - i);
+                permuted |= (substituted >> (32U - kP[i]) & 1U) << (31 - i);
             }
             boxes[box][input] = std::rotl(permuted, 1);
         }
@@ -72,18 +73,18 @@ constexpr SPBoxes MakeSPBoxes() {
     return boxes;
 }
 
-alignas(64) inline constexpr SPBoxes SP = MakeSPBoxes();
+alignas(64) inline constexpr SPBoxes kSPBoxes = MakeSPBoxes();
 
 /// Permuted choice 2 of seven bits at a time: entry [half][group][seven bits]. The left half gives the bits
-/// for the S-boxes 1 to 4: 1 and 3 in the upper 16 bits, 2 and 4 in the lower; the right half likewise for 5
-/// to 8.
+/// for the S-boxes 1 to 4: for 1 and 3 in the upper 16 bits, for 2 and 4 in the lower 16. The right half
+/// gives those for 5 to 8 likewise.
 using ChoiceTable = std::array<std::array<std::array<std::uint32_t, 128>, 4>, 2>;
 
 constexpr ChoiceTable MakeChoices() {
     ChoiceTable choices{};
     for (std::size_t i = 0; i < 48; ++i) {
         const std::size_t half = i / 24;
-        const std::size_t bitOfHalf = PC2[i] - 1U - 28 * half; // 0 the highest
+        const std::size_t bitOfHalf = kPC2[i] - 1U - 28 * half; // 0 is the highest
         const std::size_t box = i / 6 % 4;
         const std::size_t shift = (box % 2 == 0 ? 24U : 8U) - box / 2 * 8 + (5 - i % 6);
         for (std::size_t bits = 0; bits < 128; ++bits) {
@@ -95,7 +96,7 @@ constexpr ChoiceTable MakeChoices() {
     return choices;
 }
 
-inline constexpr ChoiceTable Choices = MakeChoices();
+inline constexpr ChoiceTable kChoices = MakeChoices();
 
 } // namespace bss::des
 

@@ -18,11 +18,11 @@ bool ForObjectOrInput(const HANDLE& handle, unsigned long timeoutMs, unsigned lo
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
             if (message.message == WM_QUIT) {
-                return true; // on purpose, though the object was not signalled
+                return true; // although the object was not signalled (kept for compatibility)
             }
             DispatchMessageW(&message);
         }
-        // The whole time-out in each round: it is meant not to shrink.
+        // Each round waits the whole time-out again (kept for compatibility).
         switch (
             MsgWaitForMultipleObjects(1, &handle, FALSE, TimeOut(timeoutMs), static_cast<DWORD>(wakeMask))) {
         case WAIT_OBJECT_0:

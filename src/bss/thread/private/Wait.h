@@ -1,4 +1,4 @@
-// The waits that both generations of locks share.
+// Waits for the handle of one object, shared by both families of locks.
 
 #ifndef BSS_THREAD_PRIVATE_WAIT_H
 #define BSS_THREAD_PRIVATE_WAIT_H
@@ -7,11 +7,12 @@
 
 namespace bss::wait {
 
-/// Values from 0xFFFFFFFF up are for ever.
+/// Returns the system's time-out. Values from 0xFFFFFFFF up give INFINITE.
 DWORD TimeOut(unsigned long timeoutMs);
-/// True exactly when the object was had. False for a null handle.
+/// Waits for the object. Returns true if it was signalled in time, false for a null handle.
 bool ForObject(HANDLE handle, unsigned long timeoutMs);
-/// The same, and dispatches messages meanwhile. The handle is read anew in each round.
+/// Waits as ForObject does, and dispatches messages meanwhile. See bss::sync::WSyncObject::LockEx. The handle
+/// is read again in each round: the caller's variable may become null.
 bool ForObjectOrInput(const HANDLE& handle, unsigned long timeoutMs, unsigned long wakeMask);
 
 } // namespace bss::wait

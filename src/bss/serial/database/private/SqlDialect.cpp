@@ -16,7 +16,7 @@ namespace {
 
 namespace odbc = krtpal::odbc;
 
-/// What a database file is where its name does not tell.
+// The kind of a database file whose name has no known extension.
 constexpr bool kFilesAreAccess = KRTBSS_ACCESS_FILES;
 
 bool EndsWith(const std::wstring& path, std::wstring_view extension) {
@@ -31,8 +31,8 @@ bool IsAccessFile(const std::wstring& path) {
     return kFilesAreAccess ? !EndsWith(path, L".db") && !EndsWith(path, L".sqlite") : EndsWith(path, L".mdb");
 }
 
-/// On Linux SQLite's driver has no calls with wide text, and the driver manager would cut letters outside
-/// ASCII.
+// On Linux SQLite's driver has no wide-text functions, and the driver manager would truncate characters
+// outside ASCII.
 std::wstring SqliteName(const std::wstring& path) {
     const bool isAscii = std::all_of(path.begin(), path.end(), [](wchar_t c) { return c > 0 && c < 0x80; });
     return kFilesAreAccess || isAscii ? path : SqlDialect::SqliteUri(path);
@@ -77,8 +77,8 @@ protected:
     std::wstring TablePrefix() const override { return L"[dbo]."; }
 };
 
-/// Its driver takes any name of a type and gives it back as written, and tells of no long wide text and no
-/// GUID. Wide text outside the basic plane would be damaged on its way.
+// The driver accepts any type name and returns it as written. It reports no type for long wide text and GUID.
+// It damages characters beyond U+FFFF in wide text.
 class SqliteDialect : public SqlDialect {
 public:
     std::wstring CreateIndex(const std::wstring& table) const override {
@@ -86,7 +86,7 @@ public:
         return L"CREATE UNIQUE INDEX " + Quoted(table + L"_groupID_objectID") + L" ON " + Quoted(table) +
                L" ([groupID] ASC, [objectID] ASC)";
     }
-    /// In brackets what is no name is a failure, in quotes it would be a text.
+    // An unknown name in brackets is an error; in quotes it would be a text.
     std::wstring Quoted(const std::wstring& name) const override {
         return name.find(L']') == std::wstring::npos ? L"[" + name + L"]" : InQuotes(name);
     }
@@ -99,7 +99,7 @@ public:
         }
         return statements;
     }
-    /// Its driver rounds floating point to 15 digits, and takes any number of them as text.
+    // The driver rounds floating point to 15 digits, but returns text with any number of digits.
     std::wstring Selected(const std::wstring& columnName, parameter::e_kind kind) const override {
         const std::wstring name = Quoted(columnName);
         return kind == parameter::kindDouble
@@ -114,11 +114,12 @@ public:
     parameter::e_kind KindOfType(const std::wstring& typeName) const override {
         return typeName == L"integer" ? parameter::kindInteger : SqlDialect::KindOfType(typeName);
     }
-    /// Two processes that have read could each wait for the other one's end before they may write. There is
-    /// no word for the lock inside a transaction; this begins to write and finds nothing to do.
+    // Two processes that have read would deadlock when both begin to write. SQL has no statement for the lock
+    // inside a transaction; this one starts a write and changes nothing.
     std::wstring LockForWriting() const override { return L"PRAGMA incremental_vacuum(1)"; }
     e_text GetTextForm() const override { return textEscapedUtf8; }
-    /// It has NULL for NaN and 0 for -0. As texts they stay, and the driver reads them as the numbers.
+    // SQLite stores NULL for NaN and 0 for -0. Texts are stored unchanged, and the driver converts them to
+    // the numbers.
     std::string FormOfNumber(double number) const override {
         return std::isnan(number) ? "nan" : number == 0.0 && std::signbit(number) ? "-0x0" : "";
     }
@@ -126,8 +127,7 @@ public:
     bool KeepsStatements() const override { return true; }
 };
 
-/// Names without quotes would be folded to lower case. The server refuses text with a NUL or with half a
-/// surrogate pair.
+// The server folds names without quotes to lower case. It rejects text with a NUL or an unpaired surrogate.
 class PostgreSqlDialect : public SqlDialect {
 public:
     std::wstring CreateIndex(const std::wstring& table) const override {
@@ -180,7 +180,7 @@ bool NeedsEscape(krtpal::Utf16View units) {
     return !units.empty() && static_cast<char16_t>(units[0]) == kEscapeMark;
 }
 
-/// The value of a hexadecimal digit, 0 for what is none.
+// Returns the value of a hexadecimal digit, 0 for any other character.
 unsigned DigitValue(char16_t c) {
     const std::size_t value = kDigits.find(c);
     return value == std::u16string_view::npos ? 0 : static_cast<unsigned>(value);
@@ -200,7 +200,8 @@ std::wstring SqlDialect::FileConnection(const std::wstring& path, const std::wst
         throw WNEODBCError(L"cannot open the database file '" + path +
                            L"': its driver takes no name with a semicolon");
     }
-    // What is written lasts before the call returns, other processes are waited for, and text stays as it is.
+    // SyncPragma: a commit is durable before it returns. Timeout: wait for other processes. NoWCHAR: text is
+    // not converted.
     return L"DRIVER={" KRTBSS_SQLITE_DRIVER L"};Database=" + SqliteName(path) +
            L";Timeout=10000;SyncPragma=FULL;FKSupport=0;LongNames=0;NoWCHAR=1;";
 }

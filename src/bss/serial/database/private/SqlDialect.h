@@ -1,8 +1,10 @@
-// How back-ends differ in their SQL, their types, and what their drivers take and give. All such differences
-// stand here and nowhere else.
+// SqlDialect: the differences between back-ends in their SQL, their types and the values of their drivers. No
+// other file has such differences.
 //
-// Access and SQL Server are spoken to in one exact form each, and so is any driver that is not known. The
-// others are chosen by the name of the back-end that the driver tells.
+// SQLite and PostgreSQL are selected by the name that the driver reports. All other drivers use the dialect
+// of Access or of SQL Server.
+//
+// Threads: dialects are constant.
 
 #ifndef BSS_SERIAL_DATABASE_PRIVATE_SQLDIALECT_H
 #define BSS_SERIAL_DATABASE_PRIVATE_SQLDIALECT_H
@@ -18,74 +20,84 @@
 
 namespace bss {
 
+/// One dialect. The base has the defaults.
 class KRTBSS_API SqlDialect {
 public:
     using column = WDatabase::column;
     using parameter = WDatabase::parameter;
 
-    /// How texts go to and from the driver: UTF-16 as it is, or, in that or in UTF-8, with an escape for what
-    /// the back-end can't hold.
+    /// The form of texts for the driver: unchanged UTF-16, or UTF-16 or UTF-8 with an escape for texts that
+    /// the back-end can't store.
     enum e_text { textUtf16, textEscapedUtf16, textEscapedUtf8 };
 
     virtual ~SqlDialect();
 
-    /// What opens a database file: by the Access driver or by SQLite's. Throws WNEODBCError for a name that
-    /// the driver can't be told.
+    /// Returns the connection string of a database file, for the Access driver or SQLite's.
+    /// Throws WNEODBCError for a path that a connection string can't hold.
     static std::wstring FileConnection(const std::wstring& path, const std::wstring& user,
                                        const std::wstring& password);
-    /// The name of a file in ASCII, whatever its letters.
+    /// Returns the URI of a file, in ASCII.
     static std::wstring SqliteUri(const std::wstring& path);
-    /// `dbmsName` as the driver tells it; `anyOrder`: columns may be fetched in any order.
+    /// Returns the dialect of a back-end. `dbmsName` is the name that the driver reports; `anyOrder`: columns
+    /// may be fetched in any order.
     static std::unique_ptr<const SqlDialect> Make(const std::wstring& dbmsName, bool anyOrder);
 
-    /// `fixed` are the five columns that every table begins with.
+    /// Returns the statement that creates a table. `fixed` are the five columns at the beginning of every
+    /// table.
     virtual std::wstring CreateTable(const std::wstring& table, const std::vector<column>& fixed) const;
+    /// Returns the statement that creates the unique index of the key.
     virtual std::wstring CreateIndex(const std::wstring& table) const = 0;
-    /// The statements that add columns, to be run in their order.
+    /// Returns the statements that add columns, to be run in this order.
     virtual std::vector<std::wstring> AddColumns(const std::wstring& table,
                                                  const std::vector<column>& columns) const;
-    /// A table's or a column's name as it stands in statements.
+    /// Returns the name of a table or a column as statements require it.
     virtual std::wstring Quoted(const std::wstring& name) const;
-    /// The query for the schema whose tables are meant; empty: all that the driver shows.
+    /// Returns the query for the schema whose tables are used; empty: all that the driver lists.
     virtual std::wstring SchemaQuery() const;
-    /// What stands behind a table's name when it is written or read.
+    /// Returns the hint after a table's name in a statement that writes.
     virtual std::wstring WriteHint() const;
+    /// Returns the hint after a table's name in a statement that reads.
     virtual std::wstring ReadHint() const;
-    /// What a SELECT names for a column, so that its value comes whole.
+    /// Returns the expression of a SELECT for a column that returns its value without loss.
     virtual std::wstring Selected(const std::wstring& columnName, parameter::e_kind kind) const;
 
-    /// The back-end's name for an ODBC type of which its driver tells nothing; empty if it has none.
+    /// Returns the back-end's name of an ODBC type that its driver does not report; empty if it has none.
     virtual std::wstring NameOfType(std::int16_t sqlType) const;
-    /// Whether the columns of a table tell their type by name rather than by number.
+    /// Returns true if the type of a column is identified by its name, false if by its number.
     virtual bool HasTypeNames() const;
+    /// Returns the kind of the values of a column; kindNone for an unknown type.
     virtual parameter::e_kind KindOfType(const std::wstring& typeName) const;
-    /// A statement that changes nothing and takes the lock of writers; empty: none is needed.
+    /// Returns a statement that acquires the writers' lock and changes nothing; empty if none is needed.
     virtual std::wstring LockForWriting() const;
-    /// A statement by which the queries of a transaction all see one state; empty: none is needed, or there
-    /// is none.
+    /// Returns a statement by which all queries of a transaction see one state; empty if none is needed or
+    /// none exists.
     virtual std::wstring FixStateForReading() const;
 
+    /// Returns the form of texts for the driver.
     virtual e_text GetTextForm() const;
-    /// What goes in the place of a number that the back-end cannot hold; empty for all others.
+    /// Returns the text that is stored for a number that the back-end can't store; empty for all other
+    /// numbers.
     virtual std::string FormOfNumber(double number) const;
-    /// Whether GUIDs go as their text.
+    /// Returns true if GUIDs are stored as text.
     virtual bool HasGuidText() const;
-    /// Whether the statements of objects are prepared once a connection and kept, with markers for keys, and
-    /// rows are fetched column by named column and closed at once. Otherwise each is sent anew.
+    /// Returns true if the statements of objects are prepared once for each connection and cached, with
+    /// markers for keys, and rows are fetched by named columns and closed at once. Otherwise each statement
+    /// is sent again.
     virtual bool KeepsStatements() const;
 
 protected:
     SqlDialect() = default;
+    /// Returns the schema prefix of a table that is created.
     virtual std::wstring TablePrefix() const;
-    /// What stands before each added column but the first.
+    /// Returns the words before each added column except the first.
     virtual std::wstring AddClause() const;
 };
 
-/// The bytes of a text for the driver. An escaped text is one that every back-end can hold: as it is, or,
-/// where it holds a NUL or half a surrogate pair or begins with U+FFFE, as U+FFFE and four hexadecimal digits
-/// for each code unit.
+/// Returns the bytes of a text for the driver. An escaped form leaves a text unchanged, except one that has a
+/// NUL or an unpaired surrogate or begins with U+FFFE: that becomes U+FFFE and four hexadecimal digits for
+/// each code unit.
 KRTBSS_API std::string EncodeText(krtpal::Utf16View units, SqlDialect::e_text form);
-/// Text that is no UTF-8 has U+FFFD for what is wrong.
+/// Returns the text of bytes from the driver. Invalid UTF-8 gives U+FFFD.
 KRTBSS_API krtpal::Utf16String DecodeText(std::string_view bytes, SqlDialect::e_text form);
 
 } // namespace bss

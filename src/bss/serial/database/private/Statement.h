@@ -1,4 +1,4 @@
-// A statement of its own for one call of WDatabase, freed at the end of its scope.
+// Owners of statement handles for one call of WDatabase.
 
 #ifndef BSS_SERIAL_DATABASE_PRIVATE_STATEMENT_H
 #define BSS_SERIAL_DATABASE_PRIVATE_STATEMENT_H
@@ -8,8 +8,10 @@
 
 namespace bss {
 
+/// A statement that is freed at the end of its scope.
 class WDatabase::Statement {
 public:
+    /// Allocates the statement. See IsAllocated.
     explicit Statement(krtpal::odbc::Handle connection) {
         m_isAllocated = krtpal::odbc::Succeeded(
             krtpal::odbc::AllocHandle(krtpal::odbc::kStatement, connection, &m_handle));
@@ -25,6 +27,7 @@ public:
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
 
+    /// Returns false if the allocation failed.
     bool IsAllocated() const { return m_isAllocated; }
     krtpal::odbc::Handle Handle() const { return m_handle; }
 
@@ -33,7 +36,7 @@ private:
     bool m_isAllocated = false;
 };
 
-/// Leaves a statement that is kept without rows and without bindings of columns.
+/// Closes the cursor of a cached statement and its column bindings at the end of a scope.
 class WDatabase::Reset {
 public:
     explicit Reset(krtpal::odbc::Handle statement) : m_handle(statement) {}
