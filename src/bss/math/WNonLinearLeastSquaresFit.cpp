@@ -366,8 +366,8 @@ bool WNonLinearLeastSquaresFit::IsTrialUsable(double previousChi, efitresult& pa
     return false;
 }
 
-// Returns false if a passed test is meaningless: derivatives, residuals or sigmas that are not finite give
-// steps of 0.0, and no comparison with a NaN ends the halving of a step.
+// Returns false if a passed test is meaningless: derivatives or sigmas that are NaN give steps of 0.0, and a
+// previous chi-squared that is NaN is never above a new one.
 bool WNonLinearLeastSquaresFit::IsResultTrustworthy(double previousChi) const {
     return !std::isnan(previousChi) && std::isfinite(m_dChiSquared) && m_bResidualsComplete &&
            m_bWeightsAreNumbers && m_bNormalEquationsFinite && IsFinite(m_adStep);

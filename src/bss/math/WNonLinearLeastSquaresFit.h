@@ -30,8 +30,8 @@
 // have a chi-squared 10,000 times the sum of squared residuals, and a covariance 10,000 times smaller. The
 // sum of weights in GetStdError is the sum of w.
 //
-// Non-finite numbers: a chi-squared that is NaN or infinite rejects its step. A test passed with derivatives,
-// residuals or sigmas that are not finite rejects it too. So such a fit fails.
+// Non-finite numbers: a trial whose chi-squared is NaN or infinite is rejected. So is a trial that passes a
+// test with a derivative or step that is not finite, a residual above 1e80 or a NaN sigma. Such a fit fails.
 //
 // Cost: one evaluation of the model per point and trial, one differentiation per point and accepted
 // iteration. The residuals of the accepted trial are reused in the next normal equations, so a model must
