@@ -94,12 +94,13 @@ public:
 
     /// Returns the regularized lower incomplete gamma function P(a, x) by its series (Press et al., gser),
     /// which converges fast for x below a + 1; 0.0 for x = 0. Throws WNENoSolution for x < 0, for a = 0, and
-    /// if 100 terms do not converge.
+    /// if 100 terms do not converge; std::overflow_error if the logarithm of gamma(a) exceeds the range of
+    /// double.
     static double GammaSerial(double a, double x);
     /// Returns the regularized upper incomplete gamma function Q(a, x) by its continued fraction (modified
-    /// Lentz method; Press et al., gcf), which converges fast for x above a + 1. Throws WNENoSolution for x
-    /// <= 0 and if 100 terms do not converge. Returns NaN for x = a - 1, where the first term divides by
-    /// zero.
+    /// Lentz method; Press et al., gcf), which converges fast for x above a + 1. Returns NaN for x = a - 1,
+    /// where the first term divides by zero. Throws WNENoSolution for x <= 0 and if 100 terms do not
+    /// converge; std::domain_error if a is 0 or a negative integer; std::overflow_error as GammaSerial does.
     static double GammaContinuedFraction(double a, double x);
 
     /// Returns the sine integral, the integral of sin(t) / t from 0 to x, by up to 16 terms of its power
