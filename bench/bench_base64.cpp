@@ -1,7 +1,7 @@
-// Time of base64, both ways, with and without line breaks, beside OpenSSL's and Boost's.
+// Measures base64 encoding and decoding, with and without line breaks, against OpenSSL and Boost.
 //
-// OpenSSL's block calls write no line breaks; its streaming calls break at 64 characters. The program first
-// checks that all agree and fails if not.
+// OpenSSL's block calls write no line breaks; its streaming calls break lines at 64 characters. The program
+// first compares all results and fails if they differ.
 //
 //     bench_base64 [--benchmark_... options]
 

@@ -1,9 +1,9 @@
-// Time of DES beside OpenSSL's, of CRC-32 beside Boost's, and of zlib behind the library beside zlib called
-// directly.
+// Measures DES against OpenSSL, CRC-32 against Boost, and the library's use of zlib against direct calls of
+// zlib.
 //
-// The library has no CRC of its own: its checksums call zlib's, which stands for it here. The peer of files
-// is the loop that one would write: stdio and zlib's gzip files with buffers of 64 KiB. The program first
-// checks that all give the same bytes and fails if not.
+// The library has no CRC of its own: its checksums call zlib's, which is measured here. The peer for files is
+// a hand-written loop of stdio and zlib's gzip files with buffers of 64 KiB. The program first compares the
+// bytes of all results and fails if they differ.
 //
 //     bench_codec [--benchmark_... options]
 
@@ -71,7 +71,7 @@ struct PeerKeys {
     }
 };
 
-/// As WEncryption does it: a key set-up for each text.
+// Sets up the key for each text, as WEncryption does.
 std::string EncryptByPeer(const std::string& text) {
     PeerKeys keys(bss::WEncryption::m_Key);
     std::string result(text);
@@ -95,7 +95,7 @@ std::string EncryptByEvp(const std::string& text) {
     return result;
 }
 
-/// What the passes work on, in place: each result is the next text.
+// The block that the passes encrypt in place: each result is the next text.
 struct Chain {
     unsigned char bytes[16] = {};
 };
@@ -132,7 +132,7 @@ void RegisterDes() {
     }
 }
 
-/// A table of numbers, as measurements are stored: a bit over 4 MB.
+// Returns a table of numbers, like stored measurements, of slightly more than 4 MB.
 Block MakeTable() {
     std::mt19937 generator(11);
     std::normal_distribution<double> noise;

@@ -1,13 +1,13 @@
-// Time to keep objects in a database file and to read them back, beside bare ODBC, SOCI and the C interface
-// of SQLite, all with prepared statements.
+// Measures writing objects to a database file and reading them back, against bare ODBC, SOCI and the C
+// interface of SQLite, all with prepared statements.
 //
-// A small object is a row of twelve columns. All contestants run the same statements: a SELECT of the key,
-// since an object may be there already, and an INSERT; a SELECT of the whole row by its key. They make the
-// same number of commits of the same durability, in files with the same table and the same indices. The peers
-// make no checksum, and have a text of its length in its place. Times of small objects are for one object.
+// A small object is a row of twelve columns. All contestants execute the same statements: a SELECT of the
+// key, since the object may exist, and an INSERT; or a SELECT of the whole row by its key. They make the same
+// number of commits of the same durability, in files with the same table and the same indices. The peers
+// compute no checksum and store a text of the same length instead. Times of small objects are per object.
 //
-// The growth of the table is measured in one file: rows are put in behind the library until it has the number
-// that is wanted, 1000 objects are written at its end, and 1000 are read that lie all over it.
+// The growth of the table is measured in one file: rows are inserted directly until the table has the
+// required size, 1000 objects are written at its end, and 1000 objects scattered over the table are read.
 //
 //     bench_database [--benchmark_... options]
 
@@ -35,7 +35,7 @@ std::string PathOf(const std::string& name) {
     return std::string(KRTBSS_BENCH_FOLDER) + "/database-" + name + ".db";
 }
 
-/// Object numbers are first, first + step, ...
+// Returns objects with the numbers first, first + step, ...
 std::vector<Values> MakeObjects(std::size_t count, std::int32_t group, std::int32_t first = 1,
                                 std::int32_t step = 1) {
     std::vector<Values> objects(count);
@@ -59,7 +59,7 @@ std::vector<Values> MakeObjects(std::size_t count, std::int32_t group, std::int3
     return objects;
 }
 
-/// With the keys alone.
+// Returns objects with the keys only.
 std::vector<Values> KeysOf(const std::vector<Values>& objects) {
     std::vector<Values> keys(objects.size());
     for (std::size_t i = 0; i < keys.size(); ++i) {
@@ -102,7 +102,7 @@ private:
     std::wstring m_name;
 };
 
-/// Owns readings: what it writes and reads goes into one transaction.
+// Owns readings and writes or reads them in one transaction.
 class Run : public bss::WPersistentObject {
 public:
     explicit Run(std::vector<Reading>& readings) : WPersistentObject(1, 1, version), m_readings(readings) {}
@@ -184,7 +184,8 @@ private:
     Series m_series;
 };
 
-/// A new file with the tables of both classes, made by the library, and without rows.
+// Creates a file with the tables of both classes, as the library creates them, without rows. Returns its
+// path.
 std::string MakeFile(const std::string& name) {
     const std::string path = PathOf(name);
     std::filesystem::remove(path);
@@ -198,7 +199,7 @@ std::string MakeFile(const std::string& name) {
 
 using Body = std::function<void(benchmark::State& state)>;
 
-/// One batch of `count` a repetition; a failure is told.
+// Registers a benchmark of one batch of `count` per repetition, which reports exceptions as errors.
 void Register(const std::string& name, std::size_t count, int repetitions, Body body) {
     benchmark::RegisterBenchmark(name.c_str(),
                                  [body = std::move(body)](benchmark::State& state) {
@@ -268,12 +269,12 @@ void RegisterReads(const std::vector<Entry>& entries, const std::string& what, s
     }
 }
 
-/// A table that grows.
+// A table whose number of rows grows between the benchmarks.
 class Table {
 public:
     explicit Table(const std::string& path) : m_path(path), m_database(path) {}
 
-    /// Brings the table to so many rows, and puts the objects among them if they are not there.
+    // Grows the table to this many rows and scatters the objects among them, unless they exist.
     void GrowTo(long long rows, const std::vector<Values>& objects) {
         if (m_rows < rows) {
             Fill(rows);
@@ -295,7 +296,8 @@ public:
     }
 
 private:
-    /// With random primary keys, as the library's are, every eighth object number, and the number as row.
+    // Inserts rows with random primary keys, like the library's, and every eighth object number, which is
+    // also the rowid.
     void Fill(long long rows) {
         Execute(m_path, "DELETE FROM Reading WHERE groupID = 2");
         Execute(m_path,
@@ -313,7 +315,7 @@ private:
                     "', n % 2, n % 8, n, n / 7.0, n / 9.0, 'toluene, 25.0 C, sample ' || n, randomblob(80) "
                     "FROM numbers");
         m_rows = rows;
-        // Its pages reach the disk now, and not in what is measured.
+        // Writes the pages to the disk now, outside the measured time.
         Execute(m_path, "PRAGMA synchronous = FULL; CREATE TABLE Flush (number INTEGER); DROP TABLE Flush");
     }
 
@@ -323,19 +325,19 @@ private:
 };
 
 void RegisterGrowth(const std::string& path) {
-    constexpr int count = 1000;
-    constexpr int repetitions = 5;
+    constexpr int kObjects = 1000;
+    constexpr int kRepetitions = 5;
     const auto table = std::make_shared<Table>(path);
     const std::vector<Entry> entries = {{"krtbss", path, std::make_shared<Krtbss>(path)},
                                         {"bare ODBC", path, MakeOdbc(path)},
                                         {"SQLite C", path, MakeSqlite(path)}};
     int offset = 0;
     for (const int rows : {1'000, 10'000, 100'000, 1'000'000}) {
-        const std::vector<Values> written = MakeObjects(count, 2);
-        const std::vector<Values> read = MakeObjects(count, 1, ++offset, 8 * (rows / count));
+        const std::vector<Values> written = MakeObjects(kObjects, 2);
+        const std::vector<Values> read = MakeObjects(kObjects, 1, ++offset, 8 * (rows / kObjects));
         const std::string size = std::to_string(rows) + " rows";
         for (const Entry& each : entries) {
-            Register("database/write 1000 small objects to " + size + "/" + each.name, count, repetitions,
+            Register("database/write 1000 small objects to " + size + "/" + each.name, kObjects, kRepetitions,
                      [=](benchmark::State& state) {
                          table->GrowTo(rows, read);
                          Execute(path, "DELETE FROM Reading WHERE groupID = 2; DELETE FROM Run");
@@ -343,7 +345,7 @@ void RegisterGrowth(const std::string& path) {
                      });
         }
         for (const Entry& each : entries) {
-            Register("database/read small objects among " + size + "/" + each.name, count, repetitions,
+            Register("database/read small objects among " + size + "/" + each.name, kObjects, kRepetitions,
                      [=](benchmark::State& state) {
                          table->GrowTo(rows, read);
                          TimeRead(state, *each.contestant, read, false);
@@ -352,7 +354,7 @@ void RegisterGrowth(const std::string& path) {
     }
 }
 
-/// 10 MiB as an instrument gives them: a decay with noise, in single precision.
+// Returns 10 MiB of samples like an instrument's: a decay with noise, in single precision.
 std::vector<double> MakeSeries() {
     std::vector<double> samples(10 * 1024 * 1024 / sizeof(double));
     std::mt19937 generator(1);
@@ -377,9 +379,9 @@ void RegisterSeries() {
     const std::string plain = MakeFile("series-odbc-plain");
     entries.push_back({"bare ODBC, not through zlib", plain, MakeOdbcSeries(plain, false)});
     const auto samples = std::make_shared<std::vector<double>>(MakeSeries());
-    constexpr int repetitions = 5;
+    constexpr int kRepetitions = 5;
     for (const SeriesEntry& each : entries) {
-        Register("database/write a 10 MiB array/" + each.name, 1, repetitions, [=](benchmark::State& state) {
+        Register("database/write a 10 MiB array/" + each.name, 1, kRepetitions, [=](benchmark::State& state) {
             Execute(each.path, "DELETE FROM Series");
             for (auto step : state) {
                 static_cast<void>(step);
@@ -388,7 +390,7 @@ void RegisterSeries() {
         });
     }
     for (const SeriesEntry& each : entries) {
-        Register("database/read a 10 MiB array/" + each.name, 1, repetitions, [=](benchmark::State& state) {
+        Register("database/read a 10 MiB array/" + each.name, 1, kRepetitions, [=](benchmark::State& state) {
             if (Ask(each.path, "SELECT COUNT(*) FROM Series") == 0) {
                 each.contestant->Write(*samples);
             }
@@ -422,7 +424,7 @@ void RegisterAll() {
     add(entries, "SQLite C", "sqlite", MakeSqlite);
     RegisterWrites(entries, "10000 small objects in one transaction", 10'000, true, 5);
     RegisterReads(entries, "10000 small objects in one transaction", 10'000, true, 5);
-    // A disk may need many milliseconds for a commit.
+    // A commit may take many milliseconds on a disk.
     RegisterWrites(entries, "small objects one by one", 100, false, 3);
     RegisterReads(entries, "small objects one by one", 10'000, false, 5);
     RegisterSeries();

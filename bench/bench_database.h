@@ -1,5 +1,5 @@
-// What the contestants of bench_database have in common. The peers are in sources of their own, since the
-// headers of ODBC have types of the operating system in another way than the library has them.
+// Declarations that the contestants of bench_database share. The peers are in separate sources, since the
+// headers of ODBC declare types of the operating system that the library declares differently.
 
 #ifndef BENCH_BENCH_DATABASE_H
 #define BENCH_BENCH_DATABASE_H
@@ -12,7 +12,7 @@
 #include <vector>
 
 /// An object: a reading of an instrument. All times are for rows of the table Reading, which the library
-/// makes, with these columns behind RecID, m_nVersion, groupID, objectID and checkSum.
+/// creates, with the columns RecID, m_nVersion, groupID, objectID and checkSum followed by these.
 struct Values {
     std::int32_t group = 0;
     std::int32_t object = 0;
@@ -21,13 +21,13 @@ struct Values {
     std::int32_t photons = 0;
     double angle = 0.0;
     double intensity = 0.0;
-    std::string name;    ///< UTF-8
-    std::string samples; ///< 64 bytes
+    std::string name;    ///< UTF-8.
+    std::string samples; ///< 64 bytes.
 
     bool operator==(const Values&) const = default;
 };
 
-/// Keeps objects in a database file, in a form of its own.
+/// Stores objects in a database file.
 class Contestant {
 public:
     Contestant() = default;
@@ -35,21 +35,26 @@ public:
     Contestant& operator=(const Contestant&) = delete;
     virtual ~Contestant() = default;
 
-    /// The objects to write, or those whose group and object number tell what to read.
+    /// Sets the objects to write, or those whose group and object number select the objects to read.
     virtual void Take(const std::vector<Values>& objects) = 0;
-    /// All of them in one transaction or each in one of its own; std::exception on failure. None of those
-    /// that are written may be there.
+    /// Writes all objects in one transaction if `together`, otherwise each in its own. REQUIRES: the file has
+    /// none of them. Throws std::exception on failure.
     virtual void Write(bool together) = 0;
+    /// Reads all objects in one transaction if `together`, otherwise each in its own. Throws std::exception
+    /// on failure.
     virtual void Read(bool together) = 0;
+    /// Returns the objects.
     virtual std::vector<Values> Give() const = 0;
 };
 
+/// Returns bare ODBC.
 std::unique_ptr<Contestant> MakeOdbc(const std::string& path);
-/// SOCI over ODBC or with its own SQLite back-end.
+/// Returns SOCI over ODBC, or with its own SQLite back-end. Over ODBC, replaces the table Reading.
 std::unique_ptr<Contestant> MakeSoci(const std::string& path, bool overOdbc);
+/// Returns SQLite's C interface.
 std::unique_ptr<Contestant> MakeSqlite(const std::string& path);
 
-/// One row of the table Series with an array of doubles in the column samples.
+/// Stores one row of the table Series with an array of doubles in the column samples.
 class SeriesContestant {
 public:
     SeriesContestant() = default;
@@ -57,27 +62,32 @@ public:
     SeriesContestant& operator=(const SeriesContestant&) = delete;
     virtual ~SeriesContestant() = default;
 
+    /// Writes the row. REQUIRES: the row does not exist. Throws std::exception on failure.
     virtual void Write(const std::vector<double>& samples) = 0;
+    /// Returns the samples of the row. Throws std::exception on failure.
     virtual std::vector<double> Read() = 0;
 };
 
-/// `isFramed`: with the library's bytes in the column, or the array as it stands in memory.
+/// Returns bare ODBC. If `isFramed` the column has the library's bytes, otherwise the array's bytes in
+/// memory.
 std::unique_ptr<SeriesContestant> MakeOdbcSeries(const std::string& path, bool isFramed);
 
-/// Statements through SQLite's C interface, on a connection of their own.
+/// Executes statements through SQLite's C interface, on a separate connection.
 void Execute(const std::string& path, const std::string& sql);
+/// Returns the first column of the first row of a query, on a separate connection.
 long long Ask(const std::string& path, const std::string& sql);
 
-/// The connection of the library to such a file.
+/// Returns the ODBC connection string of the library for such a file.
 inline std::string OdbcConnection(const std::string& path) {
     return "DRIVER={SQLite3};Database=" + path +
            ";Timeout=10000;SyncPragma=FULL;FKSupport=0;LongNames=0;NoWCHAR=1;";
 }
 
+/// The value of the column m_nVersion for version 5.3.2.
 inline constexpr std::int32_t kVersion = (5 << 24) + (3 << 16) + (2 << 8);
 
-/// The bytes of a binary column, in front of the data: its whole size, the compressed size, and twice the
-/// size of the data.
+/// Returns the header of a binary column: its whole size, the compressed size, and twice the size of the
+/// data.
 inline std::string FrameHeader(std::size_t compressed, std::size_t length) {
     const auto size = static_cast<std::uint32_t>(length);
     const auto packed = static_cast<std::uint32_t>(compressed);
@@ -85,7 +95,7 @@ inline std::string FrameHeader(std::size_t compressed, std::size_t length) {
     return {reinterpret_cast<const char*>(header), sizeof(header)};
 }
 
-/// A text as long as that of a checksum: 12 code units of three bytes each. Peers make no sum of their own.
+/// Returns a text as long as a checksum, 12 code units of three bytes each. The peers compute no checksum.
 inline const std::string& CheckSumText() {
     static const std::string text = [] {
         std::string units;
@@ -97,7 +107,7 @@ inline const std::string& CheckSumText() {
     return text;
 }
 
-/// A random primary key as the library makes one.
+/// Returns a random primary key in the library's form.
 inline std::string NewKey() {
     static std::mt19937_64 generator(1);
     std::string key = "{00000000-0000-4000-8000-000000000000}";

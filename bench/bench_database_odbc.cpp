@@ -1,5 +1,5 @@
-// Bare ODBC: the statements of the library, prepared once, with nothing around them. Doubles are fetched as
-// text, since the driver would give 15 digits of them.
+// Bare ODBC: the library's statements, prepared once, without any other work. Doubles are fetched as text,
+// since the driver would return 15 digits of them.
 
 #include "bench_database.h"
 
@@ -54,7 +54,7 @@ private:
     SQLHDBC m_handle = nullptr;
 };
 
-/// Parameters stay bound; each execution takes the values that stand there then.
+// A prepared statement whose parameters stay bound; each execution reads their current values.
 class Statement {
 public:
     Statement(Connection& connection, std::string sql) {
@@ -292,7 +292,7 @@ public:
         std::string checkSum = CheckSumText();
         std::int32_t version = kVersion;
         std::string frame = m_isFramed ? Frame(samples) : std::string();
-        // A parameter of input is not changed.
+        // const_cast: the driver does not change input parameters.
         void* const bytes =
             m_isFramed ? frame.data() : static_cast<void*>(const_cast<double*>(samples.data()));
         const std::size_t size = m_isFramed ? frame.size() : samples.size() * sizeof(double);

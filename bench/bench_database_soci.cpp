@@ -1,5 +1,6 @@
-// SOCI with prepared statements and bound variables, as its documentation shows. Over ODBC it has no binary
-// values: there the samples are stored as hexadecimal text, and its table tells how long texts are.
+// SOCI with prepared statements and bound variables, as its documentation recommends. Over ODBC it supports
+// no binary values: there the samples are stored as hexadecimal text, in a table whose text columns have
+// declared lengths.
 
 #include "bench_database.h"
 
@@ -98,7 +99,7 @@ private:
         if (!m_select.fetch()) {
             throw std::runtime_error("no such row");
         }
-        m_select.fetch(); // finds no more, and ends the statement
+        m_select.fetch(); // finds no further row and ends the statement
         m_row.isOpen = m_isOpen != 0;
         if (m_overOdbc) {
             m_row.samples = BytesFromHex(m_hex);
@@ -157,7 +158,7 @@ private:
 
 std::unique_ptr<Contestant> MakeSoci(const std::string& path, bool overOdbc) {
     if (overOdbc) {
-        // For texts of no declared length it has a buffer of 100 MiB, and a read takes milliseconds.
+        // SOCI allocates 100 MiB for a text of undeclared length, and a read then takes milliseconds.
         Execute(
             path,
             "DROP TABLE Reading; CREATE TABLE Reading (RecID VARCHAR(38) PRIMARY KEY, m_nVersion integer NOT "

@@ -1,4 +1,4 @@
-// SQLite's C interface with prepared statements, and what the benchmark itself asks of a database.
+// SQLite's C interface with prepared statements, and the benchmark's own queries.
 
 #include "bench_database.h"
 
@@ -45,7 +45,7 @@ public:
         m_connection.Check(sqlite3_bind_int(m_handle, number, value));
     }
     void Bind(int number, double value) { m_connection.Check(sqlite3_bind_double(m_handle, number, value)); }
-    /// The text has to last until the statement has run.
+    // REQUIRES: the text outlives the execution of the statement.
     void Bind(int number, const std::string& text) {
         m_connection.Check(
             sqlite3_bind_text(m_handle, number, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
@@ -54,7 +54,7 @@ public:
         m_connection.Check(
             sqlite3_bind_blob(m_handle, number, bytes.data(), static_cast<int>(bytes.size()), SQLITE_STATIC));
     }
-    /// Whether there is a row.
+    // Returns true if there is a row.
     bool Step() {
         const int result = sqlite3_step(m_handle);
         m_connection.Check(result);

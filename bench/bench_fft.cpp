@@ -1,10 +1,10 @@
-// Time of a complex Fourier transform in place, beside FFTW (plans by estimate and by measurement), the
-// radix-2 transform of the GNU Scientific Library and KissFFT (the distribution's, which has single
-// precision: half the data), from 2^10 to 2^20 elements; and of a convolution beside the same steps through
-// FFTW.
+// Measures a complex Fourier transform in place, from 2^10 to 2^20 elements, against FFTW (plans by estimate
+// and by measurement), the radix-2 transform of the GNU Scientific Library and KissFFT. KissFFT is the
+// distribution's and has single precision, that is half the data. Also measures a convolution against the
+// same steps with FFTW.
 //
-// All peers get the scaling by 1/sqrt(N) that the library's transform includes, with the factor at hand. The
-// program first checks that all give the same numbers and fails if not.
+// All peers include the scaling by 1/sqrt(N) of the library's transform, with a precomputed factor. The
+// program first compares all results and fails if they differ.
 //
 //     bench_fft [--benchmark_... options]
 
@@ -62,12 +62,12 @@ Signal MakeSignal(std::size_t length) {
     return signal;
 }
 
-/// One way to transform, ready to run on data of its length.
+// One implementation of the transform, prepared for data of one length.
 using Transform = std::function<void(Signal&)>;
 struct Contestant {
     std::string name;
     Transform transform;
-    double tolerance; ///< relative
+    double tolerance; // relative
 };
 
 std::vector<Contestant> Contestants(std::size_t length) {
@@ -95,7 +95,7 @@ std::vector<Contestant> Contestants(std::size_t length) {
     return all;
 }
 
-/// KissFFT transforms from one array to another; its numbers have single precision.
+// KissFFT transforms from one array to another, in single precision.
 struct Kiss {
     explicit Kiss(std::size_t length)
         : plan(kiss_fft_alloc(static_cast<int>(length), 0, nullptr, nullptr), &std::free), from(length),
@@ -151,7 +151,7 @@ void RegisterTransforms(int log2) {
             expected = result;
         }
         Check(contestant.name, result, expected, contestant.tolerance);
-        // Unitary: the data keep their size however often they are transformed.
+        // Unitary: repeated transforms do not change the magnitude of the data.
         Register(topic + contestant.name,
                  [transform = contestant.transform, data = std::make_shared<Signal>(MakeSignal(length))] {
                      transform(*data);
@@ -166,7 +166,7 @@ void RegisterTransforms(int log2) {
     Register(topic + "KissFFT (single precision)", [kiss] { kiss->Run(); });
 }
 
-/// The steps of the library's convolution, with FFTW in the place of its transform.
+// The steps of the library's convolution, with FFTW instead of WFFT.
 class FftwConvolution {
 public:
     explicit FftwConvolution(std::size_t length)
@@ -224,7 +224,7 @@ void RegisterConvolutions(int log2) {
     const std::string topic = "Convolution/2^" + std::to_string(log2) + "/";
     const auto kernel = std::make_shared<bss::WGaussianFunction>();
     kernel->SetCoefficients({1.0, 0.0, 1.0, 0.0, 0.0});
-    constexpr double dx = 0.05;
+    constexpr double kDx = 0.05;
     const auto ours = std::make_shared<bss::WConvolution>();
     const auto peer = std::make_shared<FftwConvolution>(length);
     std::vector<double> data(length);
@@ -234,18 +234,18 @@ void RegisterConvolutions(int log2) {
 
     std::vector<double> a = data;
     std::vector<double> b = data;
-    ours->Convolve(a, kernel.get(), dx);
-    peer->Convolve(b, *kernel, dx);
+    ours->Convolve(a, kernel.get(), kDx);
+    peer->Convolve(b, *kernel, kDx);
     Check("FFTW's convolution", Signal(b.begin(), b.end()), Signal(a.begin(), a.end()), 1e-9);
 
-    // Fresh data each time: what is smoothed again and again ends in numbers that are too small to be quick.
+    // Fresh data each time: repeated smoothing ends in subnormal numbers, which are slow.
     Register(topic + "krtbss", [=, work = std::vector<double>(length)]() mutable {
         work = data;
-        ours->Convolve(work, kernel.get(), dx);
+        ours->Convolve(work, kernel.get(), kDx);
     });
     Register(topic + "FFTW estimate", [=, work = std::vector<double>(length)]() mutable {
         work = data;
-        peer->Convolve(work, *kernel, dx);
+        peer->Convolve(work, *kernel, kDx);
     });
 }
 

@@ -1,9 +1,9 @@
-// Time of a converged non-linear fit, beside the GNU Scientific Library and MINPACK's C port.
+// Measures a converged non-linear fit against the GNU Scientific Library and MINPACK's C port.
 //
-// All get the same data, the same starting values, the same analytic derivatives and the same tolerance of a
-// relative step, 5e-5, and each fit ends with its covariance matrix. A fit's work space counts in its time.
-// The program first checks that all reach the same sum of squared residuals (within 1e-6) and fails if not;
-// then it measures, and prints a table with the ratio to the fastest peer.
+// All solvers get the same data, starting values and analytic derivatives and the same relative step
+// tolerance of 5e-5, and each fit ends with its covariance matrix. The time includes the allocation of a
+// fit's work space. The program first checks that all reach the same sum of squared residuals (within 1e-6)
+// and fails if not. It then measures, and prints a table with the ratio to the fastest peer.
 //
 //     bench_fit [--benchmark_... options]
 
@@ -29,13 +29,13 @@
 
 namespace {
 
-constexpr double stepTolerance = 5e-5;
+constexpr double kStepTolerance = 5e-5;
 
-// The models as a user of the peers would write them: without a class, open to inlining. They do the
-// library's arithmetic.
+// The models as a user of the peers would write them, without a class and open to inlining, with the
+// arithmetic of the library's models.
 struct Gaussian {
     using Function = bss::WGaussianFunction;
-    static constexpr std::size_t count = 5;
+    static constexpr std::size_t kCount = 5;
 
     static double Peak(const double* c, double x, double& u) {
         u = (x - c[1]) / (c[2] * 0.60056120439);
@@ -59,7 +59,7 @@ struct Gaussian {
 
 struct Cumulants {
     using Function = bss::WCumulantsFunction;
-    static constexpr std::size_t count = 4;
+    static constexpr std::size_t kCount = 4;
 
     static double Value(const double* c, double x) {
         const double q = x * x * c[3] * 0.5 + 1.0;
@@ -84,8 +84,8 @@ struct Data {
 struct Result {
     double sumOfSquares = 0.0;
     std::vector<double> coefficients;
-    long evaluations = 0; // of the model, in points
-    long derivatives = 0; // likewise
+    long evaluations = 0; // evaluations of the model, times points
+    long derivatives = 0; // differentiations of the model, times points
 };
 
 template <class Function>
@@ -108,13 +108,13 @@ public:
 template <class Function>
 void fitByLibrary(const Data& data, Function& function, Result& result) {
     function.SetCoefficients(data.start);
-    bss::WNonLinearLeastSquaresFit fit(stepTolerance);
+    bss::WNonLinearLeastSquaresFit fit(kStepTolerance);
     fit.SetFunction(&function);
     fit.SetX(data.x);
     fit.SetY(data.y);
     fit.InitializeFit();
     fit.PerformFit();
-    result.sumOfSquares = fit.GetChiSquared() / 10000.0; // data without sigmas weigh 100
+    result.sumOfSquares = fit.GetChiSquared() / 10000.0; // data without sigmas have the weight 100
     result.coefficients = function.GetCoefficients();
 }
 
@@ -153,24 +153,24 @@ int minpackCallback(void* context, int m, int, const double* c, double* residual
 template <class Model>
 Result fitByMinpackTo(const Data& data, double sumTolerance, double relativeStep) {
     const auto points = static_cast<int>(data.x.size());
-    constexpr auto n = static_cast<int>(Model::count);
+    constexpr auto kN = static_cast<int>(Model::kCount);
     std::vector<double> residuals(data.x.size());
-    std::vector<double> jacobian(data.x.size() * Model::count);
-    std::vector<double> diagonal(Model::count);
-    std::vector<double> qtf(Model::count);
-    std::vector<double> work(3 * Model::count);
+    std::vector<double> jacobian(data.x.size() * Model::kCount);
+    std::vector<double> diagonal(Model::kCount);
+    std::vector<double> qtf(Model::kCount);
+    std::vector<double> work(3 * Model::kCount);
     std::vector<double> longWork(data.x.size());
-    std::vector<int> pivots(Model::count);
+    std::vector<int> pivots(Model::kCount);
     int evaluations = 0;
     int derivatives = 0;
     Result result;
     result.coefficients = data.start;
     const int info =
-        lmder(minpackCallback<Model>, const_cast<Data*>(&data), points, n, result.coefficients.data(),
+        lmder(minpackCallback<Model>, const_cast<Data*>(&data), points, kN, result.coefficients.data(),
               residuals.data(), jacobian.data(), points, sumTolerance, relativeStep, 0.0, 500,
               diagonal.data(), 1, 100.0, 0, &evaluations, &derivatives, pivots.data(), qtf.data(),
-              work.data(), work.data() + n, work.data() + 2 * n, longWork.data());
-    // 6, 7 and 8: no further progress is possible, which is the end of a fit without tolerance.
+              work.data(), work.data() + kN, work.data() + 2 * kN, longWork.data());
+    // 6, 7 and 8 mean that no further progress is possible: the regular end of a fit without tolerance.
     if (info < 1 || info == 5) {
         throw std::runtime_error("MINPACK ends with " + std::to_string(info));
     }
@@ -178,17 +178,17 @@ Result fitByMinpackTo(const Data& data, double sumTolerance, double relativeStep
     result.sumOfSquares = norm * norm;
     result.evaluations = static_cast<long>(evaluations) * points;
     result.derivatives = static_cast<long>(derivatives) * points;
-    covar(n, jacobian.data(), points, pivots.data(), 1e-14, work.data());
+    covar(kN, jacobian.data(), points, pivots.data(), 1e-14, work.data());
     return result;
 }
 
 template <class Model>
 Result fitByMinpack(const Data& data) {
-    return fitByMinpackTo<Model>(data, 1e-8, stepTolerance);
+    return fitByMinpackTo<Model>(data, 1e-8, kStepTolerance);
 }
 
-// MINPACK's step test looks at all coefficients at once and may pass before the smaller ones have settled;
-// this tolerance lets it go on.
+// MINPACK's step test combines all coefficients and may pass before the smaller ones converge; the tighter
+// tolerance makes it continue.
 template <class Model>
 Result fitByMinpackOn(const Data& data) {
     return fitByMinpackTo<Model>(data, 1e-14, 1e-8);
@@ -224,19 +224,19 @@ Result fitByGsl(const Data& data, const gsl_multifit_nlinear_solver* solver) {
     parameters.trs = gsl_multifit_nlinear_trs_lm;
     parameters.solver = solver;
     gsl_multifit_nlinear_workspace* work =
-        gsl_multifit_nlinear_alloc(gsl_multifit_nlinear_trust, &parameters, data.x.size(), Model::count);
+        gsl_multifit_nlinear_alloc(gsl_multifit_nlinear_trust, &parameters, data.x.size(), Model::kCount);
     gsl_multifit_nlinear_fdf problem = {};
     problem.f = gslResiduals<Model>;
     problem.df = gslJacobian<Model>;
     problem.n = data.x.size();
-    problem.p = Model::count;
+    problem.p = Model::kCount;
     problem.params = const_cast<Data*>(&data);
-    const gsl_vector_const_view start = gsl_vector_const_view_array(data.start.data(), Model::count);
+    const gsl_vector_const_view start = gsl_vector_const_view_array(data.start.data(), Model::kCount);
     gsl_multifit_nlinear_init(&start.vector, &problem, work);
     int info = 0;
     const int status =
-        gsl_multifit_nlinear_driver(500, stepTolerance, 1e-8, 0.0, nullptr, nullptr, &info, work);
-    gsl_matrix* covariance = gsl_matrix_alloc(Model::count, Model::count);
+        gsl_multifit_nlinear_driver(500, kStepTolerance, 1e-8, 0.0, nullptr, nullptr, &info, work);
+    gsl_matrix* covariance = gsl_matrix_alloc(Model::kCount, Model::kCount);
     gsl_multifit_nlinear_covar(gsl_multifit_nlinear_jac(work), 0.0, covariance);
     gsl_matrix_free(covariance);
     Result result;
@@ -267,7 +267,7 @@ Result fitByGslCholesky(const Data& data) {
     return fitByGsl<Model>(data, gsl_multifit_nlinear_solver_cholesky);
 }
 
-// A peak of height 90 on a slope with noise of deviation 1, from a fixed seed.
+// Returns a peak of height 90 on a slope, with noise of standard deviation 1 from a fixed seed.
 Data noisyPeak(std::size_t points) {
     Data data;
     std::mt19937_64 generator(20240229);
@@ -282,7 +282,7 @@ Data noisyPeak(std::size_t points) {
     return data;
 }
 
-// The measured correlogram from 300 ns to ten times the lag at which the signal has fallen to 2 %.
+// Returns the measured correlogram from 300 ns to ten times the lag at which the signal falls to 2 %.
 Data correlogram() {
     const std::string path = KRTBSS_SOURCE_DIR "/data/correlograms/mw002_m0_avg_090deg.csv";
     std::ifstream file(path);
@@ -349,7 +349,8 @@ Problem problem(std::string name, Data data) {
              {"GSL lm, Cholesky", fitByGslCholesky<Model>, fitByGslCholesky<Model>}}};
 }
 
-// Keeps the shortest processor time of each benchmark's repetitions: the machine may have other work.
+// Collects the shortest processor time of each benchmark's repetitions, since the machine may have other
+// load.
 class Collector : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
@@ -368,7 +369,7 @@ std::string key(const Problem& problem, const Fit& fit) {
     return "Non-linear fit/" + problem.name + "/" + fit.solver;
 }
 
-// The untimed run: prints nothing, and tells whether all agree.
+// Runs each fit once, untimed. Returns false and prints the difference if the sums of squares disagree.
 bool agree(const Problem& problem, std::vector<Result>& results) {
     for (const Fit& fit : problem.fits) {
         results.push_back(fit.counted(problem.data));
@@ -382,7 +383,7 @@ bool agree(const Problem& problem, std::vector<Result>& results) {
     return true;
 }
 
-// The digits of the worst coefficient that agree with the solution.
+// Returns the number of decimal digits of the worst coefficient that agree with the solution.
 double digits(const std::vector<double>& coefficients, const std::vector<double>& solution) {
     double worst = 15.0;
     for (std::size_t i = 0; i < solution.size(); ++i) {
@@ -436,7 +437,7 @@ int run(int argc, char** argv) {
                 ->Repetitions(25);
         }
     }
-    // Interleaved, so that a busy moment of the machine meets all alike; an option of the caller comes later.
+    // Interleaved, so that other load affects all alike. The caller's options follow and take precedence.
     std::string interleaved = "--benchmark_enable_random_interleaving=true";
     std::vector<char*> arguments(argv, argv + argc);
     arguments.insert(arguments.begin() + 1, interleaved.data());

@@ -1,9 +1,9 @@
-// Time to write and to read an object with a vector of doubles, 100 short strings and a few numbers, beside
-// cereal, Boost.Serialization and the copying of the bytes alone; of a vector of doubles alone; and of
-// measuring an object beside writing it.
+// Measures writing and reading an object with a vector of doubles, 100 short strings and a few numbers,
+// against cereal, Boost.Serialization and copying of the bytes only. Also measures a vector of doubles alone,
+// and computing the size of an object against writing it.
 //
-// Every contestant makes a new image in memory, and reads into an object that has been read before, as a
-// program does that takes one record after the other. The program first checks that what is read is what was
+// Each contestant creates a new image in memory, and reads into an object that has been read before, like a
+// program that processes one record after the other. The program first compares the objects read with those
 // written.
 //
 //     bench_serial [--benchmark_... options]
@@ -30,7 +30,7 @@
 
 namespace {
 
-/// What all contestants store.
+// The object that all contestants store.
 struct Record {
     std::int32_t number = 0;
     bool flag = false;
@@ -135,7 +135,7 @@ void ReadBoost(const std::string& image, Record& record) {
     archive >> record;
 }
 
-/// The bytes alone, as nobody could read them back but who knows all counts.
+// Copies the bytes without any counts, so the image can be read only with known sizes.
 std::string WriteMemcpy(const Record& record) {
     std::size_t size =
         sizeof(record.number) + sizeof(record.flag) + sizeof(record.angle) + 8 * record.values.size();
@@ -181,7 +181,7 @@ void Register(const std::string& name, std::function<void()> run) {
     })->Repetitions(9);
 }
 
-/// The vector alone, by one call and without an object.
+// Registers the vector alone, written and read by one call without an object.
 void RegisterVector(const std::vector<double>& values, const std::string& what) {
     Register("serial/write " + what + "/krtbss", [=] {
         bss::WBinarySerializer writer(false, false);

@@ -1,7 +1,7 @@
-// Time of locks and signals, beside the standard library's, Boost.Interprocess's and a bare futex.
+// Measures locks and signals against those of the standard library, Boost.Interprocess and a bare futex.
 //
-// Uncontended and contended lock and unlock; reader-writer locks; a ping-pong by events between two threads
-// and between two processes (this program starts itself again for that). Linux only.
+// Covers lock and unlock with and without contention, reader-writer locks, and a ping-pong by events between
+// two threads and between two processes, for which the program starts itself again. Linux only.
 //
 //     bench_sync [--benchmark_... options]
 
@@ -89,7 +89,7 @@ void WriteShared(benchmark::State& state) {
     });
 }
 
-/// An auto-reset signal as one would write it with nothing but the system call.
+// An auto-reset signal that uses only the system call.
 class BareFutex {
 public:
     void Set() {
@@ -173,7 +173,7 @@ void Kill(pid_t child) {
     waitpid(child, nullptr, 0);
 }
 
-/// Signals in memory that a child of fork shares.
+// Measures the ping-pong with signals in memory shared with a forked child.
 template <typename Signal>
 void BetweenProcesses(benchmark::State& state) {
     void* const memory =
@@ -237,7 +237,7 @@ int main(int argc, char** argv) {
     Register(processes + "bare futex", &BetweenProcesses<BareFutex>, 1);
     Register(processes + "Boost.Interprocess semaphore", &BetweenProcesses<BoostSemaphore>, 1);
 
-    // Interleaved, so that a busy moment of the machine meets all alike.
+    // Interleaved, so that other load affects all alike.
     std::string interleaved = "--benchmark_enable_random_interleaving=true";
     std::string minimum = "--benchmark_min_time=0.1";
     std::vector<char*> arguments(argv, argv + argc);

@@ -1,16 +1,23 @@
-// The pattern of an exception class: what each class of the catalogue has, written once.
+// WCatalogueException: base template of each exception class of the catalogue, and BSS_EXCEPTION_CLASS, the
+// macro that declares such a class.
 //
-// A module that wants a failure of its own declares it in a header
+// A module declares an exception class of its own in a header
 //
 //     BSS_EXCEPTION_CLASS(MYLIB_API, WNELaserOff, 20001, L"Laser %1 is off.", bss::MAJOR, long)
 //
-// and defines its destructor in one source file, which also puts its descriptor into the list at load:
+// and defines its destructor in one source file. The definition also registers the descriptor when the module
+// is loaded:
 //
 //     WNELaserOff::~WNELaserOff() = default;
 //
-// MYLIB_API makes the class visible outside its module (it may be empty). Arguments follow the severity in
-// the order of the template's inserts: std::wstring or a number. The class can then be thrown as
-// `WNELaserOff(2)` or, with a cause, `WNELaserOff(2, &cause)`.
+// MYLIB_API exports the class from its module and may be empty. The argument types follow the severity in the
+// order of the message's inserts; each is std::wstring or an arithmetic type, at most eight.
+//
+//     throw WNELaserOff(2);           // "Laser 2 is off."
+//     throw WNELaserOff(2, &cause);   // with a clone of the cause as next link
+//
+// Threads: one exception object, one thread at a time. Different threads may construct objects of one class
+// at the same time.
 
 #ifndef BSS_EXCEPTION_WCATALOGUEEXCEPTION_H
 #define BSS_EXCEPTION_WCATALOGUEEXCEPTION_H
@@ -26,53 +33,66 @@
 
 namespace bss {
 
-/// What a class of the pattern says of itself.
+/// The constants of one exception class, which its EventRow() returns. The texts are literals.
 struct WExceptionEventRow {
-    long code;
-    const wchar_t* name;
-    const wchar_t* message;
-    eseverity severity;
+    long code;              ///< Event code, unique in the catalogue.
+    const wchar_t* name;    ///< Class name.
+    const wchar_t* message; ///< Message template with the inserts `%1` to `%8`.
+    eseverity severity;     ///< Severity of every object of the class.
 };
 
+/// Implements the operations of WNestedException for the class `Event`, which derives from this template
+/// (CRTP) and has a static EventRow(). `Arguments` are the types of the message's inserts, in order.
 template <class Event, class... Arguments>
 class KRTPAL_TYPE_API WCatalogueException : public WNestedException {
-    /// Text comes by reference, a number by value.
+    // Texts are passed by reference, numbers by value.
     template <class Argument>
     using Parameter = std::conditional_t<std::is_arithmetic_v<Argument>, Argument, const Argument&>;
 
 public:
-    /// `pNext`, the cause, is cloned and may be null.
+    /// Stores the arguments and formats them at once. `pNext`, the cause, is cloned and may be null. Throws
+    /// std::bad_alloc if memory is short.
     explicit WCatalogueException(Parameter<Arguments>... arguments, const WNestedException* pNext = nullptr)
         : m_arguments(arguments...) {
         CloneNext(pNext);
         Prepare();
     }
 
-    /// From a record: the arguments are there as text only, the typed ones are empty.
+    /// Constructs from a record: the arguments exist as text only, the typed ones are empty or 0. `next` is
+    /// cloned and may be null. Throws std::bad_alloc if memory is short.
     WCatalogueException(const WNestedExceptionData& data, const WNestedException* next)
         : WNestedException(data, next, &s_eventInfo) {
         Prepare();
     }
 
+    /// Copies the arguments and clones the chain after this link. Throws std::bad_alloc if memory is short.
     WCatalogueException(const WCatalogueException& other)
         : WNestedException(other), m_arguments(other.m_arguments) {
         Prepare();
     }
 
+    /// Destroys the object and the links that it owns.
     ~WCatalogueException() override = default;
 
+    /// Copies the arguments and replaces the chain after this link by a clone of the other's. `other` may be
+    /// a link of this chain. Throws std::bad_alloc if memory is short.
     WCatalogueException& operator=(const WCatalogueException& other) {
-        // The other may be a link of this object's own chain, and gone after the base's assignment.
+        // Copied first: `other` may be a link of this chain, which the base's assignment destroys.
         auto arguments = other.m_arguments;
         WNestedException::operator=(other);
         m_arguments = std::move(arguments);
         return *this;
     }
 
+    /// Returns the descriptor of the class `Event`.
     const WExceptionEventInfo& GetEventInfo() const override { return s_eventInfo; }
+    /// Returns 1.
     int GetRevision() const override { return 1; }
+    /// See WNestedException::clone. The copy is an `Event`.
     WNestedException* clone() const override { return new Event(static_cast<const Event&>(*this)); }
 
+    /// See WNestedException::FormatLogParams. Formats the typed arguments, so an object made from a record
+    /// gives empty texts and zeros.
     void FormatLogParams(WLogParams*& params) const override {
         auto made = std::make_unique<WLogParams>();
         made->SetEventInfo(&s_eventInfo);
@@ -85,7 +105,8 @@ public:
         params = made.release();
     }
 
-    /// Argument `index`, which fills insert `%(index + 1)`; empty in an object that was made from a record.
+    /// Returns argument `index`, which fills insert `%(index + 1)`. It is empty or 0 in an object that was
+    /// made from a record.
     template <std::size_t index>
     const auto& GetArgument() const {
         return std::get<index>(m_arguments);
@@ -95,9 +116,9 @@ private:
     static void ThrowEvent(WNestedExceptionData& data, WNestedException* next) { throw Event(data, next); }
 
     void Prepare() {
-        // The descriptor has it from its construction on. Every module has an address of its own for this
-        // function: storing it again would leave the last thrower's, whose module may be gone by then, and
-        // threads would race.
+        // The descriptor's constructor stores the function already. Each module has its own address of
+        // ThrowEvent: an unconditional store would leave the address of the last thrower, whose module may be
+        // unloaded later, and would be a data race.
         if (s_eventInfo.GetThrowFunc() == nullptr) {
             s_eventInfo.SetThrowFunc(&ThrowEvent);
         }
@@ -113,6 +134,9 @@ private:
 
 } // namespace bss
 
+/// Declares the exception class `Class`, derived from WCatalogueException. `Api` is the module's export macro
+/// and may be empty; the arguments after `severity` are the types of the inserts. The module defines the
+/// destructor in one source file.
 #define BSS_EXCEPTION_CLASS(Api, Class, code, message, severity, ...)                                        \
     class Api Class : public ::bss::WCatalogueException<Class __VA_OPT__(, ) __VA_ARGS__> {                  \
     public:                                                                                                  \

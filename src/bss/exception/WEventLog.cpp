@@ -23,7 +23,7 @@ namespace {
 
 constexpr wchar_t kSourcesKey[] = L"SYSTEM\\CurrentControlSet\\Services\\Eventlog\\Application\\";
 constexpr std::size_t kKeyRoom = 262;
-// Entries of the module's message table
+// Identifiers in the module's message table, see messages.mc.
 constexpr WORD kCategory = 1;
 constexpr DWORD kEvent = 1001;
 
@@ -53,7 +53,7 @@ void SetNumber(HKEY key, const wchar_t* name, DWORD number) {
     RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
 }
 
-/// The token's user, copied to the process heap; null on any failure.
+// Returns a copy of the token user's SID on the process heap, null on failure.
 void* CopyUserSid(HANDLE token) {
     DWORD size = 0;
     if (GetTokenInformation(token, TokenUser, nullptr, 0, &size) != FALSE ||
@@ -107,7 +107,6 @@ bool WEventLog::Register(const char* source) {
 
 bool WEventLog::Initialize(const wchar_t* source) {
     const sync::WSingleLock lock(&m_section, true);
-    // A name that the key's buffer can't hold is no name of a source.
     if (source == nullptr || std::wcslen(kSourcesKey) + std::wcslen(source) >= kKeyRoom) {
         return false;
     }
@@ -120,14 +119,14 @@ bool WEventLog::Initialize(const wchar_t* source) {
     HKEY key = nullptr;
     if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, keyName, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS,
                         nullptr, &key, nullptr) != ERROR_SUCCESS) {
-        return false; // as for any ordinary user
+        return false; // the usual result without administrator rights
     }
     SetText(key, L"EventMessageFile", module);
     SetText(key, L"CategoryMessageFile", module);
     SetNumber(key, L"CategoryCount", 1);
-    constexpr DWORD allTypes = EVENTLOG_ERROR_TYPE | EVENTLOG_WARNING_TYPE | EVENTLOG_INFORMATION_TYPE |
-                               EVENTLOG_AUDIT_SUCCESS | EVENTLOG_AUDIT_FAILURE;
-    SetNumber(key, L"TypesSupported", allTypes);
+    constexpr DWORD kAllTypes = EVENTLOG_ERROR_TYPE | EVENTLOG_WARNING_TYPE | EVENTLOG_INFORMATION_TYPE |
+                                EVENTLOG_AUDIT_SUCCESS | EVENTLOG_AUDIT_FAILURE;
+    SetNumber(key, L"TypesSupported", kAllTypes);
     RegCloseKey(key);
     m_hEventSource = RegisterEventSourceW(nullptr, source);
     return m_hEventSource != nullptr;

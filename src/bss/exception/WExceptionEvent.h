@@ -1,4 +1,13 @@
-// WExceptionEvent: root of the events that can name their descriptor and log themselves.
+// WExceptionEvent: abstract root of the events that have a static descriptor and can log themselves.
+//
+//     void Report(const bss::WExceptionEvent& event) {
+//         std::wcout << event.GetEventInfo().GetName() << L'\n';
+//         event.Log(bss::WExceptionEventLog::GetEventLog());
+//     }
+//
+// WNestedException is the library's only direct derivative; applications derive from that class.
+//
+// Threads: one object, one thread at a time.
 
 #ifndef BSS_EXCEPTION_WEXCEPTIONEVENT_H
 #define BSS_EXCEPTION_WEXCEPTIONEVENT_H
@@ -10,14 +19,16 @@ namespace bss {
 class WExceptionEventInfo;
 class WExceptionEventLog;
 
+/// An event with a static descriptor.
 class KRTBSS_API WExceptionEvent {
 public:
+    /// Destroys the event.
     virtual ~WExceptionEvent();
 
-    /// The class's static descriptor; it lives as long as the module that defines the class.
+    /// Returns the class's static descriptor, which lives as long as the module that defines the class.
     virtual const WExceptionEventInfo& GetEventInfo() const = 0;
 
-    /// Writes the event to a log. The body that stands here does nothing.
+    /// Writes the event to a log. Pure, with a body that does nothing.
     virtual void Log(WExceptionEventLog& log) const = 0;
 };
 

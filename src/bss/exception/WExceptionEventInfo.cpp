@@ -9,7 +9,7 @@ namespace bss {
 
 namespace {
 
-constexpr std::array<const wchar_t*, 4> severityTexts{L"ADVISORY", L"MINOR   ", L"MAJOR   ", L"CRITICAL"};
+constexpr std::array<const wchar_t*, 4> kSeverityTexts{L"ADVISORY", L"MINOR   ", L"MAJOR   ", L"CRITICAL"};
 
 bool SameText(const wchar_t* a, const wchar_t* b) {
     return a == b || (a != nullptr && b != nullptr && std::wcscmp(a, b) == 0);
@@ -17,8 +17,8 @@ bool SameText(const wchar_t* a, const wchar_t* b) {
 
 } // namespace
 
-// Constant-initialised, so that descriptors of any unit can register before this one's turn; never destroyed,
-// so that they can be read from static destructors.
+// Constant-initialised: descriptors of other units may register before this unit's initialisers run. Never
+// destroyed: static destructors may read the list.
 constinit std::vector<const WExceptionEventInfo*>* WExceptionEventInfo::m_apExceptionEventInfoList = nullptr;
 
 WExceptionEventInfo::WExceptionEventInfo(long id, const wchar_t* name, const wchar_t* msg,
@@ -28,8 +28,8 @@ WExceptionEventInfo::WExceptionEventInfo(long id, const wchar_t* name, const wch
 }
 
 eseverity WExceptionEventInfo::GetSeverity(const wchar_t* text) {
-    for (std::size_t i = 0; i < severityTexts.size(); ++i) {
-        if (SameText(text, severityTexts[i])) {
+    for (std::size_t i = 0; i < kSeverityTexts.size(); ++i) {
+        if (SameText(text, kSeverityTexts[i])) {
             return static_cast<eseverity>(i);
         }
     }
@@ -38,7 +38,7 @@ eseverity WExceptionEventInfo::GetSeverity(const wchar_t* text) {
 
 const wchar_t* WExceptionEventInfo::GetSeverity(eseverity severity) {
     const auto index = static_cast<std::size_t>(severity);
-    return index < severityTexts.size() ? severityTexts[index] : L"????????";
+    return index < kSeverityTexts.size() ? kSeverityTexts[index] : L"????????";
 }
 
 std::vector<const WExceptionEventInfo*> WExceptionEventInfo::GetEventInfoList() {

@@ -1,14 +1,14 @@
 // WExceptionEventInfo: the static descriptor of one kind of failure.
 //
-// Every exception class of the library has one descriptor: code, class name, message template, severity and a
-// function that throws the class from nothing but text. All descriptors of a module stand in one process-wide
-// list as soon as the module is loaded, whether or not the class is ever thrown.
+// Each exception class of the library has one descriptor: code, class name, message template, severity and a
+// function that throws the class from a text record. Loading a module registers its descriptors in one
+// process-wide list, whether or not the classes are ever thrown.
 //
 //     for (const bss::WExceptionEventInfo* info : bss::WExceptionEventInfo::GetEventInfoList())
 //         std::wcout << info->GetId() << L' ' << info->GetName() << L'\n';
 //
-// Threads: the list is written during static initialisation (on the loader's thread) and read afterwards; it
-// has no lock.
+// Threads: the list has no lock. It is written during static initialisation, on the loader's thread, and only
+// read afterwards. A registered descriptor may be read by any number of threads.
 
 #ifndef BSS_EXCEPTION_WEXCEPTIONEVENTINFO_H
 #define BSS_EXCEPTION_WEXCEPTIONEVENTINFO_H
@@ -23,57 +23,69 @@ namespace bss {
 class WNestedException;
 struct WNestedExceptionData;
 
-/// How bad an event is. Any other value counts as unknown.
+/// Severity of an event, in ascending order. Any other value is treated as unknown.
 enum eseverity : int {
-    ADVISORY = 0,
-    MINOR = 1,
-    MAJOR = 2,
-    CRITICAL = 3,
-    UNKNOWN_SEVERITY = 4, ///< what the look-up of a text answers for a text that it does not know
+    ADVISORY = 0,         ///< Text "ADVISORY".
+    MINOR = 1,            ///< Text "MINOR   ", with three blanks.
+    MAJOR = 2,            ///< Text "MAJOR   ", with three blanks.
+    CRITICAL = 3,         ///< Text "CRITICAL".
+    UNKNOWN_SEVERITY = 4, ///< Result of the look-up of an unknown text.
 };
 
+/// Static descriptor of one exception class.
 class KRTBSS_API WExceptionEventInfo {
 public:
-    /// Throws the described class with the texts of a record and `next` (cloned) behind it.
+    /// Throws the described class with the texts of a record; `next` is cloned as its next link.
     using ThrowFunc = void (*)(WNestedExceptionData& data, WNestedException* next);
 
-    /// Registers the descriptor, unless one of the same code, severity and name is in the list already.
-    /// The texts are not copied: they have to outlive the descriptor, and the descriptor the process's use of
-    /// the list.
+    /// Registers the descriptor, unless the list has one with the same code, severity and name.
+    /// REQUIRES: the texts, which are not copied, outlive the descriptor; a registered descriptor outlives
+    /// all use of the list. Throws std::bad_alloc if memory is short.
     WExceptionEventInfo(long id, const wchar_t* name, const wchar_t* msg, ThrowFunc throwFunc,
                         eseverity severity);
-    WExceptionEventInfo(const WExceptionEventInfo&) = default; ///< the copy is not registered
+    /// Copies all fields. The copy is not registered.
+    WExceptionEventInfo(const WExceptionEventInfo&) = default;
+    /// Copies all fields. The list is unchanged.
     WExceptionEventInfo& operator=(const WExceptionEventInfo&) = default;
+    /// Destroys the descriptor; the list is unchanged.
     virtual ~WExceptionEventInfo() = default;
 
+    /// Returns the event code.
     long GetId() const { return m_nId; }
+    /// Returns the class name.
     const wchar_t* GetName() const { return m_pszName; }
-    /// The message template, with inserts `%1` to `%8`.
+    /// Returns the message template, with the inserts `%1` to `%8`.
     const wchar_t* GetMsg() const { return m_pszMsg; }
-    /// Always null: no descriptor names its module.
+    /// Returns null: no descriptor stores its module.
     const wchar_t* GetModule() const { return m_pszModule; }
+    /// Returns the severity.
     eseverity GetSeverity() const { return m_severity; }
-    /// UTC time at which the descriptor was built, that is of the module's static initialisation.
+    /// Returns the UTC time of the descriptor's construction, which is the module's static initialisation.
     SYSTEMTIME GetDateTime() const { return m_dateTime; }
+    /// Returns the throw function, which may be null.
     ThrowFunc GetThrowFunc() const { return m_throwFunc; }
+    /// Replaces the throw function; null makes ThrowFromList skip the class. Not synchronised.
     void SetThrowFunc(ThrowFunc throwFunc) { m_throwFunc = throwFunc; }
 
-    /// The value of a severity text of exactly eight characters, blanks included; UNKNOWN_SEVERITY for any
-    /// other text and for null.
+    /// Returns the value of a severity text of exactly eight characters, blanks included; UNKNOWN_SEVERITY
+    /// for any other text and for null.
     static eseverity GetSeverity(const wchar_t* text);
-    /// The eight characters of a severity; "????????" outside ADVISORY to CRITICAL.
+    /// Returns the eight characters of a severity; "????????" for values outside ADVISORY to CRITICAL.
     static const wchar_t* GetSeverity(eseverity severity);
 
-    /// A copy of the list of distinct descriptors, in order of registration. The descriptors stay the
-    /// library's.
+    /// Returns a copy of the list of distinct descriptors, in order of registration. The list does not own
+    /// the descriptors. Throws std::bad_alloc if memory is short.
     static std::vector<const WExceptionEventInfo*> GetEventInfoList();
 
-    /// Throws the class that the record's id, name and severity texts name, with `next` cloned behind it.
-    /// Returns normally, with nothing thrown, when no descriptor matches all three.
+    /// Throws the class whose code, name and severity match the record's texts; `next` is cloned as its next
+    /// link and may be null. Returns without throwing if no descriptor matches all three texts, or if the
+    /// matching one has no throw function.
     static void ThrowFromList(WNestedExceptionData& data, WNestedException* next);
 
 protected:
+    /// Creates the empty list if there is none.
     static void InitializeEventInfoList();
+    /// Appends this descriptor, unless the list has one with the same code, severity and name.
     void UpdateEventInfoList();
 
 private:

@@ -16,7 +16,7 @@ const int WExceptionEventLog::m_nMaxFormatMsgLength = 300;
 
 namespace {
 
-constexpr std::size_t eventColumnWidth = 30;
+constexpr std::size_t kEventColumnWidth = 30;
 
 const wchar_t* TextOrEmpty(const wchar_t* text) {
     return text == nullptr ? L"" : text;
@@ -26,8 +26,8 @@ std::wstring EventColumn(const WExceptionEventInfo& info) {
     const long code = info.GetId();
     std::wstring column = std::to_wstring(code / 4096) + L'.' + std::to_wstring(code % 4096) + L' ' +
                           TextOrEmpty(info.GetName());
-    if (column.size() < eventColumnWidth) {
-        column.resize(eventColumnWidth, L' ');
+    if (column.size() < kEventColumnWidth) {
+        column.resize(kEventColumnWidth, L' ');
     }
     return column + L": ";
 }
@@ -62,7 +62,7 @@ WExceptionEventLog& WExceptionEventLog::GetEventLog() {
 }
 
 void WExceptionEventLog::InitDefaultEventLog() {
-    // Never destroyed, so that failures can be logged from static destructors.
+    // Never destroyed: static destructors may log.
     static WFileEventLog& log = *new WFileEventLog(std::wcout, m_pszAppNameUnknown);
     static const bool made = (m_pEventLog = &log, true);
     (void)made;

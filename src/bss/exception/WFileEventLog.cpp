@@ -15,7 +15,7 @@ WFileEventLog::WFileEventLog(std::wostream& stream, const std::wstring& appName)
 WFileEventLog::~WFileEventLog() = default;
 
 bool WFileEventLog::Log(const std::vector<const WLogParams*>& params) {
-    // A failure that the stream has recovered from since is no reason to stay silent.
+    // An error of an earlier write must not suppress this one.
     m_stream.clear();
     if (params.empty()) {
         m_stream << L"Empty LogParams list\n" << std::flush;

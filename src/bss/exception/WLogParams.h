@@ -1,9 +1,10 @@
-// WLogParams: the arguments of one event as text, with the event's descriptor.
+// WLogParams: the arguments of one event as text, and the event's descriptor.
 //
 //     WLogParams params;
 //     params.SetEventInfo(&info);
 //     params.FormatEventArgument(0, L"relay");
 //     params.FormatEventArgument(1, 42L);
+//     const wchar_t* text = params.GetFormatArg(1);   // "42"
 //
 // Threads: no locks; one object, one thread at a time.
 
@@ -21,51 +22,72 @@ namespace bss {
 
 class WExceptionEventInfo;
 
+/// Text arguments of one event. An argument is a text, which may be empty, or null if it is not set.
 struct KRTBSS_API WLogParams {
-    static const int ARGUMENT_COUNT; ///< 8, the number of inserts of any message template
+    static const int ARGUMENT_COUNT; ///< 8, the number of inserts of any message template.
 
+    /// Sets no descriptor and no argument.
     WLogParams() = default;
+    /// Copies the descriptor's address and the texts. Throws std::bad_alloc if memory is short.
     WLogParams(const WLogParams&) = default;
+    /// Copies the descriptor's address and the texts. Throws std::bad_alloc if memory is short.
     WLogParams& operator=(const WLogParams&) = default;
+    /// Destroys the texts; the descriptor is borrowed.
     virtual ~WLogParams();
 
-    /// Orders by the time at which the descriptors were built, not by the events' times: all events of one
-    /// class compare alike. False where either has no descriptor.
+    /// Returns true if this descriptor was constructed earlier than the other one, by WSystemTimeEx's `<`.
+    /// The times of the events are not compared, so events of one class are equivalent. Returns false if
+    /// either object has no descriptor.
     virtual bool operator<(const WLogParams& other) const;
 
-    /// The descriptor is borrowed: it lives in the module that defines the event.
+    /// Stores the descriptor, which is borrowed: the module that defines the event owns it.
     void SetEventInfo(const WExceptionEventInfo* info) { m_pEventInfo = info; }
-    /// Must not be called before a descriptor is set.
+    /// Returns the descriptor. REQUIRES: SetEventInfo has set one.
     const WExceptionEventInfo& GetEventInfo() const { return *m_pEventInfo; }
 
-    /// Sets argument `i` (0 to 7; any other index is ignored) to a copy of the text; null clears it.
+    /// Sets argument `i` to a copy of the text; null clears it. An index outside 0 to 7 is ignored. Throws
+    /// std::bad_alloc if memory is short.
     void SetFormatArg(int i, const wchar_t* text);
-    /// The text of argument `i`, null if it has none or `i` is outside 0 to 7. It stays this object's.
+    /// Returns the text of argument `i`, null if it is not set or if `i` is outside 0 to 7. The object owns
+    /// the text, which is valid until the argument changes.
     const wchar_t* GetFormatArg(int i) const;
 
-    /// Sets argument `i` to the text of a value.
-    /// - Whole numbers up to `long`: decimal.
-    /// - `LONGLONG`: hexadecimal, lower case, with prefix "0x", whatever the sign.
-    /// - `float`, `double`: 7 and 15 significant digits, as VariantChangeType gives them.
-    /// - Text: a copy; narrow text is in the current code page (UTF-8 on Linux).
-    /// Throws std::bad_alloc if memory is short.
+    // Each overload sets argument `i` to the text of a value. An index outside 0 to 7 is ignored. All throw
+    // std::bad_alloc if memory is short.
+
+    /// Sets the signed decimal number of the character's code, not the character.
     void FormatEventArgument(int i, char value);
+    /// Sets the signed decimal number.
     void FormatEventArgument(int i, short value);
+    /// Sets the signed decimal number.
     void FormatEventArgument(int i, int value);
+    /// Sets the signed decimal number.
     void FormatEventArgument(int i, long value);
+    /// Sets the unsigned decimal number.
     void FormatEventArgument(int i, unsigned char value);
+    /// Sets the unsigned decimal number.
     void FormatEventArgument(int i, unsigned short value);
+    /// Sets the unsigned decimal number.
     void FormatEventArgument(int i, unsigned int value);
+    /// Sets the unsigned decimal number.
     void FormatEventArgument(int i, unsigned long value);
+    /// Sets the hexadecimal number in lower case with prefix "0x"; a negative value as its two's complement.
     void FormatEventArgument(int i, LONGLONG value);
+    /// Sets up to 7 significant digits, as VariantChangeType formats VT_R4; clears the argument if that
+    /// fails.
     void FormatEventArgument(int i, float value);
+    /// Sets up to 15 significant digits, as VariantChangeType formats VT_R8; clears the argument if that
+    /// fails.
     void FormatEventArgument(int i, double value);
+    /// Sets a copy of the text; null clears the argument.
     void FormatEventArgument(int i, const wchar_t* text);
+    /// Sets a copy of the text.
     void FormatEventArgument(int i, const std::wstring& text);
+    /// Sets the text, converted from the current code page (UTF-8 on Linux).
     void FormatEventArgument(int i, const std::string& text);
 
-    const WExceptionEventInfo* m_pEventInfo = nullptr;
-    std::array<CountedText, 8> m_args;
+    const WExceptionEventInfo* m_pEventInfo = nullptr; ///< The borrowed descriptor, null if none is set.
+    std::array<CountedText, 8> m_args;                 ///< The owned arguments, each null if not set.
 
 private:
     void SetArgument(int i, CountedText text);

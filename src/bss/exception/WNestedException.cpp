@@ -15,9 +15,9 @@ bool WNestedException::m_bSuppressVariableData = false;
 
 namespace {
 
-// `clone` copies a link by its class's copy constructor, and that copies the chain behind it, link by link,
-// each through the next one's `clone`. To keep the depth of calls independent of the chain's length,
-// CloneChain names the link that it is cloning here, and the copy of just that link leaves the chain alone.
+// The link that CloneChain is cloning. `clone` calls the copy constructor, which clones the chain after the
+// link; that recursion would be as deep as the chain is long. The copy constructor therefore copies this link
+// without its chain, and CloneChain walks the chain in a loop.
 thread_local const WNestedException* linkBeingCloned = nullptr;
 
 class LinkBeingCloned {
@@ -103,7 +103,7 @@ WNestedException* WNestedException::CloneChain(const WNestedException* head) {
         }
         last = copied;
         if (copied->m_pNext != nullptr) {
-            break; // a class with a copy of its own making has brought the rest along
+            break; // a class with its own copy constructor has copied the rest of the chain
         }
     }
     return copy.release();
@@ -170,7 +170,7 @@ std::wstring WNestedException::AsString(bool bFirstOnly) const {
 }
 
 eseverity WNestedException::GetHighestSeverity() const {
-    // This file is compiled so that `this` may be null here.
+    // `this` may be null: CMakeLists.txt compiles this file with -fno-delete-null-pointer-checks.
     eseverity highest = MINOR;
     for (const WNestedException* link = this; link != nullptr; link = link->m_pNext) {
         highest = std::max(highest, link->GetEventInfo().GetSeverity());

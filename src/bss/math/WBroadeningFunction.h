@@ -1,4 +1,6 @@
-// Moved: see "bss/math/model/WBroadeningFunction.h". This path stays for sources that include it.
+// Forwards to "bss/math/model/WBroadeningFunction.h", which declares WBroadeningFunction.
+//
+// Kept for sources that include this path; new sources include the other one.
 
 #ifndef BSS_MATH_WBROADENINGFUNCTION_H
 #define BSS_MATH_WBROADENINGFUNCTION_H

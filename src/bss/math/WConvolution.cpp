@@ -20,9 +20,9 @@ std::size_t PaddedLength(std::size_t length) {
     return padded;
 }
 
-/// The kernel, wrapped around: x from 0 upwards at the front, from -dx downwards at the back. The first pair
-/// of samples that falls below a thousandth of the value at 0 is the last. The answer is their sum over the
-/// root of the length.
+// Samples the kernel in wrapped order: x = 0, dx, ... from the front, -dx, -2 dx, ... from the back, up to
+// the first pair below a thousandth of the value at 0. Returns the sum of the samples divided by the root of
+// the length.
 double SampleKernel(WFunction* kernel, double dx, std::vector<Complex>& samples) {
     const std::size_t length = samples.size();
     const double threshold = kernel->Evaluate(0.0) * 0.001;
@@ -42,7 +42,7 @@ double SampleKernel(WFunction* kernel, double dx, std::vector<Complex>& samples)
     return sum;
 }
 
-/// a = k a, without the detour that the language's complex product takes for infinities.
+// Computes a = k a per element, without the handling of infinities in the complex operator*.
 void MultiplyEach(std::vector<Complex>& a, const std::vector<Complex>& k) {
     for (std::size_t i = 0; i < a.size(); ++i) {
         a[i] = {k[i].real() * a[i].real() - k[i].imag() * a[i].imag(),

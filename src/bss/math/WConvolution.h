@@ -6,14 +6,17 @@
 //     bss::WConvolution convolution;
 //     convolution.Convolve(data, &kernel, 0.01);   // samples 0.01 of the kernel's x unit apart
 //
-// The kernel is normalised, so that the mean of the signal stays; its height does not matter. It is sampled
-// on both sides of 0 until both sides fall below a thousandth of its value at 0. The convolution is circular
-// over the length, rounded up to a power of two; what is added there has the signal's mean.
+// The kernel is normalised to the sum of its samples: the mean of the signal is preserved, and the height of
+// the kernel has no effect. The kernel is sampled on both sides of 0, up to the first pair of samples that
+// are both below a thousandth of its value at 0. It need not be even.
 //
-// Memory: two work arrays a call, and the tables of WFFT. std::bad_alloc, and what the kernel throws, pass
-// and leave the data as they were.
+// The convolution is circular over the length rounded up to a power of two; the padding has the signal's
+// mean. It is computed by the convolution theorem with two forward transforms and one inverse transform of
+// WFFT.
 //
-// Threads: one object serves one thread at a time.
+// Memory: two complex work arrays per call, and the tables of WFFT, which are cached per length.
+//
+// Threads: one object, one thread at a time; different objects are independent.
 
 #ifndef BSS_MATH_WCONVOLUTION_H
 #define BSS_MATH_WCONVOLUTION_H
@@ -27,15 +30,22 @@ namespace bss {
 
 class WFunction;
 
+/// Smooths signals by a kernel, with cached Fourier tables.
 class KRTBSS_API WConvolution {
 public:
+    /// Constructs an object without tables.
     WConvolution();
+    /// Copies the tables. Throws std::bad_alloc if memory is short.
     WConvolution(const WConvolution&);
+    /// Copies the tables. Throws std::bad_alloc if memory is short.
     WConvolution& operator=(const WConvolution&);
+    /// Frees the tables.
     virtual ~WConvolution();
 
-    /// Smooths `data` in place; its length stays. `dx` is the spacing of the samples in the kernel's unit of
-    /// x. The kernel, which is borrowed, must not be null; nothing happens to empty data.
+    /// Smooths `data` in place; its length is unchanged, and empty data do nothing. `dx` is the distance of
+    /// two samples in the kernel's unit of x. The kernel is borrowed for the call. REQUIRES: `kernel` is not
+    /// null. Throws what the kernel throws, std::bad_alloc, and std::length_error for more than 2^30 samples;
+    /// `data` is then unchanged.
     void Convolve(std::vector<double>& data, WFunction* kernel, double dx);
 
 private:

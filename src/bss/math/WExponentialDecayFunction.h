@@ -1,4 +1,6 @@
-// Moved: see "bss/math/model/WExponentialDecayFunction.h". This path stays for sources that include it.
+// Forwards to "bss/math/model/WExponentialDecayFunction.h", which declares WExponentialDecayFunction.
+//
+// Kept for sources that include this path; new sources include the other one.
 
 #ifndef BSS_MATH_WEXPONENTIALDECAYFUNCTION_H
 #define BSS_MATH_WEXPONENTIALDECAYFUNCTION_H

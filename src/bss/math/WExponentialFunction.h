@@ -1,4 +1,6 @@
-// Moved: see "bss/math/model/WExponentialFunction.h". This path stays for sources that include it.
+// Forwards to "bss/math/model/WExponentialFunction.h", which declares WExponentialFunction.
+//
+// Kept for sources that include this path; new sources include the other one.
 
 #ifndef BSS_MATH_WEXPONENTIALFUNCTION_H
 #define BSS_MATH_WEXPONENTIALFUNCTION_H

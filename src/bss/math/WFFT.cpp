@@ -12,7 +12,7 @@ namespace bss {
 
 namespace {
 
-/// Elements that are moved at once: rows of one cache line or more on both sides.
+// Side of a tile in elements: each row of a tile fills whole cache lines in source and target.
 constexpr int kTileLog2 = 4;
 constexpr std::size_t kTile = std::size_t{1} << kTileLog2;
 
@@ -25,7 +25,7 @@ fft::Passes ChoosePasses() {
     return &fft::RunPasses;
 }
 
-/// A square of elements: rows a, columns b, of the indices a|middle|b.
+// Loads the square of elements with the indices a|middle|b: row a, column b.
 void LoadTile(const std::complex<double>* data, std::size_t middle, int rowShift,
               std::complex<double>* tile) {
     for (std::size_t row = 0; row < kTile; ++row) {
@@ -33,7 +33,7 @@ void LoadTile(const std::complex<double>* data, std::size_t middle, int rowShift
     }
 }
 
-/// The elements of a tile, scaled, at the reversed indices: b' |middle'| a'.
+// Stores the elements of a tile, scaled, at the reversed indices b'|middle'|a'; `middle` is already reversed.
 void StoreTile(const std::complex<double>* tile, std::size_t middle, int rowShift, const int* reversed,
                double scale, std::complex<double>* data) {
     for (std::size_t row = 0; row < kTile; ++row) {
@@ -45,8 +45,8 @@ void StoreTile(const std::complex<double>* tile, std::size_t middle, int rowShif
     }
 }
 
-/// Brings bit-reversed results into their order and scales them: tile by tile, since a single pair of
-/// elements lies in lines of the cache that no neighbour uses.
+// Permutes bit-reversed results into natural order and scales them, tile by tile: swapping single elements
+// would load a cache line for each.
 void ReorderTiles(std::complex<double>* data, int log2, const std::vector<int>& bitReversal, double scale) {
     const int rowShift = log2 - kTileLog2;
     const int middleBits = log2 - 2 * kTileLog2;
@@ -120,10 +120,10 @@ void WFFT::CreateArrays() {
         m_aSine[k] = std::sin(angle);
         m_aNegativeSine[k] = -m_aSine[k];
         m_aBitReversal[k] = static_cast<int>(ReverseBits(static_cast<unsigned int>(k), m_nLog2));
-        angle += step; // not k times step: the rounding of the sum is part of the tables
+        angle += step; // not k times step: kept for agreement with stored results
     }
     m_bInverse = false;
-    // Block m of any stage begins at an element whose number, shifted by the stage, is 2 m.
+    // Block m of every stage starts at an element whose index, shifted right by the stage, is 2 m.
     for (std::size_t m = 0; m < length / 2; ++m) {
         const auto entry = static_cast<std::size_t>(m_aBitReversal[2 * m]);
         m_aTwiddles[2 * m] = m_aCosine[entry];
@@ -142,7 +142,7 @@ void WFFT::UseLength(std::size_t length) {
     try {
         CreateArrays();
     } catch (...) {
-        m_nLength = 0; // the tables are of no length
+        m_nLength = 0; // the tables are incomplete
         throw;
     }
 }

@@ -1,20 +1,22 @@
-// WFFT: radix-2 Fourier transform of complex data, in place, with tables kept from one transform to the next
-// of the same length.
+// WFFT: radix-2 Fourier transform of complex data, in place, with tables cached per length.
 //
 //     std::vector<std::complex<double>> a = ...;   // a power of two long
 //     bss::WFFT fft;
 //     fft.ComplexFFT(a);                           // A[k] = 1/sqrt(N) sum a[j] exp(-2 pi i j k / N)
-//     fft.InverseComplexFFT(a);                    // and back
+//     fft.InverseComplexFFT(a);                    // back to the input, except for rounding
 //
-// Both directions carry 1/sqrt(N): the transform is unitary, and keeps the sum of squares.
+// Both directions are scaled by 1/sqrt(N), so the transform is unitary and preserves the sum of squared
+// magnitudes. Input and output are in natural order. The method is that of Cooley and Tukey, Math. Comp. 19
+// (1965) 297, in N log2(N) operations.
 //
-// The length must be a power of two. Another length (from 3 on) gives numbers without meaning, inside the
-// vector and without a failure; 0 and 1 leave the data as they are.
+// REQUIRES: the length is a power of two. Any other length from 3 gives meaningless numbers within the vector
+// and no error. Lengths 0 and 1 leave the data unchanged.
 //
-// Memory: the tables take 48 bytes an element, and are made when a length is first met; std::bad_alloc passes
-// and leaves the data as they were. Otherwise nothing is allocated. No failure is reported.
+// Memory: the tables take 36 bytes per element and are computed when the length changes. Nothing else is
+// allocated. All transforms throw std::bad_alloc if memory for the tables is short, and std::length_error for
+// more than INT_MAX elements; the data are then unchanged.
 //
-// Threads: one object serves one thread at a time; different objects are independent.
+// Threads: one object, one thread at a time; different objects are independent.
 
 #ifndef BSS_MATH_WFFT_H
 #define BSS_MATH_WFFT_H
@@ -26,27 +28,32 @@
 
 namespace bss {
 
+/// Complex Fourier transform with cached tables.
 class KRTBSS_API WFFT {
 public:
+    /// Constructs an object without tables.
     WFFT();
+    /// Copies the tables. Throws std::bad_alloc if memory is short.
     WFFT(const WFFT&);
+    /// Copies the tables. Throws std::bad_alloc if memory is short.
     WFFT& operator=(const WFFT&);
+    /// Frees the tables.
     virtual ~WFFT();
 
-    /// Forward transform of `a`.
+    /// Replaces `a` by its forward transform, with the kernel exp(-2 pi i j k / N).
     void ComplexFFT(std::vector<std::complex<double>>& a);
-    /// Inverse transform of `a`.
+    /// Replaces `a` by its inverse transform, with the kernel exp(+2 pi i j k / N).
     void InverseComplexFFT(std::vector<std::complex<double>>& a);
-    /// Forward transforms of two vectors of one length, which share each look at the tables. A `b` shorter
-    /// than `a` stays as it is; of a longer one the first elements are transformed.
+    /// Replaces two vectors of one length by their forward transforms, in one pass over the tables. A `b`
+    /// shorter than `a` is unchanged; of a longer `b` the first elements are transformed.
     void ComplexFFT2(std::vector<std::complex<double>>& a, std::vector<std::complex<double>>& b);
-    /// The position of the highest set bit; -1 for 0.
+    /// Returns the position of the highest set bit, -1 for 0. A negative `n` has bit 31 set.
     static int ilog2(int n);
 
 protected:
-    /// Makes the tables for the present length.
+    /// Computes the tables for the current length. Throws std::bad_alloc if memory is short.
     void CreateArrays();
-    /// The low `bits` bits of a value in reverse order; 0 for bits below 1.
+    /// Returns the low `bits` bits of a value in reverse order; 0 for `bits` below 1.
     static unsigned int ReverseBits(unsigned int value, int bits);
 
 private:
@@ -57,11 +64,10 @@ private:
     int m_nLength = 0;
     std::vector<double> m_aSine;
     std::vector<double> m_aNegativeSine;
-    bool m_bInverse = false; ///< the active table of sines is the negated one
+    bool m_bInverse = false; // true while the negated sines are active
     std::vector<double> m_aCosine;
     std::vector<int> m_aBitReversal;
-    std::vector<double>
-        m_aTwiddles; ///< cosine and sine of each block, in the order in which blocks meet them
+    std::vector<double> m_aTwiddles; // cosine and sine of each block, in the order of the blocks
 };
 
 } // namespace bss

@@ -1,8 +1,8 @@
-// WFunction: the one-variable model y = f(x; c0, c1, ...) that every fit of the library works on.
+// WFunction: the one-variable model y = f(x; c0, c1, ...) that the fits of the library work on.
 //
-// A function owns its coefficients, which a fit reads and rewrites in place, and what a finished fit leaves
-// behind: the covariance matrix, the chi-squared and the chi-squared factor. So a fitted function reports a
-// value with its error bar by itself:
+// A function owns its coefficients, which a fit reads and rewrites in place. It also stores the results of a
+// fit: covariance matrix, chi-squared and chi-squared factor. A fitted function therefore evaluates to a
+// value with its error bar:
 //
 //     bss::WGaussianFunction peak;
 //     peak.SetCoefficients({1.0, 0.0, 2.0, 0.0, 0.0});  // starting values
@@ -13,13 +13,12 @@
 //
 // A model of one's own derives from WFunction, sizes m_Coefficients in its constructor and implements
 // Evaluate, ComputeDerivatives, clone, GetCoefficientName (WFunction::GetCoefficientName gives "A0", "A1",
-// ...) and SetFunctionType. A model linear in its coefficients derives from WLinearFunction instead.
+// ...) and SetFunctionType. A model that is linear in its coefficients derives from WLinearFunction instead.
 //
-// Functions have no serialized form: an application that stores a fit stores the type number and the
-// coefficients, and comes back through WFunctionFactory and SetCoefficients.
+// Functions have no serialized form. An application that stores a fit stores the type number and the
+// coefficients, and restores the function by WFunctionFactory and SetCoefficients.
 //
-// Threads: no locks. One object serves one thread at a time, evaluation included; distinct objects are
-// independent.
+// Threads: no locks. One object, one thread at a time, evaluation included; distinct objects are independent.
 
 #ifndef BSS_MATH_WFUNCTION_H
 #define BSS_MATH_WFUNCTION_H
@@ -32,99 +31,111 @@
 
 namespace bss {
 
+/// Abstract model with one variable and a vector of coefficients.
 class KRTBSS_API WFunction {
 public:
     /// The stored type number of each class. The numbers are fixed.
     enum etype : std::int32_t {
-        etUndefined = 0, // WLinearFunction and WTriangleDitherFitFunction set no type of their own
-        etPolynomial = 1,
-        etGaussian = 2,
-        etExponential = 3,
-        etExponentialPolynomial = 4,
-        etBroadening = 5,
-        etExponentialDecay = 6,
-        etFermiDirac = 7,
-        etCumulants = 8,
-        etGaussianCumulants = 9,
-        etSimpleExponentialDecay = 10,
-        etSine = 11
+        etUndefined = 0,               ///< WLinearFunction and WTriangleDitherFitFunction.
+        etPolynomial = 1,              ///< WPolynomialFunction.
+        etGaussian = 2,                ///< WGaussianFunction.
+        etExponential = 3,             ///< WExponentialFunction.
+        etExponentialPolynomial = 4,   ///< WExponentialPolynomialFunction.
+        etBroadening = 5,              ///< WBroadeningFunction.
+        etExponentialDecay = 6,        ///< WExponentialDecayFunction.
+        etFermiDirac = 7,              ///< WFermiDiracFunction.
+        etCumulants = 8,               ///< WCumulantsFunction.
+        etGaussianCumulants = 9,       ///< WGaussianCumulantsFunction.
+        etSimpleExponentialDecay = 10, ///< WSimpleExponentialDecayFunction.
+        etSine = 11                    ///< WSineFunction.
     };
 
-    /// Type 0, no coefficients, empty covariance, chi-squared 0.0, chi-squared factor 1.0.
+    /// Sets type 0, no coefficients, an empty covariance, chi-squared 0.0 and chi-squared factor 1.0.
     WFunction();
-    /// Memberwise: type, coefficients, covariance, chi-squared and factor.
+    /// Copies type, coefficients, covariance, chi-squared and factor. Throws std::bad_alloc if memory is
+    /// short.
     WFunction(const WFunction& other);
+    /// Copies by Assign. Throws std::bad_alloc if memory is short.
     WFunction& operator=(const WFunction& other);
+    /// Destroys the function. REQUIRES: no fit uses it afterwards.
     virtual ~WFunction();
 
-    /// Called by the non-linear fit when a step is rejected. Does nothing here; a model that caches something
-    /// derived from its coefficients drops it.
+    /// Does nothing. The non-linear fit calls it when it rejects a step; a model that caches values derived
+    /// from its coefficients overrides it and discards them.
     virtual void ResetData();
 
-    /// Copies the vector in, whatever its length. Covariance and chi-squared stay as they are: an error bar
+    /// Copies the vector, whatever its length. Covariance and chi-squared are unchanged, so an error bar
     /// computed afterwards still uses the old matrix. The classes of this library take a coefficient that a
     /// shorter vector lacks as 0.0.
     virtual void SetCoefficients(const std::vector<double>& coefficients);
 
-    /// The value at x. Not const, since some models keep scratch data or mend a coefficient.
+    /// Returns the value at x. Not const: some models write scratch data or replace a zero coefficient.
     virtual double Evaluate(double x) = 0;
 
-    /// The value at x and its standard error,
+    /// Stores the value at x in `y` and its standard error in `sigma`,
     ///     sigma = sqrt(factor * sum over i, j of (d[j] * d[i]) * C[i][j])
-    /// with the derivatives d, the covariance C and the chi-squared factor (propagation of error, e.g.
-    /// Bevington, "Data Reduction and Error Analysis for the Physical Sciences"). sigma is exactly 0.0 if the
-    /// sum is not above 0.0, or if there are no coefficients. A covariance cell that does not exist counts as
-    /// 0.0: the matrix is empty before a fit, and a linear fit with held coefficients leaves it smaller than
-    /// n by n.
+    /// with the derivatives d, the covariance C and the chi-squared factor (propagation of error: Bevington,
+    /// "Data Reduction and Error Analysis for the Physical Sciences"). sigma is exactly 0.0 if the sum is not
+    /// above 0.0 or if there are no coefficients. A missing covariance cell is taken as 0.0: the matrix is
+    /// empty before a fit, and smaller than n by n after a linear fit with held coefficients. Throws what
+    /// Evaluate(double) and ComputeDerivatives throw.
     virtual void Evaluate(double x, double& y, double& sigma);
 
-    /// A copy on the heap, which the caller owns; null if memory ran out.
+    /// Returns a copy on the heap, which the caller owns; null if memory is short.
     virtual WFunction* clone() const = 0;
 
-    /// The name of a coefficient; the empty string for an index outside. The body here is the common rule:
-    /// "A" and the index in decimal.
+    /// Returns the name of a coefficient, empty for an index outside the vector. The body of this class gives
+    /// "A" followed by the index in decimal.
     virtual std::wstring GetCoefficientName(long index) const = 0;
 
-    /// Leaves in derivatives one partial derivative per coefficient, in coefficient order. The vector's
-    /// memory is reused: nothing is allocated once it has the capacity. A non-linear fit steers by exactly
-    /// these numbers, which in some models are on purpose not the true derivatives; those classes say so.
+    /// Stores one partial derivative per coefficient in `derivatives`, in coefficient order. Reuses the
+    /// vector's memory and allocates nothing if its capacity suffices. The non-linear fit uses exactly these
+    /// numbers. Some models deviate from the true derivatives for agreement with stored results; those
+    /// classes say so.
     virtual void ComputeDerivatives(double x, std::vector<double>& derivatives) = 0;
 
+    /// Returns the type number of the class.
     etype GetFunctionType() const { return m_eType; }
+    /// Returns the number of coefficients.
     unsigned GetNumberOfCoefficients() const { return static_cast<unsigned>(m_Coefficients.size()); }
 
-    /// 0.0 for an index below 0 or past the end.
+    /// Returns a coefficient, 0.0 for an index outside the vector.
     double GetCoefficient(long index) const;
-    /// Does nothing for an index below 0 or past the end.
+    /// Sets a coefficient; does nothing for an index outside the vector.
     void SetCoefficient(long index, double value);
+    /// Returns all coefficients.
     const std::vector<double>& GetCoefficients() const { return m_Coefficients; }
-    /// The function's own vector, through which a fit writes; valid as long as the function lives.
+    /// Returns the function's own vector, through which a fit writes; valid while the function exists.
     std::vector<double>* GetCoefficientsVectorPtr() { return &m_Coefficients; }
 
+    /// Returns the covariance, rows by columns in coefficient order; empty if none has been set.
     const std::vector<std::vector<double>>& GetCovarianceMatrix() const { return m_Covariance; }
-    /// Copies the matrix in, unchecked: rows by columns in coefficient order.
+    /// Copies the covariance unchecked, rows by columns in coefficient order.
     void SetCovarianceMatrix(const std::vector<std::vector<double>>& covariance);
 
+    /// Returns the chi-squared of the last SetChiSquared, 0.0 before it.
     double GetChiSquared() const { return m_dChiSquared; }
-    /// What the covariance is scaled by in an error bar; never below 1.0, so that it never shrinks one.
+    /// Returns the factor by which an error bar scales the covariance. It is at least 1.0, so it never
+    /// shrinks an error bar.
     double GetChiSquaredFactor() const { return m_dChiSquaredFactor; }
-    /// Stores chiSquared, and as factor chiSquared / (points - number of coefficients), raised to 1.0 if
-    /// below; 1.0 if the two counts are equal. The difference is an unsigned 32-bit number on purpose: with
-    /// fewer points than coefficients it wraps to about 4.29e9, and the factor ends at 1.0 unless chiSquared
-    /// is larger still.
+    /// Stores chiSquared, and as factor the larger of 1.0 and chiSquared / (points - number of coefficients).
+    /// The factor is 1.0 if the two counts are equal. The difference is an unsigned 32-bit number (kept for
+    /// compatibility): with fewer points than coefficients it wraps to about 4.29e9, and the factor is 1.0
+    /// unless chiSquared is larger still.
     void SetChiSquared(double chiSquared, long points);
 
 protected:
-    /// Writes the class's type number.
+    /// Sets m_eType to the type number of the class.
     virtual void SetFunctionType() = 0;
 
+    /// Copies type, coefficients, covariance, chi-squared and factor.
     void Assign(const WFunction& other);
 
-    etype m_eType = etUndefined;
-    std::vector<double> m_Coefficients;
-    std::vector<std::vector<double>> m_Covariance;
-    double m_dChiSquared = 0.0;
-    double m_dChiSquaredFactor = 1.0;
+    etype m_eType = etUndefined;                   ///< Type number of the class.
+    std::vector<double> m_Coefficients;            ///< The coefficients c0, c1, ...
+    std::vector<std::vector<double>> m_Covariance; ///< Covariance of the coefficients, may be empty.
+    double m_dChiSquared = 0.0;                    ///< Chi-squared of the last fit.
+    double m_dChiSquaredFactor = 1.0;              ///< Scale of the covariance in an error bar.
 };
 
 } // namespace bss

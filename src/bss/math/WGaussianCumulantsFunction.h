@@ -1,4 +1,6 @@
-// Moved: see "bss/math/model/WGaussianCumulantsFunction.h". This path stays for sources that include it.
+// Forwards to "bss/math/model/WGaussianCumulantsFunction.h", which declares WGaussianCumulantsFunction.
+//
+// Kept for sources that include this path; new sources include the other one.
 
 #ifndef BSS_MATH_WGAUSSIANCUMULANTSFUNCTION_H
 #define BSS_MATH_WGAUSSIANCUMULANTSFUNCTION_H

@@ -15,7 +15,7 @@ bool isInside(long index, std::size_t size) {
     return index >= 0 && static_cast<std::size_t>(index) < size;
 }
 
-// The right-hand side that an elimination carries along: one column, or several.
+// The right-hand side of an elimination: one column or several.
 struct Column {
     std::vector<double>& values;
 
@@ -53,9 +53,10 @@ struct PivotIndices {
     std::vector<std::int32_t>& column;
 };
 
-constexpr int singular = 2;
+constexpr int kSingular = 2;
 
-// The largest entry of the rows and columns that have not been a pivot yet; on a tie the later one.
+// Finds the largest entry of the rows and columns without a pivot, the last of equal ones. Returns false if
+// there is none or if a column was a pivot twice.
 bool findPivot(const WLeastSquaresFit::matrix& a, std::size_t n, const std::vector<std::int32_t>& count,
                std::size_t& pivotRow, std::size_t& pivotColumn) {
     double best = 0.0;
@@ -76,7 +77,7 @@ bool findPivot(const WLeastSquaresFit::matrix& a, std::size_t n, const std::vect
             }
         }
     }
-    return found; // nothing is found where every entry is NaN
+    return found; // false if every candidate is NaN
 }
 
 template <class RightHandSide>
@@ -88,7 +89,7 @@ int eliminate(WLeastSquaresFit::matrix& a, std::size_t n, RightHandSide b, Pivot
         std::size_t row = 0;
         std::size_t column = 0;
         if (!findPivot(a, n, pivots.count, row, column)) {
-            return singular;
+            return kSingular;
         }
         ++pivots.count[column];
         if (row != column) {
@@ -100,7 +101,7 @@ int eliminate(WLeastSquaresFit::matrix& a, std::size_t n, RightHandSide b, Pivot
 
         std::vector<double>& pivotRow = a[column];
         if (std::fabs(pivotRow[column]) <= 1e-31) {
-            return singular;
+            return kSingular;
         }
         const double inverse = 1.0 / pivotRow[column];
         pivotRow[column] = 1.0;
@@ -193,7 +194,7 @@ void WLeastSquaresFit::SetCoefficientFixed(long index, bool fixed) {
     if (!isInside(index, n)) {
         return;
     }
-    // A function may have got more coefficients since it was set.
+    // The function may have gained coefficients since SetFunction.
     if (!isInside(index, m_abFixed.size())) {
         m_abFixed.resize(n, false);
     }

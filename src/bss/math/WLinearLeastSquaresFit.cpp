@@ -46,7 +46,7 @@ int WLinearLeastSquaresFit::PerformFit() {
     }
     const std::size_t n = GetNumberOfCoefficients();
     if (m_anCoefficientIndex.size() != n || m_Covariance.size() != n) {
-        InitializeFit(); // was left out, or the function has got another number of coefficients since
+        InitializeFit(); // omitted, or the number of coefficients has changed since
     }
     const std::vector<double> before = *m_pCoefficients;
     SumNormalEquations();
@@ -152,7 +152,7 @@ void WLinearLeastSquaresFit::ComputeStatistics() {
         plainResiduals += residual * residual;
         plainTotal += deviation * deviation;
     }
-    // Unsigned on purpose: with fewer points than coefficients the difference wraps.
+    // Unsigned: wraps if there are fewer points than coefficients (kept for agreement with stored results).
     const double degrees = static_cast<double>(static_cast<std::uint32_t>(points) -
                                                static_cast<std::uint32_t>(m_nFreeCoefficients));
     if (sumOfWeights == 0.0) {
@@ -174,7 +174,7 @@ void WLinearLeastSquaresFit::ComputeStatistics() {
 void WLinearLeastSquaresFit::SortCovarianceMatrix() {
     const std::size_t n = GetNumberOfCoefficients();
     if (m_anCoefficientIndex.size() <= n) {
-        return; // always: the list has one entry per coefficient
+        return; // always, since the list has one entry per coefficient
     }
     const matrix saved = m_Covariance;
     for (std::size_t i = 0; i < n; ++i) {

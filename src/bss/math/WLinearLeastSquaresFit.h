@@ -1,17 +1,28 @@
-// WLinearLeastSquaresFit: a fit that is linear in its coefficients, solved in one pass.
+// WLinearLeastSquaresFit: a fit of a model that is linear in its coefficients, solved in one pass.
 //
 // It sets up the normal equations of a WLinearFunction (WPolynomialFunction or one of the application's own)
-// and solves them by Gauss-Jordan elimination. No starting values are needed but those of held coefficients.
-// The example stands in WLeastSquaresFit.h.
+// and solves them by Gauss-Jordan elimination. Only held coefficients need starting values.
 //
-// A sigma s gives a point the weight 1 / s squared; sigma 0.0 and no sigmas give 1.0. A point of sigma 0.0 is
-// left out of the weighted mean nonetheless.
+//     bss::WLinearLeastSquaresFit fit;
+//     fit.SetFunction(&line);
+//     fit.SetX(x);
+//     fit.SetY(y);
+//     fit.SetCoefficientFixed(0, true);        // optional, before InitializeFit
+//     fit.InitializeFit();
+//     const bool isSingular = fit.PerformFit() != 0;
 //
-// With m free of n coefficients, rows 0 to m - 1 of the covariance have m cells, for the free coefficients in
-// ascending order; they are not spread to the declared order. The rows behind them are n zeros.
+// Weights: a sigma s gives a point the weight 1 / s squared; sigma 0.0 and no sigmas give 1.0. A point of
+// sigma 0.0 is nevertheless left out of the weighted mean and of the sum of weights (which is 1.0 if no point
+// is left).
 //
-// The elimination squares the condition of the basis: a polynomial of degree 5 over 0 to 20 keeps about 7 of
-// 16 digits. Scale x where more is needed.
+// Covariance: with m free of n coefficients, rows 0 to m - 1 have m cells, for the free coefficients in
+// ascending order. The remaining rows have n zeros. Cells are not moved to the declared order of the
+// coefficients.
+//
+// Accuracy: the normal equations square the condition of the basis. A polynomial of degree 5 over 0 to 20
+// retains about 7 of 16 digits; scale x if more are needed.
+//
+// Threads: see WLeastSquaresFit.h.
 
 #ifndef BSS_MATH_WLINEARLEASTSQUARESFIT_H
 #define BSS_MATH_WLINEARLEASTSQUARESFIT_H
@@ -22,33 +33,40 @@ namespace bss {
 
 class WLinearFunction;
 
+/// Linear least-squares fit by the normal equations.
 class KRTBSS_API WLinearLeastSquaresFit : public WLeastSquaresFit {
 public:
+    /// Constructs a fit without function and data.
     WLinearLeastSquaresFit();
+    /// Copies the pointers and the values: both fits refer to the same function and data.
     WLinearLeastSquaresFit(const WLinearLeastSquaresFit& other);
+    /// Copies the pointers and the values: both fits refer to the same function and data.
     WLinearLeastSquaresFit& operator=(const WLinearLeastSquaresFit& other);
+    /// Destroys the fit; function and data are borrowed.
     ~WLinearLeastSquaresFit() override;
 
-    // A function that is no WLinearFunction is taken too, but PerformFit throws on it.
+    /// See WLeastSquaresFit::SetFunction. Accepts a function that is not a WLinearFunction, on which
+    /// PerformFit throws.
     void SetFunction(WFunction* function) override;
-    // Splits the coefficients into free and held ones: a flag set later counts from the next call.
+    /// Resets statistics and covariance, and sorts the coefficients into free and held ones. A flag set later
+    /// has no effect until the next call.
     void InitializeFit() override;
-    // 0: the function holds coefficients, covariance and chi-squared.
-    // 1: the normal equations are singular, or data or basis bring in a NaN or an infinity. Coefficients and
-    //    statistics stay as InitializeFit left them.
-    // Throws WNEFitFailed without a WLinearFunction, without x or y, or if y or sigma is shorter than x.
+    /// Returns 0 on success: the function then has coefficients, covariance and chi-squared. Returns 1 if the
+    /// normal equations are singular or if data or basis contain a NaN or an infinity: the function is then
+    /// unchanged, the statistics are those of InitializeFit, and the fit's covariance is undefined.
+    /// Throws WNEFitFailed without a WLinearFunction, without x or y, or if y or sigma is shorter than x.
+    /// Calls InitializeFit if that was omitted or if the number of coefficients has changed.
     int PerformFit() override;
 
 protected:
-    // Would spread the covariance to the declared order of coefficients, if the index list were longer than
-    // the coefficients. It never is: the order of the free coefficients stays, on purpose.
+    /// Does nothing: moves the covariance to the declared order of the coefficients only if the index list is
+    /// longer than the coefficients, which never occurs. Kept for compatibility.
     void SortCovarianceMatrix();
 
-    WLinearFunction* m_pLinearFunction = nullptr;
-    std::int32_t m_nFreeCoefficients = 0;
-    // The indices of the free coefficients, then those of the held ones, ascending both.
-    std::vector<std::int32_t> m_anCoefficientIndex;
-    std::vector<double> m_adRightHandSide;
+    WLinearFunction* m_pLinearFunction = nullptr;   ///< The function, null if it is not linear.
+    std::int32_t m_nFreeCoefficients = 0;           ///< Number of coefficients that are not held.
+    std::vector<std::int32_t> m_anCoefficientIndex; ///< Indices of the free, then of the held coefficients.
+    std::vector<double> m_adRightHandSide; ///< Right-hand side, then solution of the normal equations.
 
 private:
     void SumNormalEquations();

@@ -26,13 +26,13 @@ constexpr double WMathUtil::LOG_E = 0.434294482;
 
 namespace {
 
-constexpr double cEpsilon = 2.220446049250313e-16;
-constexpr int cSeriesTerms = 16;
-constexpr double cSeriesTolerance = 1e-6;
-constexpr long cLastTabulatedFactorial = 32;
+constexpr double kEpsilon = 2.220446049250313e-16;
+constexpr int kSeriesTerms = 16;
+constexpr double kSeriesTolerance = 1e-6;
+constexpr long kLastTabulatedFactorial = 32;
 
-// 1! to 32!, each correctly rounded.
-constexpr std::array<double, 32> cFactorials{
+// 1! to 32!, correctly rounded; used by the series.
+constexpr std::array<double, 32> kFactorials{
     1.0,
     2.0,
     6.0,
@@ -67,26 +67,27 @@ constexpr std::array<double, 32> cFactorials{
     263130836933693530167218012160000000.0,
 };
 
-// 0! to 32! by repeated multiplication, which from 28! to 30! is one unit in the last place off the table
-// above.
-constexpr std::array<double, cLastTabulatedFactorial + 1> FactorialsByMultiplication() {
-    std::array<double, cLastTabulatedFactorial + 1> factorials{1.0};
+// Returns 0! to 32! by repeated multiplication. 28! to 30! differ from the table above by one unit in the
+// last place (kept for agreement with stored results).
+constexpr std::array<double, kLastTabulatedFactorial + 1> FactorialsByMultiplication() {
+    std::array<double, kLastTabulatedFactorial + 1> factorials{1.0};
     for (std::size_t n = 1; n < factorials.size(); ++n) {
         factorials[n] = factorials[n - 1] * static_cast<double>(n);
     }
     return factorials;
 }
-constexpr auto cFactorialProducts = FactorialsByMultiplication();
+constexpr auto kFactorialProducts = FactorialsByMultiplication();
 
-// The sum of (-1)^i power_i / divisor(i), power_0 = first and each next one x squared times larger.
+// Returns the sum of (-1)^i first x^(2i) / divisor(i), until a term is below kSeriesTolerance of the sum or
+// for kSeriesTerms terms.
 template <class Divisor>
 double AlternatingSeries(double first, double x, Divisor divisor) {
     double power = first;
     double sum = 0.0;
-    for (int i = 0; i < cSeriesTerms; ++i) {
+    for (int i = 0; i < kSeriesTerms; ++i) {
         const double term = (i % 2 == 0 ? power : -power) / divisor(i);
         sum += term;
-        if (std::fabs(term / sum) < cSeriesTolerance) {
+        if (std::fabs(term / sum) < kSeriesTolerance) {
             break;
         }
         power *= x * x;
@@ -94,7 +95,7 @@ double AlternatingSeries(double first, double x, Divisor divisor) {
     return sum;
 }
 
-// What both incomplete gamma functions are scaled with.
+// Returns x^a exp(-x) / gamma(a), the prefactor of both incomplete gamma functions.
 double GammaPrefactor(double a, double x) {
     return std::exp(std::log(x) * a - x - detail::LogGamma(a));
 }
@@ -133,7 +134,8 @@ double Determinant(double a11, double a12, double a13, double a21, double a22, d
     return a11 * (a22 * a33 - a23 * a32) - a12 * (a21 * a33 - a23 * a31) + a13 * (a21 * a32 - a22 * a31);
 }
 
-// The x at which the parabola through the window reaches level; false if it has no finite real answer.
+// Stores the x at which the parabola through the window reaches level, the solution nearer to the window's
+// mean x. Solves the normal equations by Cramer's rule. Returns false if there is no finite real solution.
 bool SolveParabola(const Window& window, double level, double& out) {
     const LineSums s = SumsOf(window);
     double x2y = 0.0;
@@ -145,14 +147,14 @@ bool SolveParabola(const Window& window, double level, double& out) {
         x3 += square * point.x;
         x4 += square * square;
     }
-    constexpr double n = 3.0;
-    const double determinant = Determinant(n, s.x, s.xx, s.x, s.xx, x3, s.xx, x3, x4);
+    constexpr double kPoints = 3.0;
+    const double determinant = Determinant(kPoints, s.x, s.xx, s.x, s.xx, x3, s.xx, x3, x4);
     if (determinant == 0.0) {
         return false;
     }
     const double c0 = Determinant(s.y, s.x, s.xx, s.xy, s.xx, x3, x2y, x3, x4) / determinant;
-    const double c1 = Determinant(n, s.y, s.xx, s.x, s.xy, x3, s.xx, x2y, x4) / determinant;
-    const double c2 = Determinant(n, s.x, s.y, s.x, s.xx, s.xy, s.xx, x3, x2y) / determinant;
+    const double c1 = Determinant(kPoints, s.y, s.xx, s.x, s.xy, x3, s.xx, x2y, x4) / determinant;
+    const double c2 = Determinant(kPoints, s.x, s.y, s.x, s.xx, s.xy, s.xx, x3, x2y) / determinant;
     const double b = c1 / c2;
     const double c = (c0 - level) / c2;
     const double discriminant = b * b - 4.0 * c;
@@ -162,7 +164,7 @@ bool SolveParabola(const Window& window, double level, double& out) {
     const double root = std::sqrt(discriminant);
     const double r1 = (root - b) * 0.5;
     const double r2 = (b * -1.0 - root) * 0.5;
-    const double mean = s.x / n;
+    const double mean = s.x / kPoints;
     const double nearer = std::fabs(r2 - mean) < std::fabs(r1 - mean) ? r2 : r1;
     if (!std::isfinite(nearer)) {
         return false;
@@ -171,15 +173,16 @@ bool SolveParabola(const Window& window, double level, double& out) {
     return true;
 }
 
-// The x at which the least-squares line through the window reaches level; false if there is none.
+// Stores the x at which the least-squares line through the window reaches level. Returns false if there is
+// none.
 bool SolveLine(const Window& window, double level, double& out) {
     const LineSums s = SumsOf(window);
-    constexpr double n = 3.0;
-    const double determinant = s.xx * n - s.x * s.x;
+    constexpr double kPoints = 3.0;
+    const double determinant = s.xx * kPoints - s.x * s.x;
     if (determinant == 0.0) {
         return false;
     }
-    const double slope = (s.xy * n - s.y * s.x) / determinant;
+    const double slope = (s.xy * kPoints - s.y * s.x) / determinant;
     if (slope == 0.0) {
         return false;
     }
@@ -188,7 +191,7 @@ bool SolveLine(const Window& window, double level, double& out) {
     return true;
 }
 
-// The three points round the first place where y has passed level; n, the length of y, is 3 or more.
+// Returns the indices of three points around the first y beyond level. REQUIRES: at least 3 y.
 std::array<std::size_t, 3> CrossingOf(const std::vector<double>& y, double level) {
     const std::size_t n = y.size();
     const bool down = level < y[0];
@@ -416,7 +419,7 @@ bool WMathUtil::SortTwoVectors(std::vector<double>& a, std::vector<double>& b) {
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         pairs[i] = {a[i], b[i]};
     }
-    // NaN compares with nothing, which would let the sort run out of its range.
+    // NaN last: a plain comparison of NaN is not a strict weak order, and std::sort could leave its range.
     std::sort(pairs.begin(), pairs.end(), [](const auto& left, const auto& right) {
         return left.first < right.first || (!std::isnan(left.first) && std::isnan(right.first));
     });
@@ -431,8 +434,8 @@ double WMathUtil::Factorial(long n) {
     if (n < 0) {
         return 1.0;
     }
-    if (n <= cLastTabulatedFactorial) {
-        return cFactorialProducts[static_cast<std::size_t>(n)];
+    if (n <= kLastTabulatedFactorial) {
+        return kFactorialProducts[static_cast<std::size_t>(n)];
     }
     return std::exp(detail::LogGamma(static_cast<double>(n) + 1.0));
 }
@@ -451,7 +454,7 @@ double WMathUtil::GammaSerial(double a, double x) {
         ap += 1.0;
         term *= x / ap;
         sum += term;
-        if (std::fabs(term) < std::fabs(sum) * cEpsilon) {
+        if (std::fabs(term) < std::fabs(sum) * kEpsilon) {
             return sum * GammaPrefactor(a, x);
         }
     }
@@ -462,7 +465,7 @@ double WMathUtil::GammaContinuedFraction(double a, double x) {
     if (x <= 0.0) {
         throw WNENoSolution();
     }
-    constexpr double tiny = 1.0020841800044864e-292;
+    constexpr double kTiny = 1.0020841800044864e-292;
     double b = x + 1.0 - a;
     double c = 9.9792015476736e291;
     double d = 1.0 / b;
@@ -471,17 +474,17 @@ double WMathUtil::GammaContinuedFraction(double a, double x) {
         const double an = (i - a) * -i;
         b += 2.0;
         d = an * d + b;
-        if (std::fabs(d) < tiny) {
-            d = tiny;
+        if (std::fabs(d) < kTiny) {
+            d = kTiny;
         }
         c = b + an / c;
-        if (std::fabs(c) < tiny) {
-            c = tiny;
+        if (std::fabs(c) < kTiny) {
+            c = kTiny;
         }
         d = 1.0 / d;
         const double del = d * c;
         h *= del;
-        if (std::fabs(del - 1.0) <= cEpsilon) {
+        if (std::fabs(del - 1.0) <= kEpsilon) {
             return h * GammaPrefactor(a, x);
         }
     }
@@ -495,7 +498,7 @@ double WMathUtil::Si(double x) {
     const double magnitude = std::fabs(x);
     const double sum = AlternatingSeries(magnitude, magnitude, [](int i) {
         const int k = 2 * i + 1;
-        return cFactorials[static_cast<std::size_t>(k) - 1] * k;
+        return kFactorials[static_cast<std::size_t>(k) - 1] * k;
     });
     return x < 0.0 ? -sum : sum;
 }
@@ -506,7 +509,7 @@ double WMathUtil::DerSi(double x) {
     }
     const double magnitude = std::fabs(x);
     return AlternatingSeries(1.0, magnitude,
-                             [](int i) { return cFactorials[2 * static_cast<std::size_t>(i)]; });
+                             [](int i) { return kFactorials[2 * static_cast<std::size_t>(i)]; });
 }
 
 } // namespace bss

@@ -15,22 +15,22 @@ namespace bss {
 
 namespace {
 
-constexpr double initialLambda = 0.001;
-constexpr double largestLambda = 1000.0;
-constexpr double smallestReducedLambda = 1e-8;
-constexpr double negligible = 1e-100;
-constexpr double largestResidual = 1e80;
-constexpr double degreesPerRadian = 57.2957795;
+constexpr double kInitialLambda = 0.001;
+constexpr double kLargestLambda = 1000.0;
+constexpr double kSmallestReducedLambda = 1e-8;
+constexpr double kNegligible = 1e-100;
+constexpr double kLargestResidual = 1e80;
+constexpr double kDegreesPerRadian = 57.2957795;
 
-// The rule of 100: a weight of about 1.0 counts 100.
+// Replaces a weight of 1.0, within 1e-6, by 100.0. Kept for agreement with stored results.
 double ruledWeight(double weight) {
     const bool isOne = weight == 1.0 || std::fabs(weight - 1.0) <= 1e-6 * std::max(1.0, std::fabs(weight));
     return isOne ? 100.0 : weight;
 }
 
-constexpr std::size_t pointsOfBlock = 64;
+constexpr std::size_t kPointsOfBlock = 64;
 
-// The weighted derivatives of some points, n a point, with their weights and residuals.
+// Weighted derivatives of consecutive points, n per point, with their weights and residuals.
 struct Block {
     const double* derivatives;
     const double* weights;
@@ -38,7 +38,8 @@ struct Block {
     std::size_t points;
 };
 
-// Adds a block to beta and to the upper triangle of the normal matrix, for n coefficients.
+// Adds a block to beta and to the upper triangle of the normal matrix, for n coefficients known at compile
+// time: the sums stay in registers.
 template <std::size_t n>
 void addBlockOf(const Block& block, double* beta, double* normal) {
     double b[n];
@@ -78,7 +79,7 @@ void addBlockOfMany(std::size_t n, const Block& block, double* beta, double* nor
     }
 }
 
-// The models of the library have two to five coefficients.
+// Most models of the library have two to five coefficients.
 void addBlock(std::size_t n, const Block& block, double* beta, double* normal) {
     switch (n) {
     case 2:
@@ -104,7 +105,7 @@ void writeRow(std::wostringstream& text, const std::vector<double>& values) {
     text << L"]";
 }
 
-// The classic locale: a trace reads the same wherever it was taken.
+// Sets the classic locale, so that traces do not depend on the process's locale.
 void prepareTrace(std::wostringstream& text) {
     text.imbue(std::locale::classic());
     text << std::setprecision(4) << std::scientific << std::showpoint;
@@ -119,7 +120,7 @@ void writeLine(const wchar_t* text, std::size_t number) {
 const double WNonLinearLeastSquaresFit::EPSILON = 5e-05;
 bool WNonLinearLeastSquaresFit::m_bTrace = false;
 
-// Holds the point weights for the length of one fit, in which the sigmas can't change.
+// Caches the point weights during one fit, in which the sigmas do not change.
 class WNonLinearLeastSquaresFit::WeightsOfOneFit {
 public:
     explicit WeightsOfOneFit(const WNonLinearLeastSquaresFit& fit)
@@ -190,7 +191,7 @@ void WNonLinearLeastSquaresFit::SetFunction(WFunction* function) {
 
 void WNonLinearLeastSquaresFit::InitializeFit() {
     WLeastSquaresFit::InitializeFit();
-    m_dLambda = initialLambda;
+    m_dLambda = kInitialLambda;
     m_nDegreesOfFreedom = 0;
     m_nIterations = 0;
     m_dSumOfWeights = 0.0;
@@ -219,7 +220,7 @@ void WNonLinearLeastSquaresFit::UseValueLimits(unsigned index, bool use) {
     if (index >= n) {
         return;
     }
-    // A copied fit has no limits yet, and a function may have got more coefficients since it was set.
+    // A copied fit has no limits yet, and the function may have gained coefficients since SetFunction.
     if (m_abLimits.size() < n) {
         m_abLimits.resize(n, false);
         m_adLower.resize(n, 0.0);
@@ -285,7 +286,7 @@ void WNonLinearLeastSquaresFit::PrepareWorkSpace() {
     }
     m_nDegreesOfFreedom = static_cast<std::int32_t>(m_anFixed.size()) - static_cast<std::int32_t>(n) +
                           static_cast<std::int32_t>(GetNumberOfPoints());
-    // A copied fit, or a function whose number of coefficients has changed, brings no vectors that fit.
+    // The sizes differ in a copied fit and after a change of the function's number of coefficients.
     if (m_adSaved.size() != n) {
         m_adSaved = *m_pCoefficients;
     }
@@ -321,14 +322,14 @@ WNonLinearLeastSquaresFit::efitresult WNonLinearLeastSquaresFit::Fit() {
             } else {
                 const double lambda = m_dLambda;
                 RejectTrial(previousChi);
-                // A lambda of 0, below 0 or NaN can't grow, and the same trial would come for ever.
-                if (m_dLambda > largestLambda || !(m_dLambda > lambda)) {
+                // A lambda of 0, below 0 or NaN does not grow, and the same trial would repeat forever.
+                if (m_dLambda > kLargestLambda || !(m_dLambda > lambda)) {
                     return eFailed;
                 }
             }
         }
         m_adSaved = *m_pCoefficients;
-        if (m_dLambda >= smallestReducedLambda) {
+        if (m_dLambda >= kSmallestReducedLambda) {
             m_dLambda /= 10.0;
         }
         ++m_nIterations;
@@ -342,7 +343,8 @@ void WNonLinearLeastSquaresFit::TryStep() {
     }
 }
 
-// False if the trial has to be rejected; otherwise passed tells which test ends the fit, if any.
+// Returns false if the trial must be rejected. Otherwise stores the test that ends the fit in `passed`, or
+// leaves it at eFailed if the fit continues.
 bool WNonLinearLeastSquaresFit::IsTrialUsable(double previousChi, efitresult& passed) {
     if (!std::isfinite(m_dChiSquared)) {
         return false;
@@ -364,8 +366,8 @@ bool WNonLinearLeastSquaresFit::IsTrialUsable(double previousChi, efitresult& pa
     return false;
 }
 
-// A small step proves nothing if it comes out of derivatives, residuals or sigmas that are not numbers, from
-// which the solution makes steps of 0.0, or if it was halved because nothing compares with a NaN.
+// Returns false if a passed test is meaningless: derivatives or sigmas that are NaN give steps of 0.0, and a
+// previous chi-squared that is NaN is never above a new one.
 bool WNonLinearLeastSquaresFit::IsResultTrustworthy(double previousChi) const {
     return !std::isnan(previousChi) && std::isfinite(m_dChiSquared) && m_bResidualsComplete &&
            m_bWeightsAreNumbers && m_bNormalEquationsFinite && IsFinite(m_adStep);
@@ -400,18 +402,18 @@ void WNonLinearLeastSquaresFit::ComputeAMatrix() {
     m_bNormalEquationsFinite = IsFinite(m_adBeta) && IsFinite(m_Covariance);
 }
 
-// The points go block by block: first their derivatives by the model's virtual calls, then the sums, which so
-// stay in registers. Each sum takes the points in their order, so the blocks change no bit of it.
+// Processes the points in blocks: the virtual calls of the model first, then the sums, which stay in
+// registers. Each sum adds the points in their order, so the blocks do not change its rounding.
 void WNonLinearLeastSquaresFit::SumNormalEquations() {
     const std::size_t n = m_adBeta.size();
     const std::size_t points = GetNumberOfPoints();
     const std::vector<double>& weights = PointWeights();
     const bool hasResiduals = HasResidualsOfCoefficients();
     std::vector<double>& d = m_adDerivatives;
-    m_adBlock.resize(pointsOfBlock * n);
-    double blockResiduals[pointsOfBlock];
-    for (std::size_t first = 0; first < points; first += pointsOfBlock) {
-        const std::size_t count = std::min(pointsOfBlock, points - first);
+    m_adBlock.resize(kPointsOfBlock * n);
+    double blockResiduals[kPointsOfBlock];
+    for (std::size_t first = 0; first < points; first += kPointsOfBlock) {
+        const std::size_t count = std::min(kPointsOfBlock, points - first);
         double* row = m_adBlock.data();
         for (std::size_t i = 0; i < count; ++i, row += n) {
             const double x = (*m_pX)[first + i];
@@ -422,7 +424,7 @@ void WNonLinearLeastSquaresFit::SumNormalEquations() {
                 d.resize(n, 0.0);
             }
             for (const std::int32_t index : m_anFixed) {
-                d[static_cast<std::size_t>(index)] = 0.0; // and stays so: a weight is always finite
+                d[static_cast<std::size_t>(index)] = 0.0; // also after weighting: a weight is finite
             }
             const double weight = weights[first + i];
             for (std::size_t k = 0; k < n; ++k) {
@@ -433,7 +435,7 @@ void WNonLinearLeastSquaresFit::SumNormalEquations() {
                  m_adNormal.data());
     }
     for (const std::int32_t index : m_anFixed) {
-        m_adBeta[static_cast<std::size_t>(index)] = 0.0; // again: 0.0 times a residual that is NaN
+        m_adBeta[static_cast<std::size_t>(index)] = 0.0; // a NaN residual times 0.0 is NaN
     }
 }
 
@@ -446,7 +448,7 @@ void WNonLinearLeastSquaresFit::ScaleAMatrix() {
     for (std::size_t i = 0; i < n; ++i) {
         for (std::size_t j = 0; j < i; ++j) {
             const double factor = m_adScale[i] * m_adScale[j];
-            const double scaled = factor > negligible ? m_Covariance[i][j] / factor : 0.0;
+            const double scaled = factor > kNegligible ? m_Covariance[i][j] / factor : 0.0;
             m_Covariance[i][j] = scaled;
             m_Covariance[j][i] = scaled;
         }
@@ -460,13 +462,13 @@ void WNonLinearLeastSquaresFit::SolveAMatrix() {
     for (std::size_t i = 0; i < n; ++i) {
         m_Work[i][i] = m_dLambda + 1.0;
     }
-    // Only the inverse is used, so no right-hand side is carried along.
+    // Only the inverse is used: no right-hand side.
     GaussJ(m_Work, static_cast<unsigned>(n), m_NoColumns, 0);
     for (std::size_t i = 0; i < n; ++i) {
         m_adStep[i] = 0.0;
-        if (m_adScale[i] > negligible) {
+        if (m_adScale[i] > kNegligible) {
             for (std::size_t j = 0; j < n; ++j) {
-                if (m_adScale[j] > negligible) {
+                if (m_adScale[j] > kNegligible) {
                     m_adStep[i] += m_Work[i][j] * m_adBeta[j] / m_adScale[j];
                 }
             }
@@ -487,13 +489,13 @@ void WNonLinearLeastSquaresFit::ComputeGamma() {
         }
     }
     const double product = gradient * length;
-    if (!(product > negligible)) {
+    if (!(product > kNegligible)) {
         m_dGamma = 0.0;
         return;
     }
     const double cosine = dot / std::sqrt(product);
     const double sine = SafeSQRT(1.0 - cosine * cosine);
-    m_dGamma = std::atan2(sine, cosine) * degreesPerRadian;
+    m_dGamma = std::atan2(sine, cosine) * kDegreesPerRadian;
 }
 
 void WNonLinearLeastSquaresFit::ComputeCovarianceMatrix() {
@@ -520,7 +522,7 @@ bool WNonLinearLeastSquaresFit::GammaLambdaTest() {
 
 bool WNonLinearLeastSquaresFit::GammaEpsilonTest(double previousChi) {
     for (;;) {
-        bool isLeft = false; // an entry that halving can still shrink; not one that is infinite or NaN
+        bool isLeft = false; // true if halving still changes an entry, which must be finite
         for (std::size_t i = 0; i < m_adStep.size(); ++i) {
             m_adStep[i] *= 0.5;
             (*m_pCoefficients)[i] = m_adSaved[i] + m_adStep[i];
@@ -546,15 +548,15 @@ double WNonLinearLeastSquaresFit::SumOfSquares(double& plain) const {
     double chi = 0.0;
     for (std::size_t i = 0; i < points; ++i) {
         const double residual = (*m_pY)[i] - m_pFunction->Evaluate((*m_pX)[i]);
-        if (std::fabs(residual) > largestResidual) {
-            return largestResidual;
+        if (std::fabs(residual) > kLargestResidual) {
+            return kLargestResidual;
         }
         const double weighted = weights[i] * residual;
         plain += residual * residual;
         chi += weighted * weighted;
         m_adResiduals[i] = residual;
     }
-    // As they are now: an evaluation may have mended a coefficient, such as a width of 0.0.
+    // Copied after the evaluations, which may replace a coefficient such as a width of 0.0.
     m_adResidualCoefficients = *m_pCoefficients;
     m_bResidualsComplete = true;
     m_dPlainSum = plain;
@@ -581,7 +583,7 @@ double WNonLinearLeastSquaresFit::LimitsPenaltyFunction(double value, double low
 
 bool WNonLinearLeastSquaresFit::HasResidualsOfCoefficients() const {
     const std::vector<double>& now = *m_pCoefficients;
-    // Compared as bytes: 0.0 and -0.0 are two, and a NaN is itself.
+    // Compared as bytes: 0.0 and -0.0 differ, and a NaN equals itself.
     return m_bResidualsComplete && m_adResiduals.size() == GetNumberOfPoints() &&
            m_adResidualCoefficients.size() == now.size() &&
            (now.empty() ||
@@ -609,8 +611,8 @@ double WNonLinearLeastSquaresFit::TotalSumOfSquares(double& sumOfWeights, double
     for (std::size_t i = 0; i < GetNumberOfPoints(); ++i) {
         const double deviation = (*m_pY)[i] - weightedMean;
         const double plainDeviation = (*m_pY)[i] - plainMean;
-        if (std::fabs(deviation) > largestResidual) {
-            return largestResidual;
+        if (std::fabs(deviation) > kLargestResidual) {
+            return kLargestResidual;
         }
         sumOfWeights += weights[i];
         plainTotal += plainDeviation * plainDeviation;
@@ -621,7 +623,7 @@ double WNonLinearLeastSquaresFit::TotalSumOfSquares(double& sumOfWeights, double
 }
 
 double WNonLinearLeastSquaresFit::Weight(unsigned index) const {
-    if (m_pSigY == nullptr || index >= m_pSigY->size() || !((*m_pSigY)[index] > negligible)) {
+    if (m_pSigY == nullptr || index >= m_pSigY->size() || !((*m_pSigY)[index] > kNegligible)) {
         return 1.0;
     }
     return 1.0 / (*m_pSigY)[index];
@@ -661,7 +663,7 @@ void WNonLinearLeastSquaresFit::ComputeStatistics() {
         sumOfWeights = 1.0;
     }
     const std::size_t free = m_pCoefficients->size() - m_anFixed.size();
-    // Unsigned on purpose: with fewer points than coefficients the difference wraps.
+    // Unsigned: wraps if there are fewer points than coefficients (kept for agreement with stored results).
     const std::uint32_t degrees = static_cast<std::uint32_t>(points) - static_cast<std::uint32_t>(free);
     if (degrees != 0) {
         const auto df = static_cast<double>(degrees);

@@ -1,4 +1,6 @@
-// Moved: see "bss/math/model/WPolynomialFunction.h". This path stays for sources that include it.
+// Forwards to "bss/math/model/WPolynomialFunction.h", which declares WPolynomialFunction.
+//
+// Kept for sources that include this path; new sources include the other one.
 
 #ifndef BSS_MATH_WPOLYNOMIALFUNCTION_H
 #define BSS_MATH_WPOLYNOMIALFUNCTION_H

@@ -1,4 +1,7 @@
-// Moved: see "bss/math/model/WSimpleExponentialDecayFunction.h". This path stays for sources that include it.
+// Forwards to "bss/math/model/WSimpleExponentialDecayFunction.h", which declares
+// WSimpleExponentialDecayFunction.
+//
+// Kept for sources that include this path; new sources include the other one.
 
 #ifndef BSS_MATH_WSIMPLEEXPONENTIALDECAYFUNCTION_H
 #define BSS_MATH_WSIMPLEEXPONENTIALDECAYFUNCTION_H

@@ -1,4 +1,6 @@
-// Moved: see "bss/math/model/WTriangleDitherFitFunction.h". This path stays for sources that include it.
+// Forwards to "bss/math/model/WTriangleDitherFitFunction.h", which declares WTriangleDitherFitFunction.
+//
+// Kept for sources that include this path; new sources include the other one.
 
 #ifndef BSS_MATH_WTRIANGLEDITHERFITFUNCTION_H
 #define BSS_MATH_WTRIANGLEDITHERFITFUNCTION_H

@@ -19,7 +19,7 @@ const double WSystemTimeEx::CONV_SEC_TO_MIN = 60.0;
 
 namespace {
 
-constexpr int yearOfTm = 1900;
+constexpr int kYearOfTm = 1900;
 
 LONGLONG Ticks(const FILETIME& time) {
     return static_cast<LONGLONG>((static_cast<ULONGLONG>(time.dwHighDateTime) << 32) | time.dwLowDateTime);
@@ -30,7 +30,7 @@ FILETIME FileTimeOf(LONGLONG ticks) {
     return {static_cast<DWORD>(bits), static_cast<DWORD>(bits >> 32)};
 }
 
-/// Zero ticks where the fields name no time.
+// Returns zero ticks if the fields are not a time of the calendar.
 FILETIME FileTimeOf(const SYSTEMTIME& time) {
     FILETIME result{};
     SystemTimeToFileTime(&time, &result);
@@ -38,11 +38,11 @@ FILETIME FileTimeOf(const SYSTEMTIME& time) {
 }
 
 LONGLONG WholeMilliseconds(double milliseconds) {
-    constexpr double limit = 9223372036854775808.0;
-    if (milliseconds >= limit) {
+    constexpr double kLimit = 9223372036854775808.0;
+    if (milliseconds >= kLimit) {
         return std::numeric_limits<LONGLONG>::max();
     }
-    if (milliseconds < -limit) {
+    if (milliseconds < -kLimit) {
         return std::numeric_limits<LONGLONG>::min();
     }
     return milliseconds == milliseconds ? static_cast<LONGLONG>(milliseconds) : 0;
@@ -68,7 +68,7 @@ SYSTEMTIME LocalTime(const SYSTEMTIME& utc) {
     return local;
 }
 
-/// `format` takes seven unsigned numbers: month, day, year, hour, minute, second, milliseconds.
+// REQUIRES: `format` takes seven unsigned numbers: month, day, year, hour, minute, second, milliseconds.
 std::wstring SevenFields(const wchar_t* format, const SYSTEMTIME& t) {
     wchar_t text[64];
     const int length =
@@ -83,8 +83,7 @@ std::wstring DateAndTime(const SYSTEMTIME& t) {
 
 std::wstring ByFormat(const wchar_t* format, const std::tm& time) {
     std::array<wchar_t, 100> text{};
-    // What the buffer holds is not defined when the text does not fit, and a text without room for its end
-    // does not.
+    // wcsftime leaves the buffer undefined if the text and its terminator do not fit.
     const std::size_t length = std::wcsftime(text.data(), text.size(), format, &time);
     return length < text.size() ? std::wstring(text.data(), length) : std::wstring();
 }
@@ -95,15 +94,15 @@ std::wstring Milliseconds(unsigned milliseconds) {
     return text;
 }
 
-/// The system's text of an error with its number.
+// Returns the system's text of an error, followed by its number.
 std::wstring ErrorText(DWORD error) {
     wchar_t number[32];
     std::swprintf(number, std::size(number), L" (0x%X)", static_cast<unsigned>(error));
     wchar_t* text = nullptr;
-    constexpr DWORD userDefaultLanguage = 1024;
+    constexpr DWORD kUserDefaultLanguage = 1024;
     const DWORD length = FormatMessageW(
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-        error, userDefaultLanguage, reinterpret_cast<LPWSTR>(&text), 0, nullptr);
+        error, kUserDefaultLanguage, reinterpret_cast<LPWSTR>(&text), 0, nullptr);
     if (length == 0) {
         return std::wstring(L"Unknown error") + number;
     }
@@ -185,9 +184,9 @@ SYSTEMTIME WSystemTimeEx::GetLocalTime() const {
 }
 
 void WSystemTimeEx::AddMilliseconds(LONGLONG milliseconds) {
-    constexpr LONGLONG mostMilliseconds = std::numeric_limits<LONGLONG>::max() / 10000 / 2;
-    if (milliseconds > mostMilliseconds || milliseconds < -mostMilliseconds) {
-        return; // further than the calendar reaches
+    constexpr LONGLONG kMostMilliseconds = std::numeric_limits<LONGLONG>::max() / 10000 / 2;
+    if (milliseconds > kMostMilliseconds || milliseconds < -kMostMilliseconds) {
+        return; // outside the calendar; the limit keeps the product below from overflowing
     }
     const FILETIME sum = FileTimeOf(Ticks(FileTimeOf(m_time)) + milliseconds * CONV_MSEC_TO_TICKS);
     FileTimeToSystemTime(&sum, &m_time);
@@ -280,7 +279,7 @@ int WSystemTimeEx::Compare(const SYSTEMTIME& other) const {
 }
 
 void WSystemTimeEx::Copy(SYSTEMTIME& to, const std::tm& from) {
-    to.wYear = static_cast<WORD>(from.tm_year + yearOfTm);
+    to.wYear = static_cast<WORD>(from.tm_year + kYearOfTm);
     to.wMonth = static_cast<WORD>(from.tm_mon + 1);
     to.wDay = static_cast<WORD>(from.tm_mday);
     to.wHour = static_cast<WORD>(from.tm_hour);
@@ -292,7 +291,7 @@ void WSystemTimeEx::Copy(SYSTEMTIME& to, const std::tm& from) {
 }
 
 void WSystemTimeEx::Copy(std::tm& to, const SYSTEMTIME& from) {
-    to.tm_year = from.wYear - yearOfTm;
+    to.tm_year = from.wYear - kYearOfTm;
     to.tm_mon = from.wMonth - 1;
     to.tm_mday = from.wDay;
     to.tm_hour = from.wHour;
@@ -303,10 +302,10 @@ void WSystemTimeEx::Copy(std::tm& to, const SYSTEMTIME& from) {
 }
 
 int WSystemTimeEx::CalcDayOfWeek(int year, int month, int day) {
-    static constexpr std::array<int, 12> monthTerms{0, 3, 2, 5, 0, 3, 5, 1, 4, 6, 2, 4};
+    static constexpr std::array<int, 12> kMonthTerms{0, 3, 2, 5, 0, 3, 5, 1, 4, 6, 2, 4};
     const bool inTable = month >= 1 && month <= 12;
-    const int monthTerm = monthTerms[inTable ? static_cast<std::size_t>(month - 1) : 0];
-    // Wider than the arguments, so that none of them overflows.
+    const int monthTerm = kMonthTerms[inTable ? static_cast<std::size_t>(month - 1) : 0];
+    // long long, so that no sum of the arguments overflows.
     const long long y = month < 3 ? static_cast<long long>(year) - 1 : year;
     const long long days = y + y / 4 - y / 100 + y / 400 + monthTerm + day;
     return static_cast<int>((days % 7 + 7) % 7);
@@ -326,7 +325,7 @@ std::wstring WSystemTimeEx::AsStringFileName() const {
 
 std::wstring WSystemTimeEx::AsStringEx(const std::wstring& format, bool showZeroMilliseconds) const {
     const std::tm time = *this;
-    if (m_time.wYear < yearOfTm || time.tm_mon < 0 || time.tm_mon > 11 || time.tm_hour >= 24) {
+    if (m_time.wYear < kYearOfTm || time.tm_mon < 0 || time.tm_mon > 11 || time.tm_hour >= 24) {
         return L"invalid";
     }
     if (!format.empty()) {

@@ -10,21 +10,21 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t cCoefficients = 2;
-constexpr double cLn2 = 0.6931471805599453;
-constexpr double cTwoLn2 = 1.3862943611198906;
-constexpr double cSqrt2 = 1.4142135623730951;
-constexpr double cSqrtPi = 1.772453850905516;
+constexpr std::size_t kCoefficients = 2;
+constexpr double kLn2 = 0.6931471805599453;
+constexpr double kTwoLn2 = 1.3862943611198906;
+constexpr double kSqrt2 = 1.4142135623730951;
+constexpr double kSqrtPi = 1.772453850905516;
 
-std::array<double, cCoefficients> NonZeroCoefficients(const std::vector<double>& coefficients) {
-    const detail::Coefficients<cCoefficients> c(coefficients);
+std::array<double, kCoefficients> NonZeroCoefficients(const std::vector<double>& coefficients) {
+    const detail::Coefficients<kCoefficients> c(coefficients);
     if (c[0] == 0.0 || c[1] == 0.0) {
         throw WNEDivideByZero();
     }
     return {c[0], c[1]};
 }
 
-// y, with the two values that the derivatives need again.
+// y and the two intermediate values that the derivatives use.
 struct Shape {
     double z;
     double exponential;
@@ -32,7 +32,7 @@ struct Shape {
 };
 
 Shape ShapeAt(double x, double a, double b) {
-    const double z = (a * a - (b * cLn2 + x) * b) / (b * a * cSqrt2);
+    const double z = (a * a - (b * kLn2 + x) * b) / (b * a * kSqrt2);
     const double exponential = std::exp((a * a - 2.0 * b * x) / (2.0 * (b * b)));
     return {z, exponential, exponential * (1.0 - detail::Erfc(z)) / (b * 4.0)};
 }
@@ -40,7 +40,7 @@ Shape ShapeAt(double x, double a, double b) {
 } // namespace
 
 WBroadeningFunction::WBroadeningFunction() {
-    m_Coefficients.assign(cCoefficients, 0.0);
+    m_Coefficients.assign(kCoefficients, 0.0);
     WBroadeningFunction::SetFunctionType();
 }
 WBroadeningFunction::WBroadeningFunction(const WBroadeningFunction& other) = default;
@@ -48,7 +48,7 @@ WBroadeningFunction& WBroadeningFunction::operator=(const WBroadeningFunction& o
 WBroadeningFunction::~WBroadeningFunction() = default;
 
 void WBroadeningFunction::SetCoefficients(const std::vector<double>& coefficients) {
-    if (coefficients.size() == cCoefficients) {
+    if (coefficients.size() == kCoefficients) {
         WFunction::SetCoefficients(coefficients);
     }
 }
@@ -80,11 +80,11 @@ void WBroadeningFunction::ComputeDerivatives(double x, std::vector<double>& deri
     const double b2 = b * b;
     const double Q = std::exp(-(z * z)) * (2.0 * (1.0 / (4.0 * b))) * exponential;
     const double byInstrument =
-        F * a / b2 - (1.0 - (a2 - (a * cLn2 + x) * b) / (2.0 * a2)) * (cSqrt2 / b) * Q / cSqrtPi;
-    const double outer = -((b * cTwoLn2 + x) / (cSqrt2 * b * a));
-    const double inner = (a2 - (b * cLn2 + x) * b) / (b * cSqrt2 * b * a);
+        F * a / b2 - (1.0 - (a2 - (a * kLn2 + x) * b) / (2.0 * a2)) * (kSqrt2 / b) * Q / kSqrtPi;
+    const double outer = -((b * kTwoLn2 + x) / (kSqrt2 * b * a));
+    const double inner = (a2 - (b * kLn2 + x) * b) / (b * kSqrt2 * b * a);
     const double byMixing =
-        (-x / b2 - (a2 - 2.0 * b * x) / (b * b * b)) * F - F / b - (outer - inner) * Q / cSqrtPi;
+        (-x / b2 - (a2 - 2.0 * b * x) / (b * b * b)) * F - F / b - (outer - inner) * Q / kSqrtPi;
     derivatives.clear();
     derivatives.push_back(byInstrument);
     derivatives.push_back(byMixing);

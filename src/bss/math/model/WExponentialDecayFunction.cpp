@@ -8,8 +8,8 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t cCoefficients = 4;
-constexpr double cTiny = 1e-100;
+constexpr std::size_t kCoefficients = 4;
+constexpr double kTiny = 1e-100;
 
 } // namespace
 
@@ -22,8 +22,8 @@ WExponentialDecayFunction::operator=(const WExponentialDecayFunction& other) = d
 WExponentialDecayFunction::~WExponentialDecayFunction() = default;
 
 double WExponentialDecayFunction::Evaluate(double x) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
-    const double timeConstant = c[3] == 0.0 ? cTiny : c[3];
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const double timeConstant = c[3] == 0.0 ? kTiny : c[3];
     const double z = (x - c[2]) / timeConstant;
     return std::exp(-z) * c[1] + c[0];
 }
@@ -33,12 +33,12 @@ WFunction* WExponentialDecayFunction::clone() const {
 }
 
 void WExponentialDecayFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
-    const double timeConstant = c[3] == 0.0 ? cTiny : c[3];
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const double timeConstant = c[3] == 0.0 ? kTiny : c[3];
     const double z = (x - c[2]) / timeConstant;
     const double e = std::exp(-z);
     const double slope = c[1] / timeConstant;
-    detail::StoreDerivatives<cCoefficients>(derivatives, m_Coefficients.size(),
+    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
                                             {1.0, e, e * slope, slope * z * e});
 }
 

@@ -9,15 +9,15 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t cCoefficients = 4;
-constexpr double cLn2 = std::numbers::ln2;
-constexpr double cPi = 3.141592653589793;
+constexpr std::size_t kCoefficients = 4;
+constexpr double kLn2 = std::numbers::ln2;
+constexpr double kPi = 3.141592653589793;
 
 } // namespace
 
 WExponentialFunction::WExponentialFunction() {
-    m_Coefficients.assign(cCoefficients, 0.0);
-    m_Covariance.assign(cCoefficients, m_Coefficients);
+    m_Coefficients.assign(kCoefficients, 0.0);
+    m_Covariance.assign(kCoefficients, m_Coefficients);
     WExponentialFunction::SetFunctionType();
 }
 WExponentialFunction::WExponentialFunction(const WExponentialFunction& other) = default;
@@ -25,12 +25,12 @@ WExponentialFunction& WExponentialFunction::operator=(const WExponentialFunction
 WExponentialFunction::~WExponentialFunction() = default;
 
 double WExponentialFunction::Evaluate(double x) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     if (c[2] == 0.0) {
         return 0.0;
     }
     const double u = ((x - c[1]) + (x - c[1])) / c[2];
-    return std::pow(cLn2 / cPi, 0.5) * (2.0 / c[2] * c[0]) * std::exp(u * u * -1.0 * cLn2) + c[3];
+    return std::pow(kLn2 / kPi, 0.5) * (2.0 / c[2] * c[0]) * std::exp(u * u * -1.0 * kLn2) + c[3];
 }
 
 WFunction* WExponentialFunction::clone() const {
@@ -42,19 +42,19 @@ std::wstring WExponentialFunction::GetCoefficientName(long index) const {
 }
 
 void WExponentialFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     if (c[2] == 0.0) {
         derivatives.assign(m_Coefficients.size(), 0.0);
         return;
     }
     const double t = x - c[1];
-    const double s = std::sqrt(cLn2 / cPi);
+    const double s = std::sqrt(kLn2 / kPi);
     const double u = (t + t) / c[2];
-    const double byArea = std::exp(u * u * -1.0 * cLn2) * (2.0 / c[2] * s);
-    const double byCenter = byArea * c[0] * cLn2 * 4.0 * t / c[2];
-    const double byWidth = (byArea * c[0] * 8.0 * (t * t) * cLn2) / (c[2] * c[2] * c[2]) -
-                           std::exp(t * t * -2.0 * cLn2 / c[2]) * ((c[0] + c[0]) * s / (c[2] * c[2]));
-    detail::StoreDerivatives<cCoefficients>(derivatives, m_Coefficients.size(),
+    const double byArea = std::exp(u * u * -1.0 * kLn2) * (2.0 / c[2] * s);
+    const double byCenter = byArea * c[0] * kLn2 * 4.0 * t / c[2];
+    const double byWidth = (byArea * c[0] * 8.0 * (t * t) * kLn2) / (c[2] * c[2] * c[2]) -
+                           std::exp(t * t * -2.0 * kLn2 / c[2]) * ((c[0] + c[0]) * s / (c[2] * c[2]));
+    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
                                             {byArea, byCenter, byWidth, 0.0});
 }
 

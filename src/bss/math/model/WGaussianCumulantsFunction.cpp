@@ -9,22 +9,22 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t cCoefficients = 4;
-constexpr double cPi = 3.141592653589793;
-constexpr double cPiSquared = 9.869604401089358;
-constexpr double cSqrtPi = 1.772453850905516;
-constexpr double cPiToThreeHalves = 5.568327996831708;
-constexpr double cSqrt2 = 1.4142135623730951;
-constexpr double cTwoSqrt2 = 2.8284271247461903;
-constexpr double cSqrtTwoOverPi = 0.7978845608028654;
-constexpr double cTwoOverPi = 0.6366197723675814;
-constexpr double cTwoOverSqrtPi = 1.1283791670955126;
-// One unit in the last place off -cSqrt2; the cumulants were always computed with it.
-constexpr double cMinusSqrt2OfCumulants = -1.414213562373095;
-constexpr double cWidthForZero = 1e-200;
-constexpr double cAsymptoticFrom = 10.0;
+constexpr std::size_t kCoefficients = 4;
+constexpr double kPi = 3.141592653589793;
+constexpr double kPiSquared = 9.869604401089358;
+constexpr double kSqrtPi = 1.772453850905516;
+constexpr double kPiToThreeHalves = 5.568327996831708;
+constexpr double kSqrt2 = 1.4142135623730951;
+constexpr double kTwoSqrt2 = 2.8284271247461903;
+constexpr double kSqrtTwoOverPi = 0.7978845608028654;
+constexpr double kTwoOverPi = 0.6366197723675814;
+constexpr double kTwoOverSqrtPi = 1.1283791670955126;
+// Differs from -kSqrt2 by one unit in the last place; kept for agreement with stored results.
+constexpr double kMinusSqrt2OfCumulants = -1.414213562373095;
+constexpr double kWidthForZero = 1e-200;
+constexpr double kAsymptoticFrom = 10.0;
 
-// What the result operations share: q = L / (S sqrt 2), E = exp(-q^2), e = erfc(-q), r = E / e, R = L / S.
+// Common terms of the cumulants: q = L / (S sqrt 2), E = exp(-q^2), e = erfc(-q), r = E / e, R = L / S.
 struct ErrorTerms {
     double q;
     double E;
@@ -34,21 +34,21 @@ struct ErrorTerms {
 };
 
 ErrorTerms TermsOf(double L, double S) {
-    const double q = L / (S * cSqrt2);
+    const double q = L / (S * kSqrt2);
     const double E = std::exp(-(q * q));
     const double e = detail::Erfc(-q);
     return {q, E, e, E / e, L / S};
 }
 
 double GuardedWidth(double S) {
-    return S == 0.0 ? cWidthForZero : S;
+    return S == 0.0 ? kWidthForZero : S;
 }
 
 } // namespace
 
 WGaussianCumulantsFunction::WGaussianCumulantsFunction() {
-    m_Coefficients.assign(cCoefficients, 0.0);
-    m_Covariance.assign(cCoefficients, m_Coefficients);
+    m_Coefficients.assign(kCoefficients, 0.0);
+    m_Covariance.assign(kCoefficients, m_Coefficients);
     WGaussianCumulantsFunction::SetFunctionType();
 }
 WGaussianCumulantsFunction::WGaussianCumulantsFunction(const WGaussianCumulantsFunction& other) = default;
@@ -57,10 +57,10 @@ WGaussianCumulantsFunction::operator=(const WGaussianCumulantsFunction& other) =
 WGaussianCumulantsFunction::~WGaussianCumulantsFunction() = default;
 
 double WGaussianCumulantsFunction::Evaluate(double x) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double L = c[2] * c[2];
     const double S = GuardedWidth(c[3] * c[3]);
-    const double e0 = detail::Erfc(-L / (S * cSqrt2));
+    const double e0 = detail::Erfc(-L / (S * kSqrt2));
     const double h = ExpTimesErfc(x, L, S) * (1.0 / e0);
     return h * h * c[1] + c[0];
 }
@@ -74,17 +74,17 @@ std::wstring WGaussianCumulantsFunction::GetCoefficientName(long index) const {
 }
 
 void WGaussianCumulantsFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double L = c[2] * c[2];
     const double S = GuardedWidth(c[3] * c[3]);
-    const double e0 = detail::Erfc(-L / (S * cSqrt2));
+    const double e0 = detail::Erfc(-L / (S * kSqrt2));
     const double P = ExpTimesErfc(x, L, S);
     const double i = 1.0 / e0;
-    const double G = std::exp(L * L * -0.5 / (S * S)) * cSqrtTwoOverPi;
+    const double G = std::exp(L * L * -0.5 / (S * S)) * kSqrtTwoOverPi;
     const double g = i * P;
     const double w = 1.0 - g;
     const double V = P * (i * i) * c[1];
-    detail::StoreDerivatives<cCoefficients>(derivatives, m_Coefficients.size(),
+    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
                                             {1.0, g * g, (w * G / S - P * x) * (4.0 * c[2] * V),
                                              (x * x * S * P - (w * L / (S * S) + x) * G) * (4.0 * c[3] * V)});
 }
@@ -93,12 +93,12 @@ double WGaussianCumulantsFunction::ExpTimesErfc(double t, double L, double S) co
     if (S == 0.0) {
         return 0.0;
     }
-    const double z = (t * S - L / S) / cSqrt2;
-    if (std::fabs(z) > cAsymptoticFrom) {
-        const double u = 1.0 / (z * cSqrt2);
+    const double z = (t * S - L / S) / kSqrt2;
+    if (std::fabs(z) > kAsymptoticFrom) {
+        const double u = 1.0 / (z * kSqrt2);
         const double u3 = u * u * u;
         const double series = (u3 * (u * u) * 3.0 + (u - u3)) - u3 * u * u3 * 15.0;
-        return std::exp(L * L * -0.5 / (S * S)) * cSqrtTwoOverPi * series;
+        return std::exp(L * L * -0.5 / (S * S)) * kSqrtTwoOverPi * series;
     }
     return std::exp(t * t * (S * S * 0.5) - t * L) * detail::Erfc(z);
 }
@@ -125,8 +125,8 @@ double WGaussianCumulantsFunction::GetFirstCumulant() const {
     if (S == 0.0) {
         return L;
     }
-    return std::exp(L * L * -0.5 / (S * S)) * (cSqrtTwoOverPi * S) /
-               detail::Erfc(L / (S * cMinusSqrt2OfCumulants)) +
+    return std::exp(L * L * -0.5 / (S * S)) * (kSqrtTwoOverPi * S) /
+               detail::Erfc(L / (S * kMinusSqrt2OfCumulants)) +
            L;
 }
 
@@ -137,40 +137,40 @@ double WGaussianCumulantsFunction::GetSecondCumulant() const {
         return 0.0;
     }
     const double k1 = GetFirstCumulant();
-    const double e1 = detail::Erfc(L / (S * cMinusSqrt2OfCumulants));
-    constexpr double p = cTwoOverSqrtPi;
-    return (L * L - k1 * k1) + ((1.0 - p) / e1 + p) * (S * S);
+    const double e1 = detail::Erfc(L / (S * kMinusSqrt2OfCumulants));
+    constexpr double kP = kTwoOverSqrtPi;
+    return (L * L - k1 * k1) + ((1.0 - kP) / e1 + kP) * (S * S);
 }
 
 double WGaussianCumulantsFunction::GetErrorFCLambda0() const {
     const ErrorTerms t = TermsOf(GetLambda0(), GetSigma());
-    return 1.0 - (cSqrt2 / cPi * t.r + t.R) * (cSqrtTwoOverPi * t.r);
+    return 1.0 - (kSqrt2 / kPi * t.r + t.R) * (kSqrtTwoOverPi * t.r);
 }
 
 double WGaussianCumulantsFunction::GetErrorFCSigma() const {
     const ErrorTerms t = TermsOf(GetLambda0(), GetSigma());
-    return (cSqrtTwoOverPi * t.R * t.r + (t.R * t.R + 1.0)) * (cSqrtTwoOverPi * t.r);
+    return (kSqrtTwoOverPi * t.R * t.r + (t.R * t.R + 1.0)) * (kSqrtTwoOverPi * t.r);
 }
 
 double WGaussianCumulantsFunction::GetErrorSCLambda0() const {
     const double L = GetLambda0();
     const double S = GetSigma();
     const ErrorTerms t = TermsOf(L, S);
-    const double A = L * cTwoSqrt2 / (S * cSqrtPi);
-    const double B = t.E * cSqrtPi + 1.0;
-    return ((1.0 - cTwoOverPi) - A * B - t.R * t.R * (2.0 * cSqrtPi * t.e) + t.E * 4.0 / (t.e * cPi)) *
-           (cSqrt2 * S * t.E * (1.0 / cPi) * (1.0 / (t.e * t.e)));
+    const double A = L * kTwoSqrt2 / (S * kSqrtPi);
+    const double B = t.E * kSqrtPi + 1.0;
+    return ((1.0 - kTwoOverPi) - A * B - t.R * t.R * (2.0 * kSqrtPi * t.e) + t.E * 4.0 / (t.e * kPi)) *
+           (kSqrt2 * S * t.E * (1.0 / kPi) * (1.0 / (t.e * t.e)));
 }
 
 double WGaussianCumulantsFunction::GetErrorSCSigma() const {
     const double S = GetSigma();
     const ErrorTerms t = TermsOf(GetLambda0(), S);
-    constexpr double m = 1.0 - cTwoOverPi;
+    constexpr double kM = 1.0 - kTwoOverPi;
     const double Z = std::exp(-(t.R * t.R));
-    const double T1 = std::exp(t.q * t.q) * t.e * (t.e * cTwoOverSqrtPi + m) + 2.0 * t.e * t.E / cPi;
-    const double T2 = Z * cTwoSqrt2 / (t.e * cPiSquared) + (cSqrt2 / (2.0 * cPi) * m + t.e * cSqrtTwoOverPi);
-    const double V = T1 - T2 * t.R + 2.0 * (t.R * t.R) * t.E * (cSqrtPi + 1.0) / cPiToThreeHalves -
-                     t.R * t.R * t.R * cTwoSqrt2 * t.e / cSqrtPi;
+    const double T1 = std::exp(t.q * t.q) * t.e * (t.e * kTwoOverSqrtPi + kM) + 2.0 * t.e * t.E / kPi;
+    const double T2 = Z * kTwoSqrt2 / (t.e * kPiSquared) + (kSqrt2 / (2.0 * kPi) * kM + t.e * kSqrtTwoOverPi);
+    const double V = T1 - T2 * t.R + 2.0 * (t.R * t.R) * t.E * (kSqrtPi + 1.0) / kPiToThreeHalves -
+                     t.R * t.R * t.R * kTwoSqrt2 * t.e / kSqrtPi;
     return V * (2.0 * S * t.E / (t.e * t.e));
 }
 

@@ -8,30 +8,30 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t cCoefficients = 5;
-constexpr double cHalfWidthPerFullWidth = 0.60056120439;
-constexpr double cTiny = 1e-100;
-constexpr double cCut = 25.0;
+constexpr std::size_t kCoefficients = 5;
+constexpr double kHalfWidthPerFullWidth = 0.60056120439;
+constexpr double kTiny = 1e-100;
+constexpr double kCut = 25.0;
 
 void MendZeroWidth(std::vector<double>& coefficients) {
     if (coefficients.size() > 2 && coefficients[2] == 0.0) {
-        coefficients[2] = cTiny;
+        coefficients[2] = kTiny;
     }
 }
 
-// Of coefficients that lack it, the width is the tiny one too.
-double WidthOf(const detail::Coefficients<cCoefficients>& c) {
-    return c[2] == 0.0 ? cTiny : c[2];
+// Returns kTiny for a zero or missing width: MendZeroWidth does not add a missing one.
+double WidthOf(const detail::Coefficients<kCoefficients>& c) {
+    return c[2] == 0.0 ? kTiny : c[2];
 }
 
 double Peak(double u) {
-    return std::fabs(u) < cCut ? std::exp(u * -1.0 * u) : 0.0;
+    return std::fabs(u) < kCut ? std::exp(u * -1.0 * u) : 0.0;
 }
 
 } // namespace
 
 WGaussianFunction::WGaussianFunction() {
-    m_Coefficients.assign(cCoefficients, 0.0);
+    m_Coefficients.assign(kCoefficients, 0.0);
     WGaussianFunction::SetFunctionType();
 }
 WGaussianFunction::WGaussianFunction(const WGaussianFunction& other) = default;
@@ -40,9 +40,9 @@ WGaussianFunction::~WGaussianFunction() = default;
 
 double WGaussianFunction::Evaluate(double x) {
     MendZeroWidth(m_Coefficients);
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double width = WidthOf(c);
-    const double u = (x - c[1]) / (width * cHalfWidthPerFullWidth);
+    const double u = (x - c[1]) / (width * kHalfWidthPerFullWidth);
     return c[0] * Peak(u) + c[3] + c[4] * x;
 }
 
@@ -69,13 +69,13 @@ std::wstring WGaussianFunction::GetCoefficientName(long index) const {
 
 void WGaussianFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
     MendZeroWidth(m_Coefficients);
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double width = WidthOf(c);
-    const double halfWidth = width * cHalfWidthPerFullWidth;
+    const double halfWidth = width * kHalfWidthPerFullWidth;
     const double u = (x - c[1]) / halfWidth;
     const double g = Peak(u);
     const double w = 2.0 * c[0] * g * u;
-    detail::StoreDerivatives<cCoefficients>(derivatives, cCoefficients,
+    detail::StoreDerivatives<kCoefficients>(derivatives, kCoefficients,
                                             {g, w / halfWidth, (w * u) / width, 1.0, x});
 }
 

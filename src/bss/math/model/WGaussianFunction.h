@@ -10,12 +10,17 @@
 // | 3           | "offset"    | background at x = 0                        |
 // | 4           | "slope"     | of the background                          |
 //
-// G turns a full width at half height into a Gaussian's 1/e half width, 1 / (2 sqrt(ln 2)); the eleven digits
-// are meant. From |u| = 25 on the peak is exactly 0.0 and no exponential is taken. The derivatives are the
-// true ones.
+//     bss::WGaussianFunction peak;
+//     peak.SetCoefficients({1.0, 0.0, 2.0, 0.0, 0.0});
+//     double y = peak.Evaluate(1.0);   // about 0.5
 //
-// The covariance stays empty until a fit or SetCovarianceMatrix fills it; an error bar before that is 0.0.
-// Threads: one object, one thread at a time; an evaluation may rewrite the width.
+// G converts a full width at half height into the 1/e half width of a Gaussian, 1 / (2 sqrt(ln 2)); it has
+// eleven digits (kept for agreement with stored results). From |u| = 25 on the peak is exactly 0.0, without
+// an exponential. The derivatives are the true ones.
+//
+// The covariance is empty until a fit or SetCovarianceMatrix fills it; an error bar before that is 0.0.
+//
+// Threads: one object, one thread at a time; an evaluation may change the width.
 
 #ifndef BSS_MATH_MODEL_WGAUSSIANFUNCTION_H
 #define BSS_MATH_MODEL_WGAUSSIANFUNCTION_H
@@ -24,22 +29,32 @@
 
 namespace bss {
 
+/// A Gaussian peak with five coefficients.
 class KRTBSS_API WGaussianFunction : public WFunction {
 public:
+    /// Sets the type and five coefficients of 0.0.
     WGaussianFunction();
+    /// Copies as WFunction does.
     WGaussianFunction(const WGaussianFunction& other);
+    /// Copies as WFunction does.
     WGaussianFunction& operator=(const WGaussianFunction& other);
+    /// Destroys the function.
     ~WGaussianFunction() override;
 
+    /// Also offers the form with an error bar.
     using WFunction::Evaluate;
-    /// A width of exactly 0.0 is replaced by 1e-100 in the object itself; ComputeDerivatives does the same.
+    /// Returns the value at x. Changes a width of exactly 0.0 to 1e-100 in the object; so does
+    /// ComputeDerivatives.
     double Evaluate(double x) override;
+    /// See WFunction::clone.
     WFunction* clone() const override;
+    /// See WFunction::GetCoefficientName. The names are in the table above.
     std::wstring GetCoefficientName(long index) const override;
-    /// Always five entries.
+    /// Stores five derivatives, whatever the number of coefficients.
     void ComputeDerivatives(double x, std::vector<double>& derivatives) override;
 
 protected:
+    /// Sets etGaussian.
     void SetFunctionType() override;
 };
 

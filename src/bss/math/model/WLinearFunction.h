@@ -1,9 +1,9 @@
-// WLinearFunction: a model that is linear in its coefficients, the sum of c[i] * b[i](x) over basis functions
-// b.
+// WLinearFunction: a model that is linear in its coefficients, the sum of c[i] * b[i](x) over the basis
+// functions b.
 //
-// A derived class implements BasisFunctionEvaluation, which fills m_BasisFunctions with the values of the
-// basis functions at x, beside clone and SetFunctionType. WLinearLeastSquaresFit solves for the coefficients
-// in one pass.
+// A derived class implements clone, SetFunctionType and BasisFunctionEvaluation, which stores the values of
+// the basis functions at x in m_BasisFunctions. WLinearLeastSquaresFit solves for the coefficients in one
+// pass.
 //
 //     class Line : public bss::WLinearFunction {
 //     public:
@@ -14,8 +14,8 @@
 //         void SetFunctionType() override {}
 //     };
 //
-// Threads: every evaluation writes the basis values, so even reading is not safe from two threads on one
-// object.
+// Threads: one object, one thread at a time. Each evaluation writes the basis values, so two threads must not
+// even evaluate one object.
 
 #ifndef BSS_MATH_MODEL_WLINEARFUNCTION_H
 #define BSS_MATH_MODEL_WLINEARFUNCTION_H
@@ -24,46 +24,52 @@
 
 namespace bss {
 
+/// Abstract model with basis functions.
 class KRTBSS_API WLinearFunction : public WFunction {
 public:
+    /// Copies as WFunction does, and the basis values.
     WLinearFunction(const WLinearFunction& other);
+    /// Copies as WFunction does, and the basis values.
     WLinearFunction& operator=(const WLinearFunction& other);
+    /// Destroys the function.
     ~WLinearFunction() override;
 
-    /// Also sets the number of basis functions to the new length.
+    /// Copies the vector and sets the number of basis functions to its length.
     void SetCoefficients(const std::vector<double>& coefficients) override;
 
-    /// The sum of c[i] * b[i] over the coefficients, from the first on; 0.0 without coefficients.
+    /// Returns the sum of c[i] * b[i] over the coefficients, in ascending order of i; 0.0 without
+    /// coefficients.
     double Evaluate(double x) override;
-    /// As that of WFunction, with the basis values standing for the derivatives.
+    /// See WFunction::Evaluate. The basis values are the derivatives.
     void Evaluate(double x, double& y, double& sigma) override;
 
+    /// See WFunction::GetCoefficientName.
     std::wstring GetCoefficientName(long index) const override;
 
-    /// The basis values at x, one per coefficient, 0.0 where there is no basis function.
+    /// Stores the basis values at x, one per coefficient; 0.0 for a coefficient without a basis function.
     void ComputeDerivatives(double x, std::vector<double>& derivatives) override;
 
-    /// Sets the number of basis functions to n, with n coefficients of 0.0 and a covariance of n by n zeros;
-    /// n below 1 leaves all three empty. Throws std::length_error for more than 32 bits count; std::bad_alloc
-    /// changes nothing.
+    /// Sets the number of basis functions to n, n coefficients of 0.0 and a covariance of n by n zeros; for n
+    /// below 1, all three are empty. Throws std::length_error for n above 2^31 - 1 and std::bad_alloc if
+    /// memory is short; the object is then unchanged.
     virtual void SetNumberOfBasisFunctions(long n);
 
-    /// Resizes the basis values to n and the covariance to n by n; what is new is 0.0, what is there stays.
-    /// Coefficients and the number of basis functions are not touched. A negative n does nothing.
+    /// Resizes the basis values to n and the covariance to n by n. Existing cells are unchanged, new ones are
+    /// 0.0. Coefficients and the number of basis functions are unchanged. A negative n does nothing.
     virtual void ExtendBasisFunctionsToCount(long n);
 
-    /// Leaves the values of the basis functions at x in m_BasisFunctions.
+    /// Stores the values of the basis functions at x in m_BasisFunctions.
     virtual void BasisFunctionEvaluation(double x) = 0;
 
-    /// Copies out the values of the last BasisFunctionEvaluation.
+    /// Copies the values of the last BasisFunctionEvaluation to `values`.
     virtual void GetBasisFunctions(std::vector<double>& values);
 
 protected:
-    /// No coefficients until told; the type stays 0.
+    /// Sets type 0 and no coefficients.
     WLinearFunction();
 
-    std::int32_t m_nBasisFunctions = 0;
-    std::vector<double> m_BasisFunctions;
+    std::int32_t m_nBasisFunctions = 0;   ///< Number of basis functions.
+    std::vector<double> m_BasisFunctions; ///< Values of the last BasisFunctionEvaluation.
 };
 
 } // namespace bss

@@ -8,12 +8,12 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t cCoefficients = 4;
+constexpr std::size_t kCoefficients = 4;
 
 } // namespace
 
 WSineFunction::WSineFunction() {
-    m_Coefficients.assign(cCoefficients, 0.0);
+    m_Coefficients.assign(kCoefficients, 0.0);
     WSineFunction::SetFunctionType();
 }
 WSineFunction::WSineFunction(const WSineFunction& other) = default;
@@ -21,7 +21,7 @@ WSineFunction& WSineFunction::operator=(const WSineFunction& other) = default;
 WSineFunction::~WSineFunction() = default;
 
 double WSineFunction::Evaluate(double x) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double a = c[2] * c[2] * x + c[3];
     return std::sin(a) * (c[1] * c[1]) + c[0];
 }
@@ -46,10 +46,10 @@ std::wstring WSineFunction::GetCoefficientName(long index) const {
 }
 
 void WSineFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double a = c[2] * c[2] * x + c[3];
     const double v = std::cos(a) * (c[1] * c[1]);
-    detail::StoreDerivatives<cCoefficients>(derivatives, cCoefficients,
+    detail::StoreDerivatives<kCoefficients>(derivatives, kCoefficients,
                                             {1.0, std::sin(a) * 2.0, (v + v) * c[2] * x, v});
 }
 

@@ -10,15 +10,16 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t cCoefficients = 3;
-constexpr double cPiSquared = 9.869604401089358;
+constexpr std::size_t kCoefficients = 3;
+constexpr double kPiSquared = 9.869604401089358;
 
-// 2 pi k and 2 pi k^5, in the order in which the harmonics are summed.
+// 2 pi k and 2 pi k^5 of the harmonic k. The order of summation, 3, 1, 5, ..., is kept for agreement with
+// stored results.
 struct Harmonic {
     double frequency;
     double weight;
 };
-constexpr std::array<Harmonic, 7> cHarmonics{{
+constexpr std::array<Harmonic, 7> kHarmonics{{
     {18.84955592153876, 1526.8140296446395},
     {6.283185307179586, 6.283185307179586},
     {31.41592653589793, 19634.954084936206},
@@ -30,7 +31,7 @@ constexpr std::array<Harmonic, 7> cHarmonics{{
 
 double IntegralSum(double from, double to, double f) {
     double sum = 0.0;
-    for (const Harmonic& k : cHarmonics) {
+    for (const Harmonic& k : kHarmonics) {
         const double omega = k.frequency * f;
         sum += (std::sin(omega * to) - std::sin(omega * from)) / (k.weight * f);
     }
@@ -39,33 +40,33 @@ double IntegralSum(double from, double to, double f) {
 
 double PartnerSum(double from, double to, double f) {
     double sum = 0.0;
-    for (const Harmonic& k : cHarmonics) {
+    for (const Harmonic& k : kHarmonics) {
         const double omega = k.frequency * f;
         sum += (std::cos(omega * to) * to - std::cos(omega * from) * from) * k.frequency / (k.weight * f);
     }
     return sum;
 }
 
-constexpr double cInverseLn2 = 1.0 / 0.6931471805599453;
+constexpr double kInverseLn2 = 1.0 / 0.6931471805599453;
 
 } // namespace
 
 WTriangleDitherFitFunction::WTriangleDitherFitFunction(double baseInterval, double stageLength)
     : m_dStageLength(stageLength), m_dBaseInterval(baseInterval) {
-    m_Coefficients.assign(cCoefficients, 0.0);
+    m_Coefficients.assign(kCoefficients, 0.0);
     WTriangleDitherFitFunction::SetFunctionType();
 }
 WTriangleDitherFitFunction::WTriangleDitherFitFunction(const WTriangleDitherFitFunction& other) = default;
 WTriangleDitherFitFunction::~WTriangleDitherFitFunction() = default;
 
 double WTriangleDitherFitFunction::Evaluate(double x) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double W = stageWidth(whatStage(x));
     const double h = W * 0.5;
     const double A = c[1] * c[1];
     const double D = A - 3.0;
     const double I = IntegralSum(x - h, x + h, c[2]);
-    return ((I * (A * 32.0 / cPiSquared) + h * c[0] + h) * (-6.0 / D)) / W;
+    return ((I * (A * 32.0 / kPiSquared) + h * c[0] + h) * (-6.0 / D)) / W;
 }
 
 void WTriangleDitherFitFunction::Evaluate(double x, double& y, double& sigma) {
@@ -93,7 +94,7 @@ std::wstring WTriangleDitherFitFunction::GetCoefficientName(long index) const {
 }
 
 void WTriangleDitherFitFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<cCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kCoefficients> c(m_Coefficients);
     const double W = stageWidth(whatStage(x));
     const double h = W * 0.5;
     const double A = c[1] * c[1];
@@ -102,10 +103,10 @@ void WTriangleDitherFitFunction::ComputeDerivatives(double x, std::vector<double
     const double J = PartnerSum(x - h, x + h, c[2]);
     derivatives.clear();
     derivatives.push_back(((h * -6.0) / D) / W);
-    derivatives.push_back(((h * c[0] + h + I * (A * 32.0 / cPiSquared)) * (c[1] * 12.0 / (D * D)) -
-                           (c[1] * 384.0 / (D * cPiSquared)) * I) /
+    derivatives.push_back(((h * c[0] + h + I * (A * 32.0 / kPiSquared)) * (c[1] * 12.0 / (D * D)) -
+                           (c[1] * 384.0 / (D * kPiSquared)) * I) /
                           W);
-    derivatives.push_back(((J - I / c[2]) * (A * -192.0 / (D * cPiSquared))) / W);
+    derivatives.push_back(((J - I / c[2]) * (A * -192.0 / (D * kPiSquared))) / W);
 }
 
 int WTriangleDitherFitFunction::whatStage(double x) const {
@@ -116,8 +117,8 @@ int WTriangleDitherFitFunction::whatStage(double x) const {
     if (!(t > 0.0)) {
         return 0;
     }
-    const double stage = std::floor(std::log(t) * cInverseLn2 + 1.0);
-    // Only an infinite t gets here with more than 1025.
+    const double stage = std::floor(std::log(t) * kInverseLn2 + 1.0);
+    // Every finite t gives a stage of at most 1025.
     return stage < std::numeric_limits<int>::max() ? static_cast<int>(stage)
                                                    : std::numeric_limits<int>::max();
 }

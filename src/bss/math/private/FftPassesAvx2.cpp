@@ -1,4 +1,4 @@
-// Compiled with the instructions of AVX2, where the target's compiler and binary interface allow it.
+// Compiled with AVX2 instructions, on targets whose compiler and binary interface allow it.
 
 #include "bss/math/private/FftPasses.h"
 

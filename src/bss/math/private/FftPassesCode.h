@@ -1,5 +1,5 @@
-// The code behind FftPasses.h, compiled once for each kind of processor. All of it has internal linkage, so
-// that the variants don't mix.
+// The code of FftPasses.h, compiled once per kind of processor. All of it has internal linkage, so the linker
+// does not merge the variants.
 
 #ifndef BSS_MATH_PRIVATE_FFTPASSESCODE_H
 #define BSS_MATH_PRIVATE_FFTPASSESCODE_H
@@ -12,7 +12,7 @@ namespace bss::fft {
 
 namespace {
 
-/// Two complex numbers. A processor with narrower units does one after the other.
+// Two complex numbers. The compiler splits the operations for processors with narrower vector units.
 using Pair = double __attribute__((vector_size(32)));
 
 [[gnu::always_inline]] inline Pair Load(const double* from) {
@@ -24,13 +24,13 @@ using Pair = double __attribute__((vector_size(32)));
     std::memcpy(to, &pair, sizeof(pair));
 }
 
-/// Factors of two butterflies that stand side by side.
+// Factors of two adjacent butterflies.
 struct Factors {
-    Pair cosine; ///< c, c of each
-    Pair sine;   ///< s, -s of each
+    Pair cosine; // c, c of each
+    Pair sine;   // s, -s of each
 };
 
-/// q times the conjugate of the factor: (q.re c + q.im s, q.im c - q.re s).
+// Returns q times the conjugate of the factor: (q.re c + q.im s, q.im c - q.re s).
 [[gnu::always_inline]] inline Pair Turn(Pair q, const Factors& factors) {
     const Pair swapped = __builtin_shufflevector(q, q, 1, 0, 3, 2);
     return q * factors.cosine + swapped * factors.sine;
@@ -49,7 +49,7 @@ template <bool inverse>
     return {Pair{c, c, c, c}, Pair{s, -s, s, -s}};
 }
 
-/// Of two blocks side by side.
+// Returns the factors of two adjacent blocks.
 template <bool inverse>
 [[gnu::always_inline]] inline Factors FactorsOfTwo(const double* twiddles) {
     const Pair both = Load(twiddles);
@@ -58,7 +58,7 @@ template <bool inverse>
     return {__builtin_shufflevector(both, both, 0, 0, 2, 2), sine * sign};
 }
 
-/// Two stages of block m: 4 * quarter elements from `data` on. A quarter is an even number of elements.
+// Executes two stages of one block, 4 * quarter elements from `data` on. REQUIRES: `quarter` is even.
 inline void PassOfTwo(double* data, std::size_t quarter, const Factors& whole, const Factors& low,
                       const Factors& high) {
     const std::size_t step = 2 * quarter;
@@ -79,7 +79,7 @@ inline void PassOfTwo(double* data, std::size_t quarter, const Factors& whole, c
     }
 }
 
-/// The last two stages of `count` blocks of 4 elements, the first of which is block m.
+// Executes the last two stages of `count` blocks of 4 elements, starting with block m.
 template <bool inverse>
 void LastPass(double* data, std::size_t m, std::size_t count, const double* twiddles) {
     for (std::size_t i = 0; i < count; ++i, data += 8) {
@@ -96,7 +96,7 @@ void LastPass(double* data, std::size_t m, std::size_t count, const double* twid
     }
 }
 
-/// One stage of block 0, for an odd number of stages. `half` is an even number of elements.
+// Executes one stage of block 0, for an odd number of stages. REQUIRES: `half` is even.
 inline void FirstStage(double* data, std::size_t half, const Factors& factors) {
     for (std::size_t j = 0; j < 2 * half; j += 4) {
         Pair p = Load(data + j);
@@ -107,13 +107,14 @@ inline void FirstStage(double* data, std::size_t half, const Factors& factors) {
     }
 }
 
-/// The stages of 2^log2 elements, log2 even and not 0, that are block m of their stage.
+// Executes the stages of 2^log2 elements, which are block m of their stage. REQUIRES: log2 is even and not 0.
 template <bool inverse>
 void RunStages(Data data, int log2, std::size_t m, const double* twiddles) {
-    // Stage by stage within the cache; larger blocks in parts, each finished before the next.
+    // Blocks that fit the cache go stage by stage; a larger block is split after two stages, and each part is
+    // completed before the next.
     const std::size_t length = std::size_t{1} << log2;
-    constexpr int cachedLog2 = 10; // 16 KiB
-    if (log2 > cachedLog2) {
+    constexpr int kCachedLog2 = 10; // 16 KiB
+    if (log2 > kCachedLog2) {
         const std::size_t quarter = length / 4;
         const Factors whole = FactorsOf<inverse>(twiddles + 2 * m);
         const Factors low = FactorsOf<inverse>(twiddles + 4 * m);
@@ -149,7 +150,7 @@ void RunStages(Data data, int log2, std::size_t m, const double* twiddles) {
     }
 }
 
-/// A transform of two elements: one butterfly.
+// Transforms two elements: one butterfly.
 template <bool inverse>
 void RunOne(double* data, const double* twiddle) {
     const double s = inverse ? -twiddle[1] : twiddle[1];

@@ -1,4 +1,6 @@
-// What the function classes share and no client sees.
+// Internal helpers of the function classes: coefficients, derivatives, copies, error bars.
+//
+// Threads: no state.
 
 #ifndef BSS_MATH_PRIVATE_FUNCTIONSUPPORT_H
 #define BSS_MATH_PRIVATE_FUNCTIONSUPPORT_H
@@ -13,11 +15,13 @@
 
 namespace bss::detail {
 
-// The first N coefficients, read in place. SetCoefficients takes a vector of any length, so one may be
-// missing: it counts as 0.0, as WFunction::GetCoefficient has it.
+/// The first N coefficients of a vector, read in place. SetCoefficients accepts a vector of any length: a
+/// missing coefficient is 0.0, as for WFunction::GetCoefficient. REQUIRES: the vector outlives the object,
+/// unchanged.
 template <std::size_t N>
 class Coefficients {
 public:
+    /// Refers to the vector, or copies it if it is shorter than N.
     explicit Coefficients(const std::vector<double>& coefficients) : m_pFirst(coefficients.data()) {
         if (coefficients.size() < N) [[unlikely]] {
             m_Padded.fill(0.0);
@@ -25,17 +29,19 @@ public:
             m_pFirst = m_Padded.data();
         }
     }
+    /// Not copyable: the object may point into itself.
     Coefficients(const Coefficients&) = delete;
     Coefficients& operator=(const Coefficients&) = delete;
 
+    /// Returns a coefficient. REQUIRES: index < N.
     double operator[](std::size_t index) const { return m_pFirst[index]; }
 
 private:
     const double* m_pFirst;
-    std::array<double, N> m_Padded; // set only where m_pFirst points to it
+    std::array<double, N> m_Padded; // set only if m_pFirst points to it
 };
 
-// Makes derivatives as long as there are coefficients: the values first, 0.0 behind them.
+/// Resizes `derivatives` to `count` and stores the values, followed by 0.0. Drops values beyond `count`.
 template <std::size_t N>
 inline void StoreDerivatives(std::vector<double>& derivatives, std::size_t count,
                              const std::array<double, N>& values) {
@@ -43,7 +49,7 @@ inline void StoreDerivatives(std::vector<double>& derivatives, std::size_t count
         derivatives.resize(count);
     }
     if (count >= N) [[likely]] {
-        // One by one: a copy would go through memory, and wait there for the values just computed.
+        // Stored one by one: a block copy would wait for the values just computed to reach memory.
         double* const first = derivatives.data();
 #pragma GCC unroll 8
         for (std::size_t i = 0; i < N; ++i) {
@@ -55,7 +61,7 @@ inline void StoreDerivatives(std::vector<double>& derivatives, std::size_t count
     }
 }
 
-// A copy on the heap, or null where memory runs out, for the object or for what it holds.
+/// Returns a copy on the heap, null if memory is short for the object or its members.
 template <class Function>
 Function* CloneOrNull(const Function& function) {
     try {
@@ -65,8 +71,8 @@ Function* CloneOrNull(const Function& function) {
     }
 }
 
-// The standard error that derivatives and the function's covariance give, as WFunction::Evaluate(x, y, sigma)
-// tells.
+/// Returns the standard error for the derivatives and the function's covariance, by the formula of
+/// WFunction::Evaluate(x, y, sigma).
 double ErrorBar(const WFunction& function, const std::vector<double>& derivatives);
 
 } // namespace bss::detail

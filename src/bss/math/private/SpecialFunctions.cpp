@@ -10,7 +10,7 @@
 namespace bss::detail {
 
 double Erfc(double x) {
-    // Boost's answer to NaN depends on its release; a fit is to see NaN and reject the step.
+    // Boost's result for NaN depends on its version; a fit must get NaN and reject the step.
     if (std::isnan(x)) {
         return x;
     }
