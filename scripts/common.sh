@@ -68,21 +68,25 @@ need_packages() {
 
 jobs() { nproc 2>/dev/null || echo 2; }
 
-# build_preset PRESET [TARGET...]
+configure_preset() {
+    mkdir -p build
+    if ! cmake --preset "$1" >"build/configure-$1.log" 2>&1; then
+        cat "build/configure-$1.log"
+        fail "CMake could not configure the preset $1 (its messages are above)"
+    fi
+}
+
+# build_preset PRESET [TARGET...]. The compiler's lines are shown only where a build fails.
 build_preset() {
-    preset=$1
+    local preset=$1 start=$SECONDS
     shift
     say "configuring and building: $preset"
-    mkdir -p build
-    if ! cmake --preset "$preset" >"build/configure-$preset.log" 2>&1; then
-        cat "build/configure-$preset.log"
-        fail "CMake could not configure the preset $preset (its messages are above)"
+    configure_preset "$preset"
+    if ! cmake --build --preset "$preset" -j "$(jobs)" ${1:+--target "$@"} >"build/build-$preset.log" 2>&1; then
+        grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Generating)' "build/build-$preset.log"
+        fail "the preset $preset does not build (its messages are above)"
     fi
-    if [ $# -gt 0 ]; then
-        cmake --build --preset "$preset" -j "$(jobs)" --target "$@" || fail "the preset $preset does not build"
-    else
-        cmake --build --preset "$preset" -j "$(jobs)" || fail "the preset $preset does not build"
-    fi
+    echo "built in $((SECONDS - start)) s"
 }
 
 # run_tests PRESET LABEL [PROGRAM...]: runs the tests of a built preset, all or those of some programs; the last line has
@@ -101,6 +105,6 @@ run_tests() {
     *) programs_at_once=$(jobs) ;;
     esac
     ctest --preset "$preset" -j "$programs_at_once" -R "$pattern" || failed=1
-    python3 scripts/count-tests "$label" "build/$preset" "$pattern" || failed=1
+    scripts/count-tests "$label" "build/$preset" "$pattern" || failed=1
     return $failed
 }
