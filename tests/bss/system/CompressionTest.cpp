@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -61,18 +62,17 @@ Block Packed(const Block& data) {
 
 TEST(CompressionOfBlocks, StoresAndReturnsThem) {
     EXPECT_EQ(WCompression::CompressBound(0), WCompression::CompressBound(1));
-    for (const std::size_t size : {0U, 1U, 1000U, 16384U, 65535U, 65536U, 1000000U}) {
-        for (const Block& data : {Block(size), Noise(size)}) {
-            const Block packed = Packed(data);
-            EXPECT_GE(packed.size(), data.size());
-            Block back(size + 1);
-            auto length = static_cast<unsigned long>(back.size());
-            WCompression::Uncompress(back.data(), &length, packed.data(),
-                                     static_cast<unsigned long>(packed.size()));
-            back.resize(length);
-            EXPECT_EQ(back, data);
-        }
+    for (const std::size_t size : {0U, 1U, 65535U, 65536U, 1000000U}) {
+        const Block data = Noise(size);
+        const Block packed = Packed(data);
+        Block back(size + 1);
+        auto length = static_cast<unsigned long>(back.size());
+        WCompression::Uncompress(back.data(), &length, packed.data(),
+                                 static_cast<unsigned long>(packed.size()));
+        back.resize(length);
+        EXPECT_EQ(back, data);
     }
+    EXPECT_GT(Packed(Block(1000)).size(), 1000U); // stored, not made smaller
 }
 
 TEST(CompressionOfBlocks, FailuresHaveTheirTexts) {
@@ -90,21 +90,20 @@ TEST(CompressionOfBlocks, FailuresHaveTheirTexts) {
     const Block packed = Packed(data);
     Block damaged = packed;
     damaged[500] ^= 1;
-    Block cut(packed.begin(), packed.end() - 1);
-    const struct {
-        const Block& source;
-        unsigned long room;
-    } rows[] = {{packed, 999}, {damaged, 2000}, {cut, 2000}, {data, 2000}};
-    for (const auto& row : rows) {
-        length = row.room;
-        EXPECT_EQ(FailureOf([&] {
-                      WCompression::Uncompress(room.data(), &length, row.source.data(),
-                                               static_cast<unsigned long>(row.source.size()));
-                  }),
-                  L"Cannot uncompress data.");
+    const Block cut(packed.begin(), packed.end() - 1);
+    const auto uncompress = [&](const Block& source, unsigned long bytes) {
+        length = bytes;
+        return FailureOf([&] {
+            WCompression::Uncompress(room.data(), bytes == 0 ? nullptr : &length, source.data(),
+                                     static_cast<unsigned long>(source.size()));
+        });
+    };
+    EXPECT_EQ(uncompress(packed, 1000), L"nothing");
+    for (const std::wstring& text :
+         {uncompress(packed, 0), uncompress(packed, 999), uncompress(damaged, 2000), uncompress(cut, 2000),
+          uncompress(data, 2000)}) {
+        EXPECT_EQ(text, L"Cannot uncompress data.");
     }
-    EXPECT_EQ(FailureOf([&] { WCompression::Uncompress(room.data(), nullptr, packed.data(), 1000); }),
-              L"Cannot uncompress data.");
 }
 
 class CompressionOfFiles : public testing::Test {
@@ -164,8 +163,6 @@ TEST_F(CompressionOfFiles, ReturnsThemAndCopiesPlainOnes) {
         ASSERT_GE(gzip.size(), 20U);
         EXPECT_EQ(gzip[0], 0x1F);
         EXPECT_EQ(gzip[1], 0x8B);
-        const std::size_t end = gzip.size();
-        EXPECT_EQ(size, gzip[end - 4] | std::size_t{gzip[end - 3]} << 8 | std::size_t{gzip[end - 2]} << 16);
         for (const std::wstring& source : {packed, plain}) {
             WCompression::UncompressFile(source, In(L"back"));
             EXPECT_EQ(Read(In(L"back")), data);
@@ -191,19 +188,21 @@ TEST_F(CompressionOfFiles, TakesPathsThatHaveANarrowForm) {
     // A lone surrogate has none anywhere, and a NUL would cut the path short.
     const std::wstring paths[] = {In(L"\xD800.gz"), Written(L"cut", data) + L'\0' + L".gz"};
     for (const std::wstring& path : paths) {
-        const std::wstring forCompression = FailureOf([&] { WCompression::CompressFile(plain, path); });
-        EXPECT_EQ(forCompression.find(L"Cannot open file:" + path + L" for compression.\nError Message:  "),
+        const std::wstring begin = L"Cannot open file:" + path;
+        const std::wstring end = L".\nError Message:  ";
+        EXPECT_EQ(FailureOf([&] {
+                      WCompression::CompressFile(plain, path);
+                  }).find(begin + L" for compression" + end),
                   0U);
-        const std::wstring forReading = FailureOf([&] { WCompression::UncompressFile(path, In(L"back")); });
-        EXPECT_EQ(forReading.find(L"Cannot open file:" + path + L" for uncompression.\nError Message:  "),
+        EXPECT_EQ(FailureOf([&] {
+                      WCompression::UncompressFile(path, In(L"back"));
+                  }).find(begin + L" for uncompression" + end),
                   0U);
     }
     EXPECT_EQ(FailureOf([&] { WCompression::CompressFile(paths[1], packed); }),
               L"Failed to open compressed file.");
-    EXPECT_EQ(FailureOf([&] { WCompression::UncompressFile(plain, paths[1]); }),
-              krtpal::WidenText(krtpal::NarrowText(plain)) == plain
-                  ? L"Failed to open uncompression target file."
-                  : FailureOf([&] { WCompression::UncompressFile(plain, In(L"back")); }));
+    EXPECT_EQ(FailureOf([&] { WCompression::UncompressFile(Written(L"ascii", data), paths[1]); }),
+              L"Failed to open uncompression target file.");
     EXPECT_EQ(Read(In(L"cut")), data);
 }
 
@@ -257,7 +256,7 @@ TEST_F(CompressionOfFiles, PlacesThatCannotBeReadOrWrittenFail) {
 TEST_F(CompressionOfFiles, CutAndDamagedOnesFail) {
     WCompression::CompressFile(Written(L"plain", Noise(300)), In(L"whole.gz"));
     const Block gzip = Read(In(L"whole.gz"));
-    for (std::size_t size = 2; size < gzip.size(); ++size) {
+    for (std::size_t size = 2; size < gzip.size(); size += 17) {
         const std::wstring cut =
             Written(L"cut.gz", Block(gzip.begin(), gzip.begin() + static_cast<long>(size)));
         ExpectFailure(&WCompression::UncompressFile, cut, In(L"back"),
@@ -331,15 +330,16 @@ TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
 /// A line of /proc/self/status, in KiB.
 long MemoryOf(const std::string& name) {
     std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.rfind(name + ":", 0) == 0) {
-            return std::stol(line.substr(name.size() + 1));
-        }
+    std::string line;
+    while (std::getline(status, line) && line.rfind(name + ":", 0) != 0) {
     }
-    return -1;
+    return status ? std::stol(line.substr(name.size() + 1)) : -1;
 }
 
 TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
+    if (std::getenv("KRTBSS_TEST_LONG") == nullptr) {
+        GTEST_SKIP() << "takes half a minute: set KRTBSS_TEST_LONG";
+    }
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "takes minutes under a sanitizer, which needs memory of its own";
 #endif
@@ -352,20 +352,17 @@ TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
     std::ofstream("/proc/self/clear_refs") << "5"; // lets the peak begin anew
     const long before = MemoryOf("VmRSS");
     WCompression::CompressFile(In(L"sparse"), In(L"packed.gz"));
-    std::uintmax_t count = 0;
-    bool zeros = true;
+    std::uintmax_t zeros = 0;
     std::thread reader([&] {
         std::ifstream file(PathOf(pipe), std::ios::binary);
         static char buffer[65536];
         while (file.read(buffer, sizeof(buffer)), file.gcount() != 0) {
-            count += static_cast<std::uintmax_t>(file.gcount());
-            zeros = zeros && std::all_of(buffer, buffer + file.gcount(), [](char c) { return c == 0; });
+            zeros += static_cast<std::uintmax_t>(std::count(buffer, buffer + file.gcount(), 0));
         }
     });
     WCompression::UncompressFile(In(L"packed.gz"), pipe);
     reader.join();
-    EXPECT_EQ(count, size);
-    EXPECT_TRUE(zeros);
+    EXPECT_EQ(zeros, size);
     ASSERT_GT(before, 0);
     EXPECT_LT(MemoryOf("VmHWM") - before, 8 * 1024);
 }
@@ -393,22 +390,21 @@ public:
 TEST(CompressionTexts, AreThoseOfTheCodes) {
     const std::wstring prefix = L"\nError Message:  ";
     const std::wstring noRoom = prefix + L"No space left on device";
-    const std::pair<int, const wchar_t*> rows[] = {
-        {2, L"need dictionary"},
-        {1, L"stream end"},
-        {0, L""},
-        {-1, L"file error"},
-        {-2, L"stream error"},
-        {-3, L"data error"},
-        {-4, L"insufficient memory"},
-        {-5, L"buffer error"},
-        {-6, L"incompatible version"},
-        {3, L"No space left on device"},
-        {-7, L"No space left on device"},
-    };
-    for (const auto& [code, text] : rows) {
+    const wchar_t* const texts[] = {L"incompatible version",
+                                    L"buffer error",
+                                    L"insufficient memory",
+                                    L"data error",
+                                    L"stream error",
+                                    L"file error",
+                                    L"",
+                                    L"stream end",
+                                    L"need dictionary"};
+    for (int code = -6; code <= 2; ++code) {
+        EXPECT_EQ(Texts::GetError(code), prefix + texts[code + 6]);
+    }
+    for (const int code : {-7, 3}) {
         errno = ENOSPC;
-        EXPECT_EQ(Texts::GetError(code), prefix + text) << code;
+        EXPECT_EQ(Texts::GetError(code), noRoom);
     }
     errno = ENOSPC;
     EXPECT_EQ(Texts::GetError(), noRoom);

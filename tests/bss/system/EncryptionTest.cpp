@@ -72,11 +72,39 @@ TEST(Encryption, GivesTheSameBytesOnAllSystems) {
 }
 
 TEST(Encryption, WorksBlockByBlock) {
-    const std::string twice =
-        WEncryption::Encrypt("12345678123456781234567812345678123456781234567812345678");
-    for (std::size_t i = 0; i < twice.size(); i += 8) {
-        EXPECT_EQ(ToHex(twice.substr(i, 8)), "1E083A03BA738B97");
+    std::string text;
+    std::string expected;
+    for (int blocks = 1; blocks < 8; ++blocks) {
+        text += "12345678";
+        expected += "1E083A03BA738B97";
+        EXPECT_EQ(ToHex(WEncryption::Encrypt(text)), expected);
     }
+}
+
+/// Another key for a scope
+struct KeyScope {
+    explicit KeyScope(std::string& key) { WEncryption::m_Key = Bytes(key); }
+    ~KeyScope() { WEncryption::m_Key = m_before; }
+    unsigned char* const m_before = WEncryption::m_Key;
+};
+
+TEST(Encryption, AnotherKeyIsInForceAtOnce) {
+    const std::string text = "The qufck brown fox jump";
+    const std::string withBuiltIn = WEncryption::Encrypt(text);
+    {
+        // NIST SP 800-67, appendix B
+        std::string key = FromHex("0123456789ABCDEF23456789ABCDEF01456789ABCDEF0123");
+        const KeyScope scope(key);
+        const std::string result = WEncryption::Encrypt(text);
+        EXPECT_EQ(ToHex(result), "A826FD8CE53B855FCCE21C8112256FE668D5C05DD9B6B900");
+        EXPECT_EQ(WEncryption::Decrypt(result), text);
+    }
+    std::string key(reinterpret_cast<const char*>(WEncryption::m_Key), 24);
+    const KeyScope scope(key);
+    EXPECT_EQ(ToHex(WEncryption::Encrypt(text)), ToHex(withBuiltIn));
+    key.back() ^= 2; // not the parity bit
+    EXPECT_NE(ToHex(WEncryption::Encrypt(text)), ToHex(withBuiltIn));
+    EXPECT_EQ(WEncryption::Decrypt(WEncryption::Encrypt(text)), text);
 }
 
 // On the heap and without spare room, so that a sanitizer sees a read behind the end.
