@@ -13,6 +13,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <optional>
 #include <random>
 #include <string>
 #include <utility>
@@ -133,19 +134,28 @@ protected:
 #endif
     }
 
-    using Operation = void (*)(const std::wstring&, const std::wstring&);
-
-    /// Runs what has to fail: with this text, this debug output, and all files closed.
-    void ExpectFailure(Operation operation, const std::wstring& source, const std::wstring& target,
-                       const std::wstring& text, const std::wstring& debugPrefix) {
+    /// What has to fail: the text; whether it is debug output too, and what stands in front of it there.
+    struct Failure {
+        decltype(&WCompression::CompressFile) operation;
+        std::wstring source;
+        std::wstring target;
+        std::wstring text;
+        std::optional<std::wstring> debugPrefix;
+    };
+    /// Runs it, and looks whether all files were closed.
+    static void Expect(const Failure& failure) {
         DebugOutput debug;
         const std::ptrdiff_t before = OpenFiles();
-        EXPECT_EQ(FailureOf([&] { operation(source, target); }), text);
-        EXPECT_EQ(OpenFiles(), before) << krtpal::Utf8FromWide(text);
-        EXPECT_EQ(debug.Text(), debugPrefix == silent ? L"" : debugPrefix + text);
+        EXPECT_EQ(FailureOf([&] { failure.operation(failure.source, failure.target); }), failure.text);
+        EXPECT_EQ(OpenFiles(), before) << krtpal::Utf8FromWide(failure.text);
+        EXPECT_EQ(debug.Text(), failure.debugPrefix ? *failure.debugPrefix + failure.text : L"");
     }
 
-    static constexpr const wchar_t* silent = L"silent";
+    static constexpr auto compress = &WCompression::CompressFile;
+    static constexpr auto uncompress = &WCompression::UncompressFile;
+    static constexpr const wchar_t* compressing = L"WCompression::CompressFile: ";
+    static constexpr const wchar_t* uncompressing = L"WCompression::UncompressFile: ";
+    static constexpr const wchar_t* message = L"\nError Message:  ";
 
 private:
     std::filesystem::path m_folder =
@@ -154,26 +164,20 @@ private:
 };
 
 TEST_F(CompressionOfFiles, ReturnsThemAndCopiesPlainOnes) {
-    for (const std::size_t size : {0U, 1U, 16383U, 16384U, 16385U, 1000000U}) {
+    const std::wstring packed = In(L"packed.gz");
+    for (const std::size_t size : {0U, 1U, 16383U, 16384U, 16385U, 100000U}) {
         const Block data = Noise(size);
         const std::wstring plain = Written(L"plain", data);
-        const std::wstring packed = In(L"packed.gz");
-        WCompression::CompressFile(plain, packed);
-        const Block gzip = Read(packed);
-        ASSERT_GE(gzip.size(), 20U);
-        EXPECT_EQ(gzip[0], 0x1F);
-        EXPECT_EQ(gzip[1], 0x8B);
+        compress(plain, packed);
+        EXPECT_EQ(Read(packed)[0], 0x1F);
         for (const std::wstring& source : {packed, plain}) {
-            WCompression::UncompressFile(source, In(L"back"));
+            uncompress(source, In(L"back"));
             EXPECT_EQ(Read(In(L"back")), data);
         }
     }
-    const std::wstring zeros = Written(L"zeros", Block(1000000));
-    WCompression::CompressFile(zeros, In(L"zeros.gz"));
-    EXPECT_LT(std::filesystem::file_size(In(L"zeros.gz")), 2000U);
-    // Both are closed: they can be removed.
-    EXPECT_TRUE(std::filesystem::remove(zeros));
-    EXPECT_TRUE(std::filesystem::remove(In(L"zeros.gz")));
+    compress(Written(L"zeros", Block(1000000)), packed);
+    EXPECT_LT(std::filesystem::file_size(packed), 2000U);
+    EXPECT_TRUE(std::filesystem::remove(packed)); // closed
 }
 
 TEST_F(CompressionOfFiles, TakesPathsThatHaveANarrowForm) {
@@ -181,28 +185,24 @@ TEST_F(CompressionOfFiles, TakesPathsThatHaveANarrowForm) {
     const std::wstring plain = Written(L"\u00FC \u4E2D", data);
     const std::wstring packed = In(L"\u00FC.gz");
     if (krtpal::WidenText(krtpal::NarrowText(packed)) == packed) {
-        WCompression::CompressFile(plain, packed);
-        WCompression::UncompressFile(packed, In(L"back"));
+        compress(plain, packed);
+        uncompress(packed, In(L"back"));
         EXPECT_EQ(Read(In(L"back")), data);
     }
     // A lone surrogate has none anywhere, and a NUL would cut the path short.
     const std::wstring paths[] = {In(L"\xD800.gz"), Written(L"cut", data) + L'\0' + L".gz"};
     for (const std::wstring& path : paths) {
-        const std::wstring begin = L"Cannot open file:" + path;
-        const std::wstring end = L".\nError Message:  ";
         EXPECT_EQ(FailureOf([&] {
-                      WCompression::CompressFile(plain, path);
-                  }).find(begin + L" for compression" + end),
+                      compress(plain, path);
+                  }).find(L"Cannot open file:" + path + L" for compression." + message),
                   0U);
         EXPECT_EQ(FailureOf([&] {
-                      WCompression::UncompressFile(path, In(L"back"));
-                  }).find(begin + L" for uncompression" + end),
+                      uncompress(path, In(L"back"));
+                  }).find(L"Cannot open file:" + path + L" for uncompression." + message),
                   0U);
     }
-    EXPECT_EQ(FailureOf([&] { WCompression::CompressFile(paths[1], packed); }),
-              L"Failed to open compressed file.");
-    EXPECT_EQ(FailureOf([&] { WCompression::UncompressFile(Written(L"ascii", data), paths[1]); }),
-              L"Failed to open uncompression target file.");
+    Expect({compress, paths[1], packed, L"Failed to open compressed file.", {}});
+    Expect({uncompress, Written(L"plain", data), paths[1], L"Failed to open uncompression target file.", {}});
     EXPECT_EQ(Read(In(L"cut")), data);
 }
 
@@ -210,58 +210,48 @@ TEST_F(CompressionOfFiles, PlacesThatCannotBeReadOrWrittenFail) {
     const Block data = Noise(100);
     const std::wstring plain = Written(L"plain", data);
     const std::wstring packed = In(L"packed.gz");
-    WCompression::CompressFile(plain, packed);
+    compress(plain, packed);
     const Block gzip = Read(packed);
     const std::wstring missing = In(L"missing/file");
     const std::wstring folder = In(L".");
-    const std::wstring none = L"\nError Message:  No such file or directory";
-    const std::wstring denied = L"\nError Message:  Permission denied";
+    const std::wstring denied = std::wstring(message) + L"Permission denied";
 #ifdef _WIN32
     const std::wstring isFolder = denied;
 #else
-    const std::wstring isFolder = L"\nError Message:  Is a directory";
+    const std::wstring isFolder = std::wstring(message) + L"Is a directory";
 #endif
-    const Operation compress = &WCompression::CompressFile;
-    const Operation uncompress = &WCompression::UncompressFile;
-    const struct {
-        Operation operation;
-        const std::wstring& source;
-        const std::wstring& target;
-        std::wstring text;
-        const wchar_t* debugPrefix;
-    } rows[] = {
-        {compress, missing, packed, L"Failed to open compressed file.", silent},
-        {compress, folder, packed, L"Failed to open compressed file.", silent},
-        {compress, plain, missing, L"Cannot open file:" + missing + L" for compression." + none,
-         L"WCompression::CompressFile: "},
-        {compress, plain, folder, L"Cannot open file:" + folder + L" for compression." + isFolder,
-         L"WCompression::CompressFile: "},
-        {compress, plain, plain, L"Cannot open file:" + plain + L" for compression." + denied,
-         L"WCompression::CompressFile: "},
-        {uncompress, missing, plain, L"Cannot open file:" + missing + L" for uncompression." + none,
-         L"WCompression::UncompressFile: "},
-        {uncompress, packed, missing, L"Failed to open uncompression target file.", silent},
-        {uncompress, packed, folder, L"Failed to open uncompression target file.", silent},
-        {uncompress, packed, packed, L"Failed to open uncompression target file.", silent},
-    };
-    for (const auto& row : rows) {
-        ExpectFailure(row.operation, row.source, row.target, row.text, row.debugPrefix);
+    const std::wstring none = std::wstring(message) + L"No such file or directory";
+    const std::wstring noSource = L"Failed to open compressed file.";
+    const std::wstring noTarget = L"Failed to open uncompression target file.";
+    const std::wstring begin = L"Cannot open file:";
+    const std::wstring end = L" for compression.";
+    for (const Failure& failure : std::initializer_list<Failure>{
+             {compress, missing, packed, noSource, {}},
+             {compress, folder, packed, noSource, {}},
+             {compress, plain, missing, begin + missing + end + none, compressing},
+             {compress, plain, folder, begin + folder + end + isFolder, compressing},
+             {compress, plain, plain, begin + plain + end + denied, compressing},
+             {uncompress, missing, plain, begin + missing + L" for uncompression." + none, uncompressing},
+             {uncompress, packed, missing, noTarget, {}},
+             {uncompress, packed, folder, noTarget, {}},
+             {uncompress, packed, packed, noTarget, {}},
+         }) {
+        Expect(failure);
         EXPECT_EQ(Read(plain), data);
         EXPECT_EQ(Read(packed), gzip);
     }
-    EXPECT_TRUE(std::filesystem::remove(plain));
-    EXPECT_TRUE(std::filesystem::remove(packed));
+    EXPECT_TRUE(std::filesystem::remove(plain) && std::filesystem::remove(packed)); // closed
 }
 
 TEST_F(CompressionOfFiles, CutAndDamagedOnesFail) {
-    WCompression::CompressFile(Written(L"plain", Noise(300)), In(L"whole.gz"));
-    const Block gzip = Read(In(L"whole.gz"));
+    const std::wstring bad = In(L"bad.gz");
+    compress(Written(L"plain", Noise(300)), bad);
+    const Block gzip = Read(bad);
     for (std::size_t size = 2; size < gzip.size(); size += 17) {
-        const std::wstring cut =
-            Written(L"cut.gz", Block(gzip.begin(), gzip.begin() + static_cast<long>(size)));
-        ExpectFailure(&WCompression::UncompressFile, cut, In(L"back"),
-                      L"Error closing compressed input file: \nError Message:  buffer error",
-                      L"WCompression::UncompressFile:  ");
+        Written(L"bad.gz", Block(gzip.begin(), gzip.begin() + static_cast<long>(size)));
+        Expect({uncompress, bad, In(L"back"),
+                L"Error closing compressed input file: \nError Message:  buffer error",
+                L"WCompression::UncompressFile:  "});
     }
     const std::pair<std::size_t, const wchar_t*> places[] = {{gzip.size() - 8, L"incorrect data check"},
                                                              {gzip.size() - 1, L"incorrect length check"},
@@ -269,17 +259,26 @@ TEST_F(CompressionOfFiles, CutAndDamagedOnesFail) {
     for (const auto& [place, reason] : places) {
         Block bytes = gzip;
         bytes[place] ^= 0x55;
-        const std::wstring damaged = Written(L"damaged.gz", bytes);
-        ExpectFailure(&WCompression::UncompressFile, damaged, In(L"back"),
-                      L"Cannot read file:" + damaged + L" during uncompression.\nError Message:  " + damaged +
-                          L": " + reason,
-                      L"");
+        Expect({uncompress, Written(L"bad.gz", bytes), In(L"back"),
+                L"Cannot read file:" + bad + L" during uncompression." + message + bad + L": " + reason,
+                L""});
     }
-    EXPECT_TRUE(std::filesystem::remove(In(L"damaged.gz")));
-    EXPECT_TRUE(std::filesystem::remove(In(L"back")));
+    EXPECT_TRUE(std::filesystem::remove(bad) && std::filesystem::remove(In(L"back"))); // closed
 }
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
+    GTEST_SKIP() << "/dev/full and /proc are those of Linux";
+}
+TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
+    GTEST_SKIP() << "no gzip program on Windows";
+}
+TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
+    GTEST_SKIP() << "sparse files and the peak of memory are those of Linux";
+}
+
+#else
 
 TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
     const std::wstring full = L"/dev/full";
@@ -288,42 +287,35 @@ TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
     }
     const std::wstring little = Written(L"little", Noise(100));
     const std::wstring much = Written(L"much", Noise(1000000));
-    const std::wstring noRoom = L"\nError Message:  No space left on device";
-    const Operation compress = &WCompression::CompressFile;
-    const Operation uncompress = &WCompression::UncompressFile;
+    const std::wstring unreadable = L"/proc/self/mem"; // its first page is never there
+    const std::wstring noRoom = std::wstring(message) + L"No space left on device";
+    const std::wstring noRead = std::wstring(message) + L"Input/output error";
     // What fits the buffers fails at the end.
-    ExpectFailure(compress, little, full,
-                  L"Error closing compressed output file: \nError Message:  file error",
-                  L"WCompression::CompressFile:  ");
-    ExpectFailure(compress, much, full, L"Cannot write file:/dev/full for compression." + noRoom, L"");
-    ExpectFailure(uncompress, little, full, L"Error closing uncompressed output file: " + noRoom,
-                  L"WCompression::UncompressFile:  ");
-    ExpectFailure(uncompress, much, full,
-                  L"Cannot write file:/dev/fullError writing uncompresed output file.", L"");
-
-    // Its first page is never there.
-    const std::wstring unreadable = L"/proc/self/mem";
-    ExpectFailure(compress, unreadable, In(L"target"),
-                  L"Cannot read file:/proc/self/mem during compression.\nError Message:  Input/output error",
-                  L"");
-    ExpectFailure(
-        uncompress, unreadable, In(L"target"),
-        L"Cannot read file:/proc/self/mem during uncompression.\nError Message:  Input/output error", L"");
+    Expect({compress, little, full, L"Error closing compressed output file: \nError Message:  file error",
+            L"WCompression::CompressFile:  "});
+    Expect({compress, much, full, L"Cannot write file:/dev/full for compression." + noRoom, L""});
+    Expect({uncompress, little, full, L"Error closing uncompressed output file: " + noRoom,
+            L"WCompression::UncompressFile:  "});
+    Expect(
+        {uncompress, much, full, L"Cannot write file:/dev/fullError writing uncompresed output file.", L""});
+    Expect({compress, unreadable, In(L"to"), L"Cannot read file:/proc/self/mem during compression." + noRead,
+            L""});
+    Expect({uncompress, unreadable, In(L"to"),
+            L"Cannot read file:/proc/self/mem during uncompression." + noRead, L""});
 }
 
 TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
-    const Block data = Noise(100000);
-    const std::wstring plain = Written(L"plain", data);
+    const std::wstring plain = Written(L"plain", Noise(100000));
     const auto run = [this](const std::string& command) {
         return std::system(("cd '" + krtpal::Utf8FromWide(In(L".")) + "' && " + command).c_str());
     };
-    WCompression::CompressFile(plain, In(L"ours.gz"));
+    compress(plain, In(L"ours.gz"));
     ASSERT_EQ(run("gzip -dc ours.gz | cmp - plain"), 0);
     // Several members one behind the other are one text.
     ASSERT_EQ(run("gzip -9c plain >theirs.gz && gzip -1c plain >>theirs.gz"), 0);
-    WCompression::UncompressFile(In(L"theirs.gz"), In(L"back"));
+    uncompress(In(L"theirs.gz"), In(L"back"));
     ASSERT_EQ(run("cat plain plain | cmp - back"), 0);
-    WCompression::CompressFile(Written(L"empty", {}), In(L"empty.gz"));
+    compress(Written(L"empty", {}), In(L"empty.gz"));
     ASSERT_EQ(run("gzip -dc empty.gz | cmp - empty"), 0);
 }
 
@@ -351,7 +343,7 @@ TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
 
     std::ofstream("/proc/self/clear_refs") << "5"; // lets the peak begin anew
     const long before = MemoryOf("VmRSS");
-    WCompression::CompressFile(In(L"sparse"), In(L"packed.gz"));
+    compress(In(L"sparse"), In(L"packed.gz"));
     std::uintmax_t zeros = 0;
     std::thread reader([&] {
         std::ifstream file(PathOf(pipe), std::ios::binary);
@@ -360,23 +352,11 @@ TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
             zeros += static_cast<std::uintmax_t>(std::count(buffer, buffer + file.gcount(), 0));
         }
     });
-    WCompression::UncompressFile(In(L"packed.gz"), pipe);
+    uncompress(In(L"packed.gz"), pipe);
     reader.join();
     EXPECT_EQ(zeros, size);
     ASSERT_GT(before, 0);
     EXPECT_LT(MemoryOf("VmHWM") - before, 8 * 1024);
-}
-
-#else
-
-TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
-    GTEST_SKIP() << "/dev/full and /proc are those of Linux";
-}
-TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
-    GTEST_SKIP() << "no gzip program on Windows";
-}
-TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
-    GTEST_SKIP() << "sparse files and the peak of memory are those of Linux";
 }
 
 #endif
