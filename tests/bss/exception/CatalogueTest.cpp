@@ -13,6 +13,7 @@ namespace {
 using bss::MAJOR;
 using bss::MINOR;
 using bss::WExceptionEventInfo;
+using bss::WLogParams;
 using bss::WNestedException;
 
 struct Row {
@@ -95,6 +96,16 @@ TEST(Catalogue, ListHoldsEachEventOnceFromLoadOn) {
     }
 }
 
+std::wstring RecordOf(long code, const std::wstring& name, const std::wstring& severity,
+                      const WLogParams& params) {
+    std::wstring record = std::to_wstring(code) + L'\0' + name + L'\0' + L"any" + L'\0' + severity + L'\0';
+    for (int i = 0; i < 8; ++i) {
+        const wchar_t* const argument = params.GetFormatArg(i);
+        record += std::wstring(argument == nullptr ? L"" : argument) + L'\0';
+    }
+    return record;
+}
+
 TEST(Catalogue, EachClassTellsItsRowAndItsArgumentsAndIsThrownAgainFromText) {
     for (const Row& row : rows) {
         const std::unique_ptr<WNestedException> e(row.make());
@@ -108,12 +119,8 @@ TEST(Catalogue, EachClassTellsItsRowAndItsArgumentsAndIsThrownAgainFromText) {
         EXPECT_EQ(typeid(*e), typeid(*copy));
         EXPECT_EQ(e->AsString(false), copy->AsString(false));
 
-        std::wstring record = std::to_wstring(row.code) + L'\0' + row.name + L'\0' + L"any" + L'\0' +
-                              WExceptionEventInfo::GetSeverity(row.severity) + L'\0';
-        for (int i = 0; i < 8; ++i) {
-            const wchar_t* argument = e->GetLogParameters()->GetFormatArg(i);
-            record += std::wstring(argument == nullptr ? L"" : argument) + L'\0';
-        }
+        std::wstring record = RecordOf(row.code, row.name, WExceptionEventInfo::GetSeverity(row.severity),
+                                       *e->GetLogParameters());
         bss::WNestedExceptionData data(record.data());
         EXPECT_EQ(record.size(), static_cast<std::size_t>(data.m_nCount));
         bss::WNEODBCError cause(L"cause");
@@ -128,16 +135,11 @@ TEST(Catalogue, EachClassTellsItsRowAndItsArgumentsAndIsThrownAgainFromText) {
 }
 
 TEST(Catalogue, ThrowFromListThrowsNothingUnlessCodeNameAndSeverityMatch) {
-    const std::wstring fields[][3] = {
-        {L"16002", L"WNEFitFailedX", L"MINOR   "},
-        {L"16003", L"WNEFitFailed", L"MINOR   "},
-        {L"16002", L"WNEFitFailed", L"MAJOR   "},
-        {L"16002", L"WNEFitFailed", L"MINOR"},
-        {L"", L"", L""},
-    };
-    for (const auto& field : fields) {
-        std::wstring record =
-            field[0] + L'\0' + field[1] + L'\0' + L"any" + L'\0' + field[2] + L'\0' + std::wstring(8, L'\0');
+    std::wstring records[] = {RecordOf(16002, L"WNEFitFailedX", L"MINOR   ", {}),
+                              RecordOf(16003, L"WNEFitFailed", L"MINOR   ", {}),
+                              RecordOf(16002, L"WNEFitFailed", L"MAJOR   ", {}),
+                              RecordOf(16002, L"WNEFitFailed", L"MINOR", {}), std::wstring(12, L'\0')};
+    for (std::wstring& record : records) {
         bss::WNestedExceptionData data(record.data());
         EXPECT_NO_THROW(WExceptionEventInfo::ThrowFromList(data, nullptr));
     }

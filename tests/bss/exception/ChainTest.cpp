@@ -127,9 +127,11 @@ TEST(Chain, LinksWithoutParametersAreLeftOut) {
 TEST(Chain, HighestSeverityHasAFloor) {
     EXPECT_EQ(bss::MINOR, WNENoSolution().GetHighestSeverity());
     const WNESerializerError major(L"x");
-    EXPECT_EQ(bss::MAJOR, WNENoSolution(&major).GetHighestSeverity());
+    const WNENoSolution minor(&major);
+    EXPECT_EQ(bss::MAJOR, minor.GetHighestSeverity());
     const WNELaserOff critical(2, 0.1);
     EXPECT_EQ(bss::CRITICAL, WNESerializerError(L"x", &critical).GetHighestSeverity());
+    EXPECT_EQ(bss::CRITICAL, WNELaserOff(2, 0.1, &major).GetHighestSeverity());
     const WNestedException* volatile none = nullptr;
     EXPECT_EQ(bss::MINOR, HighestSeverityOf(none));
 }

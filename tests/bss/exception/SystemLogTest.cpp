@@ -30,28 +30,20 @@ TEST(SystemLog, SourceIsRegisteredWithTheModuleAsItsMessageFile) {
     EXPECT_FALSE(bss::WEventLog::Write(L"after", bss::WEventLog::Error));
 
     const std::wstring log = L"SYSTEM\\CurrentControlSet\\Services\\Eventlog\\Application\\";
-    const auto read = [](const std::wstring& path, const wchar_t* name, DWORD expectedType) {
-        HKEY key = nullptr;
-        EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
-        union {
-            wchar_t text[300];
-            DWORD number;
-        } value{};
+    const std::wstring source = log + L"krtbss test source";
+    const auto read = [&source](const wchar_t* name, DWORD kind) {
+        wchar_t value[300] = {};
         DWORD size = sizeof(value);
-        DWORD type = 0;
-        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size),
+        EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, source.c_str(), name, kind, nullptr, value, &size),
                   ERROR_SUCCESS);
-        EXPECT_EQ(type, expectedType);
-        RegCloseKey(key);
-        return expectedType == REG_DWORD ? std::to_wstring(value.number) : std::wstring(value.text);
+        return std::wstring(value);
     };
     wchar_t module[MAX_PATH] = {};
     GetModuleFileNameW(bss::GetBSSHandle(), module, MAX_PATH);
-    const std::wstring source = log + L"krtbss test source";
-    EXPECT_EQ(read(source, L"EventMessageFile", REG_SZ), module);
-    EXPECT_EQ(read(source, L"CategoryMessageFile", REG_SZ), module);
-    EXPECT_EQ(read(source, L"CategoryCount", REG_DWORD), L"1");
-    EXPECT_EQ(read(source, L"TypesSupported", REG_DWORD), L"31");
+    EXPECT_EQ(read(L"EventMessageFile", RRF_RT_REG_SZ), module);
+    EXPECT_EQ(read(L"CategoryMessageFile", RRF_RT_REG_SZ), module);
+    EXPECT_EQ(read(L"CategoryCount", RRF_RT_REG_DWORD), L"\x1");
+    EXPECT_EQ(read(L"TypesSupported", RRF_RT_REG_DWORD), L"\x1F");
     HKEY none = nullptr;
     EXPECT_NE(RegOpenKeyExW(HKEY_LOCAL_MACHINE, (log + L"another name").c_str(), 0, KEY_READ, &none),
               ERROR_SUCCESS);

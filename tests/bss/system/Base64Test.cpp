@@ -112,29 +112,22 @@ TEST(Base64, NoInputAndNoRoomDoHarm) {
         EXPECT_FALSE(Encode(bytes.data(), 100, text.data(), &length, flags));
         EXPECT_EQ(length, 0);
     }
-    Bytes target(200);
-    int length = 0;
-    const auto encodes = [&](const unsigned char* source, int size, char* to, int* room) {
-        length = 200;
-        return Encode(source, size, to, room, 0);
-    };
-    const auto decodes = [&](const char* source, int size, unsigned char* to, int* room) {
-        length = 200;
-        return Decode(source, size, to, room);
-    };
-    EXPECT_FALSE(encodes(nullptr, 1, text.data(), &length) || encodes(bytes.data(), 1, nullptr, &length));
-    EXPECT_FALSE(encodes(bytes.data(), 1, text.data(), nullptr) ||
-                 encodes(bytes.data(), -1, text.data(), &length));
-    EXPECT_FALSE(decodes(nullptr, 1, target.data(), &length) || decodes("Zm9v", 4, nullptr, &length));
-    EXPECT_FALSE(decodes("Zm9v", 4, target.data(), nullptr) || decodes("Zm9v", -1, target.data(), &length));
-    length = -1;
-    EXPECT_FALSE(Decode("Zm9v", 4, target.data(), &length));
+    unsigned char target[10];
+    int room = 200;
+    EXPECT_FALSE(Encode(nullptr, 1, text.data(), &room, 0) || Encode(bytes.data(), 1, nullptr, &room, 0) ||
+                 Encode(bytes.data(), 1, text.data(), nullptr, 0) ||
+                 Encode(bytes.data(), -1, text.data(), &room, 0));
+    room = 10;
+    EXPECT_FALSE(Decode(nullptr, 1, target, &room) || Decode("Zm9v", 4, nullptr, &room) ||
+                 Decode("Zm9v", 4, target, nullptr) || Decode("Zm9v", -1, target, &room));
+    room = -1;
+    EXPECT_FALSE(Decode("Zm9v", 4, target, &room));
 
     EXPECT_EQ(EncodeGetRequiredLength(-1, 0), 0);
     EXPECT_EQ(EncodeGetRequiredLength(INT_MAX, 0), INT_MAX);
     EXPECT_EQ(DecodeGetRequiredLength(77), 77);
-    length = INT_MAX;
-    EXPECT_FALSE(Encode(bytes.data(), INT_MAX, text.data(), &length, 0)); // its text has no length
+    room = INT_MAX;
+    EXPECT_FALSE(Encode(bytes.data(), INT_MAX, text.data(), &room, 0)); // its text has no length
 }
 
 } // namespace
