@@ -401,9 +401,10 @@ TEST(Binary, SmallLiesGiveZerosAlsoInWhatIsUsedAgain) {
     EXPECT_TRUE(ReadInto(false, "00000000 07"));
 }
 
+// The label of the first might be taken for a length.
 TEST(Binary, LabelsInsideArraysOfStringsAreSkipped) {
     EXPECT_EQ(ReadInto(std::vector<std::string>(),
-                       "00000000 02000000  01000000 7800 02000000 6162  00000000 01000000 63"),
+                       "00000000 02000000  02000000 01000000 02000000 6162  00000000 01000000 63"),
               (std::vector<std::string>{"ab", "c"}));
     EXPECT_EQ(ReadInto(std::vector<std::wstring>(),
                        "00000000 02000000  00000000 01000000 6100  02000000 78007900 01000000 6200"),
