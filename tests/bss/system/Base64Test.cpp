@@ -16,11 +16,13 @@ using Bytes = std::vector<unsigned char>;
 
 std::string Text(const Bytes& bytes, unsigned long flags) {
     int length = EncodeGetRequiredLength(static_cast<int>(bytes.size()), flags);
-    std::string text(static_cast<std::size_t>(length), '\0');
+    std::string text(static_cast<std::size_t>(length) + 1, '#');
     static constexpr unsigned char nothing = 0;
     EXPECT_TRUE(Encode(bytes.empty() ? &nothing : bytes.data(), static_cast<int>(bytes.size()), text.data(),
                        &length, flags));
-    EXPECT_EQ(static_cast<std::size_t>(length), text.size());
+    EXPECT_EQ(static_cast<std::size_t>(length) + 1, text.size());
+    EXPECT_EQ(text.back(), '#'); // not beyond its room
+    text.pop_back();
     return text;
 }
 
