@@ -1,7 +1,5 @@
 #include "bss/exception/WExceptionCatalogue.h"
 
-#include "bss/module.h"
-
 #include <exception>
 #include <gtest/gtest.h>
 #include <memory>
@@ -36,22 +34,7 @@ HighestSeverityOf(const WNestedException* head) {
     return head->GetHighestSeverity();
 }
 
-/// Deep enough that a call per link would overflow any thread's stack.
-constexpr int manyLinks = 200000;
-
-std::unique_ptr<WNestedException> LongChain() {
-    std::unique_ptr<WNestedException> head = std::make_unique<WNENoSolution>();
-    WNestedException* last = head.get();
-    const WNENoSolution link;
-    for (int i = 1; i < manyLinks; ++i) {
-        last->CloneNext(&link);
-        last = last->GetNextException();
-    }
-    return head;
-}
-
 TEST(Chain, ThrowingWithACauseClonesIt) {
-    std::unique_ptr<WNestedException> kept;
     try {
         try {
             throw WNEODBCError(L"locked");
@@ -60,11 +43,10 @@ TEST(Chain, ThrowingWithACauseClonesIt) {
         }
     } catch (const WNEDataIOError& e) {
         EXPECT_EQ(L"writing", e.GetArgument<0>());
-        kept.reset(e.clone());
+        EXPECT_EQ(L"Data I/O Error: writing\nODBC Error: locked\n", e.AsString(false));
+        EXPECT_EQ(L"Data I/O Error: writing\n", e.AsString(true));
+        EXPECT_NE(nullptr, dynamic_cast<const WNEODBCError*>(e.GetNextException()));
     }
-    EXPECT_EQ(L"Data I/O Error: writing\nODBC Error: locked\n", kept->AsString(false));
-    EXPECT_EQ(L"Data I/O Error: writing\n", kept->AsString(true));
-    EXPECT_NE(nullptr, dynamic_cast<WNEODBCError*>(kept->GetNextException()));
 }
 
 TEST(Chain, LaterFailureIsAppendedBehindAMarker) {
@@ -88,12 +70,9 @@ TEST(Chain, CopiesAreDeepAndOutliveTheirSource) {
     const WNEDataIOError copy(*source);
     WNEDataIOError assigned(L"other");
     assigned = *source;
-    EXPECT_NE(source->GetNextException(), copy.GetNextException());
     source.reset();
     const std::wstring text = L"Data I/O Error: writing\nODBC Error: locked\n";
     EXPECT_EQ(text, copy.AsString(false));
-    EXPECT_EQ(text, assigned.AsString(false));
-
     const WNEDataIOError& same = assigned;
     assigned = same;
     EXPECT_EQ(text, assigned.AsString(false));
@@ -112,91 +91,90 @@ TEST(Chain, AssignmentFromALinkOfTheSameChain) {
     EXPECT_EQ(L"second", e.GetArgument<0>());
 }
 
+/// Has no parameters until they are asked for; its copy is of its own making.
+class Bare final : public WNestedException {
+public:
+    using WNestedException::GetLogParams;
+    const bss::WExceptionEventInfo& GetEventInfo() const override { return m_cause.GetEventInfo(); }
+    int GetRevision() const override { return 1; }
+    WNestedException* clone() const override {
+        auto* const copy = new Bare(*this);
+        copy->CloneNext(GetNextException());
+        return copy;
+    }
+    void FormatLogParams(bss::WLogParams*& params) const override { m_cause.FormatLogParams(params); }
+    WNEFitFailed m_cause{L"bare"};
+};
+
 TEST(Chain, LinksWithoutParametersAreLeftOut) {
-    class Bare final : public WNestedException {
-    public:
-        const bss::WExceptionEventInfo& GetEventInfo() const override { return m_cause.GetEventInfo(); }
-        int GetRevision() const override { return 1; }
-        WNestedException* clone() const override { return new Bare(*this); }
-        void FormatLogParams(bss::WLogParams*& params) const override { m_cause.FormatLogParams(params); }
-        WNEFitFailed m_cause{L"bare"};
-    };
     Bare bare;
     EXPECT_FALSE(bare.GetLogDataFormatted());
-    EXPECT_FALSE(bare.HasLogParams());
     EXPECT_EQ(L"", bare.AsString(false));
+    const WNEODBCError cause(L"locked");
+    bare.CloneNext(&cause);
     const WNEDataIOError e(L"writing", &bare);
-    EXPECT_EQ(L"Data I/O Error: writing\n", e.AsString(false));
-    EXPECT_EQ(2, Length(e));
+    EXPECT_EQ(L"Data I/O Error: writing\nODBC Error: locked\n", e.AsString(false));
+    EXPECT_EQ(3, Length(e));
+
+    Bare assigned;
+    assigned.GetLogParams();
+    EXPECT_EQ(L"Fit failed in module bare.\n", assigned.AsString(false));
+    assigned = bare;
+    EXPECT_FALSE(assigned.HasLogParams());
+    EXPECT_EQ(L"ODBC Error: locked\n", assigned.AsString(false));
 }
 
 TEST(Chain, HighestSeverityHasAFloor) {
     EXPECT_EQ(bss::MINOR, WNENoSolution().GetHighestSeverity());
     const WNESerializerError major(L"x");
-    EXPECT_EQ(bss::MAJOR, WNENoSolution(&major).GetHighestSeverity());
+    const WNENoSolution minor(&major);
+    EXPECT_EQ(bss::MAJOR, minor.GetHighestSeverity());
     const WNELaserOff critical(2, 0.1);
     EXPECT_EQ(bss::CRITICAL, WNESerializerError(L"x", &critical).GetHighestSeverity());
+    EXPECT_EQ(bss::CRITICAL, WNELaserOff(2, 0.1, &major).GetHighestSeverity());
     const WNestedException* volatile none = nullptr;
     EXPECT_EQ(bss::MINOR, HighestSeverityOf(none));
 }
 
 TEST(Chain, ClassOfAClientsOwn) {
-    try {
-        throw WNELaserOff(2, 0.5);
-    } catch (const WNestedException& e) {
-        EXPECT_EQ(L"Laser 2 is off after 0.5 s.\n", e.AsString(false));
-        EXPECT_EQ(std::wstring(L"WNELaserOff"), e.GetEventInfo().GetName());
-    }
+    const WNELaserOff e(2, 0.5);
+    EXPECT_EQ(L"Laser 2 is off after 0.5 s.\n", e.AsString(false));
+    EXPECT_EQ(std::wstring(L"WNELaserOff"), e.GetEventInfo().GetName());
 }
 
 TEST(Chain, AnyLengthIsCopiedAndDestroyedWithoutRecursion) {
-    const std::unique_ptr<WNestedException> chain = LongChain();
-    const WNEDataIOError holder(L"top", chain.get());
-    const WNEDataIOError copy(holder);
+    constexpr int manyLinks = 200000; // a call for each would overflow any thread's stack
+    WNEDataIOError head(L"top");
+    WNestedException* last = &head;
+    const WNENoSolution link;
+    for (int i = 0; i < manyLinks; ++i) {
+        last->CloneNext(&link);
+        last = last->GetNextException();
+    }
+    const WNEDataIOError copy(head);
     WNEDataIOError assigned(L"other");
     assigned = copy;
     EXPECT_EQ(manyLinks + 1, Length(assigned));
     assigned += copy;
-    EXPECT_EQ(2 * (manyLinks + 1) + 1, Length(assigned));
     std::vector<const bss::WLogParams*> list;
     assigned.GetLogParamsList(list);
     EXPECT_EQ(static_cast<std::size_t>(2 * (manyLinks + 1) + 1), list.size());
-    EXPECT_EQ(bss::MAJOR, assigned.GetHighestSeverity());
-}
-
-TEST(Chain, ThrownWhileAnotherIsHandled) {
-    try {
-        throw WNEFitFailed(L"outer");
-    } catch (WNestedException& outer) {
-        try {
-            throw WNENoSolution(&outer);
-        } catch (const WNestedException& inner) {
-            EXPECT_EQ(L"No solution to equation.\nFit failed in module outer.\n", inner.AsString(false));
-            outer += inner;
-        }
-        EXPECT_EQ(4, Length(outer));
-    }
 }
 
 TEST(Chain, OneExceptionIsCopiedByManyThreads) {
-    std::exception_ptr caught;
-    try {
-        const WNEODBCError cause(L"locked");
-        throw WNEDataIOError(L"writing", &cause);
-    } catch (...) {
-        caught = std::current_exception();
-    }
-    std::vector<std::thread> threads;
-    std::vector<std::wstring> texts(4);
-    for (std::wstring& text : texts) {
-        threads.emplace_back([&caught, &text] {
+    const WNEODBCError cause(L"locked");
+    const auto caught = std::make_exception_ptr(WNEDataIOError(L"writing", &cause));
+    const std::wstring text = L"Data I/O Error: writing\nODBC Error: locked\n";
+    std::vector<std::thread> threads(4);
+    for (std::thread& thread : threads) {
+        thread = std::thread([&caught, &text] {
             for (int i = 0; i < 1000; ++i) {
                 try {
                     std::rethrow_exception(caught);
                 } catch (const WNEDataIOError& e) {
                     WNEDataIOError copy(e);
                     copy += e;
-                    text = copy.AsString(false);
+                    ASSERT_EQ(text + L"name- WNEDataIOError\n" + text, copy.AsString(false));
                 }
             }
         });
@@ -204,33 +182,12 @@ TEST(Chain, OneExceptionIsCopiedByManyThreads) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    for (const std::wstring& text : texts) {
-        EXPECT_EQ(
-            L"Data I/O Error: writing\nODBC Error: locked\nname- WNEDataIOError\nData I/O Error: writing\n"
-            L"ODBC Error: locked\n",
-            text);
-    }
 }
 
 TEST(Chain, StripPathKnowsBackslashesAlone) {
     EXPECT_EQ(L"WFile.cpp", WNestedException::StripPath(L"C:\\src\\bss\\WFile.cpp"));
     EXPECT_EQ(L"src/bss/WFile.cpp", WNestedException::StripPath(L"src/bss/WFile.cpp"));
     EXPECT_EQ(L"", WNestedException::StripPath(L"C:\\"));
-}
-
-TEST(Chain, VariableDataSuppressionIsJustKept) {
-    EXPECT_FALSE(WNestedException::IsVariableDataSuppressionEnabled());
-    EXPECT_FALSE(WNestedException::SetVariableDataSuppression(true));
-    EXPECT_TRUE(WNestedException::IsVariableDataSuppressionEnabled());
-    EXPECT_TRUE(WNestedException::SetVariableDataSuppression(false));
-}
-
-TEST(Module, HandleIsThatOfTheLibrary) {
-    ASSERT_NE(nullptr, bss::GetBSSHandle());
-    EXPECT_EQ(bss::GetBSSHandle(), GetVersionInfoModuleHandle());
-    wchar_t path[1024];
-    const DWORD length = GetModuleFileNameW(bss::GetBSSHandle(), path, 1024);
-    EXPECT_NE(std::wstring::npos, std::wstring(path, length).find(L"krtbss"));
 }
 
 } // namespace

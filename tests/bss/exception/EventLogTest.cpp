@@ -1,6 +1,7 @@
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/exception/WFileEventLog.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <sstream>
+#include <stdexcept>
 
 namespace {
 
@@ -40,39 +42,51 @@ TEST(EventLog, WritesHeaderAndALinePerLink) {
     WFileEventLog log(stream, L"Scanner");
     const bss::WNEODBCError cause(L"locked");
     const bss::WNEWhileHandling marker(L"x", &cause);
+    const std::wstring first = L"******** MINOR    LocalHost::Scanner  ********\n"
+                               L"0.10 WNEWhileHandling         : name- x\n";
     marker.Log(log);
-    EXPECT_EQ(L"******** MINOR    LocalHost::Scanner  ********\n"
-              L"0.10 WNEWhileHandling         : name- x\n"
-              L"1.2911 WNEODBCError           : ODBC Error: locked\n",
-              stream.str());
-    stream.str(L"");
     marker.LogThis(log);
-    EXPECT_EQ(L"******** MINOR    LocalHost::Scanner  ********\n"
-              L"0.10 WNEWhileHandling         : name- x\n",
-              stream.str());
-    EXPECT_EQ(L"LocalHost", log.GetMachineName());
-    EXPECT_EQ(L"Scanner", log.GetAppName());
-}
-
-TEST(EventLog, EmptyListIsSaidAndFalse) {
-    std::wostringstream stream;
-    WFileEventLog log(stream, L"Scanner");
+    EXPECT_EQ(first + L"1.2911 WNEODBCError           : ODBC Error: locked\n" + first, stream.str());
+    stream.str(L"");
     EXPECT_FALSE(log.Log({}));
     EXPECT_EQ(L"Empty LogParams list\n", stream.str());
     EXPECT_TRUE(log.LogAdvisoryMessage(L"anything"));
 }
 
-TEST(EventLog, StreamExceptionsPass) {
-    std::wostringstream stream;
+/// A disk that is full at first; counts how often it is flushed.
+class Disk : public std::wstringbuf {
+public:
+    bool isFull = true;
+    int flushes = 0;
+
+protected:
+    std::streamsize xsputn(const wchar_t* text, std::streamsize count) override {
+        return isFull ? throw std::runtime_error("disk full") : std::wstringbuf::xsputn(text, count);
+    }
+    int sync() override {
+        ++flushes;
+        return 0;
+    }
+};
+
+TEST(EventLog, FailedLineIsThrownOnWishAndTheNextOneIsWritten) {
+    Disk disk;
+    std::wostream stream(&disk);
+    WFileEventLog silent(stream, L"Scanner");
     stream.exceptions(std::ios::badbit);
-    struct Failing : std::wstreambuf {
-        std::streamsize xsputn(const wchar_t*, std::streamsize) override {
-            throw std::runtime_error("disk full");
-        }
-    } buffer;
-    static_cast<std::wostream&>(stream).rdbuf(&buffer);
-    WFileEventLog log(stream, L"Scanner");
-    EXPECT_THROW(bss::WNENoSolution().Log(log), std::runtime_error);
+    WFileEventLog throwing(stream, L"Scanner");
+    const bss::WNEODBCError cause(L"locked");
+    const bss::WNENoSolution e(&cause);
+    EXPECT_NO_THROW(e.Log(silent));
+    EXPECT_THROW(e.Log(throwing), std::runtime_error);
+    disk.isFull = false;
+    for (WFileEventLog* const log : {&silent, &throwing}) {
+        disk.str(L"");
+        disk.flushes = 0;
+        e.Log(*log);
+        EXPECT_EQ(3, std::ranges::count(disk.str(), L'\n'));
+        EXPECT_EQ(2, disk.flushes); // once a link
+    }
 }
 
 TEST(EventLog, ColumnLongerThanItsWidthIsNotCut) {
@@ -82,7 +96,6 @@ TEST(EventLog, ColumnLongerThanItsWidthIsNotCut) {
     params.SetEventInfo(&info);
     EXPECT_EQ(L"******** CRITICAL m::a  ********\r\n7.1429 EventOfAVeryLongNameThatFillsTheColumn: text",
               WExceptionEventLog::FormatEventMessage(params, true, L"m", L"a", true, true));
-    EXPECT_EQ(L"******** CRITICAL m::a  ********\n", WExceptionEventLog::GetHeader(info, L"m", L"a", false));
     EXPECT_EQ(L"******** CRITICAL ::  ********\n",
               WExceptionEventLog::GetHeader(info, nullptr, nullptr, false));
 }
@@ -99,7 +112,6 @@ TEST(EventLog, ArgumentTexts) {
     EXPECT_EQ(L"-1", ArgumentText(static_cast<short>(-1)));
     EXPECT_EQ(L"65", ArgumentText('A'));
     EXPECT_EQ(L"-2147483648", ArgumentText(std::numeric_limits<int>::min()));
-    EXPECT_EQ(L"-2147483648", ArgumentText(-2147483647L - 1));
     EXPECT_EQ(L"255", ArgumentText(static_cast<unsigned char>(255)));
     EXPECT_EQ(L"65535", ArgumentText(static_cast<unsigned short>(65535)));
     EXPECT_EQ(L"4294967295", ArgumentText(4294967295U));
@@ -109,13 +121,9 @@ TEST(EventLog, ArgumentTexts) {
     EXPECT_EQ(L"0.1", ArgumentText(0.1F));
     EXPECT_EQ(L"0.333333333333333", ArgumentText(1.0 / 3.0));
     EXPECT_EQ(L"1E+20", ArgumentText(1e20));
-    EXPECT_EQ(L"text", ArgumentText(L"text"));
     EXPECT_EQ(L"", ArgumentText(std::wstring()));
     EXPECT_EQ(L"narrow", ArgumentText(std::string("narrow")));
     EXPECT_EQ(L"(null)", ArgumentText(static_cast<const wchar_t*>(nullptr)));
-}
-
-TEST(EventLog, IndicesOutsideAreHarmless) {
     WLogParams params;
     params.FormatEventArgument(8, 1);
     params.FormatEventArgument(-1, L"x");
@@ -135,7 +143,7 @@ TEST(EventLog, ParametersAreOrderedByTheirDescriptorsTimes) {
     WLogParams b;
     EXPECT_FALSE(a < b);
     a.SetEventInfo(&earlier);
-    EXPECT_FALSE(a < b);
+    EXPECT_FALSE(a < b || b < a);
     b.SetEventInfo(&later);
     EXPECT_TRUE(a < b || later.GetDateTime().wMilliseconds == 0);
     EXPECT_FALSE(a < a);
@@ -144,10 +152,8 @@ TEST(EventLog, ParametersAreOrderedByTheirDescriptorsTimes) {
 TEST(EventLog, DefaultLogIsMadeOnFirstUse) {
     EXPECT_FALSE(WExceptionEventLog::IsValid());
     WExceptionEventLog& log = WExceptionEventLog::GetEventLog();
-    EXPECT_TRUE(WExceptionEventLog::IsValid());
-    EXPECT_EQ(&log, &WExceptionEventLog::GetEventLog());
+    EXPECT_TRUE(WExceptionEventLog::IsValid() && &log == &WExceptionEventLog::GetEventLog());
     EXPECT_EQ(L"Unknown", log.GetAppName());
-    EXPECT_EQ(300, WExceptionEventLog::GetMaxFormatMsgLength());
 }
 
 std::string OutputOfDefaultLogProgram(const std::string& argument) {

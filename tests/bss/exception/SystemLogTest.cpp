@@ -31,28 +31,20 @@ TEST(SystemLog, SourceIsRegisteredWithTheModuleAsItsMessageFile) {
     EXPECT_FALSE(bss::WEventLog::Write(L"after", bss::WEventLog::Error));
 
     const std::wstring log = L"SYSTEM\\CurrentControlSet\\Services\\Eventlog\\Application\\";
-    const auto read = [](const std::wstring& path, const wchar_t* name, DWORD expectedType) {
-        HKEY key = nullptr;
-        EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
-        union {
-            wchar_t text[300];
-            DWORD number;
-        } value{};
+    const std::wstring source = log + L"krtbss test source";
+    const auto read = [&source](const wchar_t* name, DWORD kind) {
+        wchar_t value[300] = {};
         DWORD size = sizeof(value);
-        DWORD type = 0;
-        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size),
+        EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, source.c_str(), name, kind, nullptr, value, &size),
                   ERROR_SUCCESS);
-        EXPECT_EQ(type, expectedType);
-        RegCloseKey(key);
-        return expectedType == REG_DWORD ? std::to_wstring(value.number) : std::wstring(value.text);
+        return std::wstring(value);
     };
     wchar_t module[MAX_PATH] = {};
     GetModuleFileNameW(bss::GetBSSHandle(), module, MAX_PATH);
-    const std::wstring source = log + L"krtbss test source";
-    EXPECT_EQ(read(source, L"EventMessageFile", REG_SZ), module);
-    EXPECT_EQ(read(source, L"CategoryMessageFile", REG_SZ), module);
-    EXPECT_EQ(read(source, L"CategoryCount", REG_DWORD), L"1");
-    EXPECT_EQ(read(source, L"TypesSupported", REG_DWORD), L"31");
+    EXPECT_EQ(read(L"EventMessageFile", RRF_RT_REG_SZ), module);
+    EXPECT_EQ(read(L"CategoryMessageFile", RRF_RT_REG_SZ), module);
+    EXPECT_EQ(read(L"CategoryCount", RRF_RT_REG_DWORD), L"\x1");
+    EXPECT_EQ(read(L"TypesSupported", RRF_RT_REG_DWORD), L"\x1F");
     HKEY none = nullptr;
     EXPECT_NE(RegOpenKeyExW(HKEY_LOCAL_MACHINE, (log + L"another name").c_str(), 0, KEY_READ, &none),
               ERROR_SUCCESS);
@@ -110,14 +102,12 @@ public:
         std::string datagram(70'000, '\0');
         const ssize_t length = recv(m_socket, datagram.data(), datagram.size(), 0);
         datagram.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
-        const std::size_t end = datagram.find('>');
+        const std::size_t name = datagram.find('>') + 1 + std::size("Mmm dd hh:mm:ss");
         const std::size_t colon = datagram.find("]: ");
-        if (end == std::string::npos || colon == std::string::npos || colon < end + 17) {
+        if (colon == std::string::npos || colon < name) {
             return {datagram};
         }
-        constexpr std::size_t timeLength = 16; // "Mmm dd hh:mm:ss "
-        const std::size_t name = end + 1 + timeLength;
-        return {datagram.substr(1, end - 1), datagram.substr(name, colon + 1 - name),
+        return {datagram.substr(1, datagram.find('>') - 1), datagram.substr(name, colon + 1 - name),
                 datagram.substr(colon + 3)};
     }
 
@@ -154,8 +144,7 @@ TEST(SystemLog, EntriesAreReadBackFromTheDaemon) {
 
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back(
-            [] { EXPECT_TRUE(bss::WEventLog::Write("one of four", bss::WEventLog::Error)); });
+        threads.emplace_back([] { bss::WEventLog::Write("one of four", bss::WEventLog::Error); });
     }
     for (std::thread& thread : threads) {
         thread.join();
@@ -170,8 +159,10 @@ TEST(SystemLog, WithoutADaemonNothingIsLoggedAndNothingFails) {
     Daemon daemon;
     EXPECT_FALSE(bss::WEventLog::Register(L"source")); // until Destroy
     bss::WEventLog::Destroy();
-    EXPECT_FALSE(bss::WEventLog::Register(std::wstring(300, L'n').c_str())); // longer than a key's name
-    bss::WEventLog::Destroy();
+    for (const std::size_t length : {300U, 206U, 207U}) { // the longest that the key's name has room for
+        EXPECT_EQ(bss::WEventLog::Register(std::wstring(length, L'n').c_str()), length == 206) << length;
+        bss::WEventLog::Destroy();
+    }
     EXPECT_FALSE(bss::WEventLog::Register(static_cast<const char*>(nullptr)));
     EXPECT_TRUE(bss::WEventLog::Register(L"source"));
     daemon.Stop();

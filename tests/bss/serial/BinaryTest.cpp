@@ -2,6 +2,7 @@
 #include "bss/serial/WBinarySerializer.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
+#include "krtpal/text.h"
 #include "support/Hex.h"
 
 #include <gtest/gtest.h>
@@ -10,11 +11,12 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <iomanip>
 #include <list>
 #include <map>
 #include <memory>
 #include <new>
+#include <numeric>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <tuple>
@@ -25,52 +27,63 @@ namespace {
 
 using bss::WBinarySerializer;
 
-/// An empty stream, or one of the given bytes
-WBinarySerializer Reader(const std::string& hex) {
+WBinarySerializer Reader(std::string hex) {
+    std::erase(hex, ' ');
     return {FromHex(hex), false};
 }
 
-bool Same(const tm& a, const tm& b) {
-    const auto fields = [](const tm& t) {
-        return std::tie(t.tm_sec, t.tm_min, t.tm_hour, t.tm_mday, t.tm_mon, t.tm_year, t.tm_wday, t.tm_yday,
-                        t.tm_isdst);
-    };
-    return fields(a) == fields(b);
-}
 template <class Value>
 bool Same(const Value& a, const Value& b) {
-    return a == b;
+    if constexpr (std::is_same_v<Value, tm>) { // systems add fields of their own
+        const auto fields = [](const tm& t) {
+            return std::tie(t.tm_sec, t.tm_min, t.tm_hour, t.tm_mday, t.tm_mon, t.tm_year, t.tm_wday,
+                            t.tm_yday, t.tm_isdst);
+        };
+        return fields(a) == fields(b);
+    } else {
+        return a == b;
+    }
 }
 
 struct Row {
     std::string name;
-    std::function<void(WBinarySerializer&)> write;
-    std::function<bool(WBinarySerializer&)> readsTheSame;
+    /// Writes an item, or reads it: whether it is the same.
+    std::function<bool(WBinarySerializer&, bool)> run;
 };
 
 template <class Value>
 Row ValueRow(const char* name, Value value) {
-    return {name, [value](WBinarySerializer& s) { s.Insert(L"ab", value); },
-            [value](WBinarySerializer& s) {
+    return {name, [value](WBinarySerializer& s, bool bRead) {
+                if (!bRead) {
+                    s.Insert(L"ab", value);
+                    return true;
+                }
                 Value read{};
+                constexpr bool isText =
+                    std::is_same_v<Value, std::string> || std::is_same_v<Value, std::wstring>;
+                if constexpr (!isText && requires { read.resize(5); }) {
+                    read.resize(5); // which does not stay
+                }
                 s.Retrieve(L"another label", read);
                 return Same(read, value);
             }};
 }
 
 template <class Element>
-Row ArrayRow(const char* name, std::list<Element> values) {
-    const std::shared_ptr<Element[]> data(new Element[values.size()]);
-    std::copy(values.begin(), values.end(), data.get());
-    const auto count = static_cast<long>(values.size());
-    return {name, [=](WBinarySerializer& s) { s.Insert(L"ab", data.get(), count); },
-            [=](WBinarySerializer& s) {
+Row ArrayRow(const char* name, const std::vector<Element>& values) {
+    return {name, [=](WBinarySerializer& s, bool bRead) {
+                const std::unique_ptr<Element[]> data(new Element[values.size()]);
+                std::copy(values.begin(), values.end(), data.get());
+                auto count = static_cast<long>(values.size());
+                if (!bRead) {
+                    s.Insert(L"ab", data.get(), count);
+                    return true;
+                }
                 Element* read = data.get();
-                long readCount = -1;
-                s.Retrieve({}, read, readCount);
+                s.Retrieve({}, read, count);
                 const std::unique_ptr<Element[]> owner(read);
-                return readCount == count && (count == 0) == (read == nullptr) &&
-                       std::equal(read, read + readCount, data.get());
+                return (count == 0) == (read == nullptr) &&
+                       values == std::vector<Element>(read, read + count);
             }};
 }
 
@@ -90,24 +103,22 @@ public:
 };
 
 Row ObjectRow(const char* name, long version) {
-    return {name,
-            [version](WBinarySerializer& s) {
+    return {name, [version](WBinarySerializer& s, bool bRead) {
                 Sample sample;
-                sample.Write(&s, version, true);
-            },
-            [version](WBinarySerializer& s) {
-                Sample read;
-                const bool hasFlags = version >= bss::WVersion::GetVersion(5, 3, 0, 9);
-                read.SetValid(true);
-                read.SetModified(false);
-                read.SetGroupID(0);
-                read.SetObjectID(0);
-                read.angle = 0.0;
-                read.name.clear();
-                read.Read(&s, 0, true);
-                return read.GetVersion() == version && read.GetGroupID() == 3 && read.GetObjectID() == -1 &&
-                       read.GetValid() == !hasFlags && read.GetModified() == hasFlags && read.angle == 90.0 &&
-                       read.name == L"run 1";
+                if (!bRead) {
+                    sample.Write(&s, version, true);
+                    return true;
+                }
+                sample.SetGroupID(0);
+                sample.SetObjectID(0);
+                sample.SetModified(false);
+                sample.angle = 0.0;
+                sample.name.clear();
+                sample.Read(&s, 0, true);
+                return sample.GetVersion() == version && sample.GetGroupID() == 3 &&
+                       sample.GetObjectID() == -1 &&
+                       sample.GetModified() == (version == bss::WVersion::GetVersion(5, 3, 0, 9)) &&
+                       sample.angle == 90.0 && sample.name == L"run 1";
             }};
 }
 
@@ -141,50 +152,39 @@ std::vector<Row> Rows() {
         ValueRow("string", string("a\xE9\0b", 4)),
         ValueRow("string empty", string()),
         ArrayRow<unsigned char>("unsigned char array", {0, 127, 255}),
-        ArrayRow<bool>("bool array", {true, false, true}),
-        ValueRow("bool array", vector<bool>{true, false, true}),
         ArrayRow<short>("short array", {-1, 256}),
-        ArrayRow<int>("int array", {-1, 65536}),
-        ValueRow("int array", vector<int>{-1, 65536}),
-        ValueRow("int array", std::list<int>{-1, 65536}),
-        ArrayRow<long>("long array", {-1, 2147483647, least}),
-        ValueRow("long array", vector<long>{-1, 2147483647, least}),
         ArrayRow<float>("float array", {0.5F, -1.0F}),
-        ArrayRow<double>("double array", {0.1, -1e300}),
-        ValueRow("double array", vector<double>{0.1, -1e300}),
-        ArrayRow<wstring>("wstring array", {L"a", L"", pair}),
-        ValueRow("wstring array", vector<wstring>{L"a", L"", pair}),
-        ArrayRow<string>("string array", {"xy", ""}),
-        ValueRow("string array", vector<string>{"xy", ""}),
-        ArrayRow<double>("empty array", {}),
-        ArrayRow<bool>("empty array", {}),
-        ArrayRow<wstring>("empty array", {}),
-        ValueRow("empty array", vector<bool>()),
-        ValueRow("empty array", vector<long>()),
-        ValueRow("empty array", vector<wstring>()),
+        ValueRow("int array", std::list<int>{-1, 65536}),
         ValueRow("empty array", std::list<int>()),
         {"vector float F",
-         [](WBinarySerializer& s) {
-             s.InsertF(L"ab", {0.1, -1e30});
-         },
-         [](WBinarySerializer& s) {
-             vector<double> read;
-             s.RetrieveF(L"", read);
-             return read == vector<double>{static_cast<double>(0.1F), static_cast<double>(-1e30F)};
+         [](WBinarySerializer& s, bool bRead) {
+             vector<double> values = {0.1, -1e30, 7.0};
+             values.resize(bRead ? 3 : 2);
+             bRead ? s.RetrieveF(L"", values) : s.InsertF(L"ab", values);
+             return values == vector<double>{static_cast<double>(0.1F), static_cast<double>(-1e30F)};
          }},
         {"Ex",
-         [](WBinarySerializer& s) {
-             char bytes[] = {1, 2, 3};
-             s.InsertEx(L"ab", bytes, 3);
-         },
-         [](WBinarySerializer& s) {
-             char read[4] = {};
-             s.RetrieveEx(L"", read, 3);
-             return std::memcmp(read, "\1\2\3", 4) == 0;
+         [](WBinarySerializer& s, bool bRead) {
+             char bytes[] = {1, 2, 3, 4};
+             std::fill_n(bytes, bRead ? 3 : 0, '\0');
+             bRead ? s.RetrieveEx(L"", bytes, 3) : s.InsertEx(L"ab", bytes, 3);
+             return std::memcmp(bytes, "\1\2\3\4", 4) == 0;
          }},
         ObjectRow("object 5.3.0.8", bss::WVersion::GetVersion(5, 3, 0, 8)),
         ObjectRow("object 5.3.0.9", bss::WVersion::GetVersion(5, 3, 0, 9)),
     };
+    const auto arrays = [&rows](const char* name, const auto& values) {
+        rows.push_back(ArrayRow(name, values));
+        rows.push_back(ValueRow(name, values));
+        rows.push_back(ArrayRow("empty array", std::decay_t<decltype(values)>()));
+        rows.push_back(ValueRow("empty array", std::decay_t<decltype(values)>()));
+    };
+    arrays("bool array", vector<bool>{true, false, true});
+    arrays("int array", vector<int>{-1, 65536});
+    arrays("long array", vector<long>{-1, 2147483647, least});
+    arrays("double array", vector<double>{0.1, -1e300});
+    arrays("wstring array", vector<wstring>{L"a", L"", pair});
+    arrays("string array", vector<string>{"xy", ""});
     return rows;
 }
 
@@ -193,10 +193,9 @@ std::map<std::string, std::pair<std::string, std::string>> GoldenImages() {
     std::map<std::string, std::pair<std::string, std::string>> images;
     std::ifstream file(KRTBSS_SOURCE_DIR "/tests/data/binary_golden.txt");
     EXPECT_TRUE(file) << "cannot open tests/data/binary_golden.txt";
-    for (std::string line; std::getline(file, line);) {
-        if (const std::size_t colon = line.find(": "); line[0] != '#' && colon != std::string::npos) {
-            std::istringstream(line.substr(colon + 2)) >> images[line.substr(0, colon)].first >>
-                images[line.substr(0, colon)].second;
+    for (std::string line, name; std::getline(file, line);) {
+        if (std::istringstream parts(line); line[0] != '#' && std::getline(parts, name, ':')) {
+            parts >> images[name].first >> images[name].second;
         }
     }
     return images;
@@ -204,28 +203,27 @@ std::map<std::string, std::pair<std::string, std::string>> GoldenImages() {
 
 TEST(Binary, EveryTypeHasItsGoldenImage) {
     auto images = GoldenImages();
-    std::map<std::string, bool> seen;
+    std::set<std::string> seen;
     for (const Row& row : Rows()) {
         SCOPED_TRACE(row.name);
         ASSERT_EQ(images.count(row.name), 1U);
         for (const bool labels : {false, true}) {
             const std::string& golden = labels ? images[row.name].second : images[row.name].first;
             WBinarySerializer writer(false, labels);
-            row.write(writer);
+            row.run(writer, false);
             EXPECT_EQ(ToHex(writer.GetBuffer()), golden);
             WBinarySerializer sizing(true, labels);
-            row.write(sizing);
+            row.run(sizing, false);
             EXPECT_EQ(sizing.GetBufferSize() * 2, golden.size());
             EXPECT_EQ(sizing.GetBuffer(), "");
-            WBinarySerializer reader(FromHex(golden),
-                                     !labels); // what the reader's flag says counts for nothing
-            EXPECT_TRUE(row.readsTheSame(reader));
+            WBinarySerializer reader(FromHex(golden), !labels); // the reader's flag is ignored
+            EXPECT_TRUE(row.run(reader, true));
             char more = 0;
             EXPECT_TRUE(reader.MoreToRead());
             reader.RetrieveEx(L"", &more, 1);
             EXPECT_FALSE(reader.MoreToRead()); // every byte was taken
         }
-        seen[row.name] = true;
+        seen.insert(row.name);
     }
     EXPECT_EQ(seen.size(), images.size());
 }
@@ -233,12 +231,11 @@ TEST(Binary, EveryTypeHasItsGoldenImage) {
 TEST(Binary, EveryTypeCutShortGivesNoFailure) {
     for (const Row& row : Rows()) {
         WBinarySerializer writer(false, true);
-        row.write(writer);
+        row.run(writer, false);
         const std::string image = writer.GetBuffer();
         for (std::size_t size = 0; size < image.size(); ++size) {
             WBinarySerializer reader(image.substr(0, size), false);
-            EXPECT_NO_THROW(EXPECT_FALSE(row.readsTheSame(reader) && reader.MoreToRead()))
-                << row.name << size;
+            EXPECT_NO_THROW(EXPECT_FALSE(row.run(reader, true) && reader.MoreToRead())) << row.name << size;
         }
     }
 }
@@ -250,11 +247,8 @@ TEST(Binary, WorkedExampleOfTheDocumentIsAnImage) {
     }
     std::string hex;
     while (std::getline(file, line) && line.substr(0, 3) != "```") {
-        std::ostringstream offset;
-        offset << std::uppercase << std::hex << std::setfill('0') << std::setw(4) << hex.size() / 2;
-        EXPECT_EQ(line.substr(0, 4), offset.str());
-        const std::string bytes = line.substr(6, line.find("  ", 6) - 6);
-        for (const char c : bytes) {
+        EXPECT_EQ(std::stoul(line.substr(0, 4), nullptr, 16), hex.size() / 2);
+        for (const char c : line.substr(6, line.find("  ", 6) - 6)) {
             hex += c == ' ' || c == '\r' ? "" : std::string(1, c);
         }
     }
@@ -263,32 +257,25 @@ TEST(Binary, WorkedExampleOfTheDocumentIsAnImage) {
 
 TEST(Binary, HugeItemsPass) {
     std::vector<double> numbers(1'000'000);
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        numbers[i] = static_cast<double>(i) / 7.0;
-    }
+    std::iota(numbers.begin(), numbers.end(), 0.5);
     const std::wstring text(3'000'000, L'\u20AC');
     const std::vector<std::string> strings(100'000, "abc");
     WBinarySerializer s(false, false);
-    s.Insert(L"", numbers);
-    s.Insert(L"", text);
-    s.Insert(L"", strings);
-    EXPECT_EQ(s.GetBufferSize(), 8U + 8'000'000 + 8 + 6'000'000 + 8 + 1'100'000);
-    std::vector<double> readNumbers;
-    std::wstring readText;
-    std::vector<std::string> readStrings;
-    s.Retrieve(L"", readNumbers);
-    s.Retrieve(L"", readText);
-    s.Retrieve(L"", readStrings);
-    EXPECT_TRUE(readNumbers == numbers && readText == text && readStrings == strings);
-    EXPECT_TRUE(s.MoreToRead());
+    const Row rows[] = {ValueRow("", numbers), ValueRow("", text), ValueRow("", strings)};
+    for (const bool bRead : {false, true}) {
+        EXPECT_TRUE(rows[0].run(s, bRead) && rows[1].run(s, bRead) && rows[2].run(s, bRead));
+        EXPECT_EQ(s.GetBufferSize(), 8U + 8'000'000 + 8 + 6'000'000 + 8 + 1'100'000);
+    }
 }
 
 template <class Call>
-std::wstring SerializerErrorOf(Call call) {
+std::wstring FailureOf(Call call) {
     try {
         call();
     } catch (const bss::WNESerializerError& e) {
-        return e.AsString(false);
+        return e.GetArgument<0>();
+    } catch (const std::length_error& e) {
+        return krtpal::WidenText(e.what());
     }
     return L"none";
 }
@@ -297,56 +284,47 @@ TEST(Binary, WhatTheImageCannotHoldIsRefusedByName) {
     for (const bool sizing : {false, true}) {
         WBinarySerializer s(sizing, true);
         const auto refused = [&s](auto... arguments) {
-            return SerializerErrorOf([&] { s.Insert(L"m_nCount", arguments...); });
+            return FailureOf([&] { s.Insert(L"m_nCount", arguments...); });
         };
-        const std::wstring begin = L"Serializer Error: cannot write item 'm_nCount': its ";
+        const std::wstring begin = L"cannot write item 'm_nCount': its ";
         const double one = 1.0;
-        EXPECT_EQ(refused(&one, -1L), begin + L"count -1 is negative\n");
-        EXPECT_EQ(refused(static_cast<const bool*>(nullptr), 2L),
-                  begin + L"pointer is null and its count 2\n");
-        EXPECT_EQ(SerializerErrorOf([&s] { s.InsertEx(L"m_nCount", nullptr, 3); }),
-                  begin + L"pointer is null and its size 3\n");
+        EXPECT_EQ(refused(&one, -1L), begin + L"count -1 is negative");
+        EXPECT_EQ(refused(static_cast<const bool*>(nullptr), 2L), begin + L"pointer is null and its count 2");
+        EXPECT_EQ(FailureOf([&s] { s.InsertEx(L"m_nCount", nullptr, 3); }),
+                  begin + L"pointer is null and its size 3");
         if constexpr (sizeof(long) > 4) {
             const auto wide = static_cast<long>(0x100000000);
-            EXPECT_EQ(refused(wide), begin + L"value 4294967296 does not fit into 32 bits\n");
-            EXPECT_EQ(refused(-wide / 2 - 1), begin + L"value -2147483649 does not fit into 32 bits\n");
-            EXPECT_EQ(refused(std::vector<long>{1, wide / 2}),
-                      begin + L"element 1, 2147483648, does not fit into 32 bits\n");
-            EXPECT_EQ(refused(&one, wide), begin + L"count 4294967296 does not fit into 32 bits\n");
+            const std::wstring end = L" does not fit into 32 bits";
+            EXPECT_EQ(refused(wide), begin + L"value 4294967296" + end);
+            EXPECT_EQ(refused(-wide / 2 - 1), begin + L"value -2147483649" + end);
+            EXPECT_EQ(refused(std::vector<long>{1, wide / 2}), begin + L"element 1, 2147483648," + end);
+            EXPECT_EQ(refused(&one, wide), begin + L"count 4294967296" + end);
         }
         EXPECT_EQ(s.GetBufferSize(), 0U);
     }
 }
 
+/// What an item is read into such a value.
+template <class Value>
+Value ReadInto(Value value, const std::string& hex) {
+    Reader(hex).Retrieve(L"", value);
+    return value;
+}
+
 TEST(Binary, ReadingPastTheEndKeepsTheValue) {
-    auto s = std::make_unique<WBinarySerializer>(FromHex("00000000"
-                                                         "FFFF"),
-                                                 false);
-    long number = 7;
-    s->Retrieve(L"", number);
-    EXPECT_EQ(number, 7);
-    EXPECT_FALSE(s->MoreToRead());
-    double real = 2.5;
-    std::wstring text = L"kept";
-    std::vector<double> numbers = {1.0};
-    s->Retrieve(L"", real);
-    s->Retrieve(L"", text);
-    s->Retrieve(L"", numbers);
-    EXPECT_EQ(real, 2.5);
-    EXPECT_EQ(text, L"kept"); // of a count that is 0
-    EXPECT_TRUE(numbers.empty());
-    try {
-        s->Insert(L"", 1.0);
-        FAIL() << "a stream that was read to its end takes no more";
-    } catch (const std::length_error& e) {
-        EXPECT_STREQ(e.what(), "Error writing to an invalid buffer");
-    }
+    EXPECT_EQ(ReadInto(7L, "00000000 FFFF"), 7);
+    EXPECT_EQ(ReadInto(2.5, ""), 2.5);
+    EXPECT_EQ(ReadInto(std::wstring(L"kept"), ""), L"kept"); // of a count that is 0
+    EXPECT_TRUE(ReadInto(std::vector<double>{1.0}, "").empty());
     char bytes[4] = {9, 9, 9, 9};
-    WBinarySerializer part(FromHex("00000000"
-                                   "0102"),
-                           false);
+    WBinarySerializer part = Reader("00000000 0102");
     part.RetrieveEx(L"", bytes, 4);
     EXPECT_EQ(ToHex(std::string(bytes, 4)), "01020909"); // what there was
+    EXPECT_FALSE(part.MoreToRead());
+    EXPECT_EQ(FailureOf([&] { part.Insert(L"", 1.0); }), L"Error writing to an invalid buffer");
+    WBinarySerializer label = Reader("02000000 6100");
+    label.RetrieveEx(L"", bytes, 0);
+    EXPECT_FALSE(label.MoreToRead());
 }
 
 TEST(Binary, FailedWriteMakesTheStreamBad) {
@@ -361,12 +339,7 @@ TEST(Binary, FailedWriteMakesTheStreamBad) {
     EXPECT_THROW(s.Write(bytes, 0xFFFFFFFFU), std::length_error); // over 4 GiB in all
     EXPECT_FALSE(s.MoreToRead());
     EXPECT_THROW(s.Write(bytes, 1), std::length_error);
-    try {
-        s.Read(bytes, 1);
-        FAIL() << "a bad stream is not read";
-    } catch (const std::length_error& e) {
-        EXPECT_STREQ(e.what(), "Error reading from an invalid buffer");
-    }
+    EXPECT_EQ(FailureOf([&] { s.Read(bytes, 1); }), L"Error reading from an invalid buffer");
     EXPECT_EQ(s.Size(), 4U);
     EXPECT_EQ(s.GetBufferSize(), 4U);
     Sample sample;
@@ -383,12 +356,14 @@ void ExpectPointerFormRefuses(const std::string& hex) {
     EXPECT_EQ(count, 0);
 }
 
+/// `left`: how many of two elements the value has afterwards
 template <class Value>
-void ExpectValueRefuses(const std::string& hex) {
+void ExpectValueRefuses(const std::string& hex, std::size_t left) {
     WBinarySerializer s = Reader(hex);
     Value value;
+    value.resize(2);
     EXPECT_THROW(s.Retrieve(L"", value), std::bad_alloc) << hex;
-    EXPECT_TRUE(value.empty());
+    EXPECT_EQ(value.size(), left);
 }
 
 TEST(Binary, LyingCountsAreRefusedWithoutMemory) {
@@ -396,78 +371,44 @@ TEST(Binary, LyingCountsAreRefusedWithoutMemory) {
         const std::string hex = "00000000" + count + "0102";
         ExpectPointerFormRefuses<unsigned char>(hex);
         ExpectPointerFormRefuses<bool>(hex);
-        ExpectPointerFormRefuses<short>(hex);
-        ExpectPointerFormRefuses<int>(hex);
         ExpectPointerFormRefuses<long>(hex);
-        ExpectPointerFormRefuses<float>(hex);
         ExpectPointerFormRefuses<double>(hex);
-        ExpectPointerFormRefuses<std::string>(hex);
         ExpectPointerFormRefuses<std::wstring>(hex);
-        ExpectValueRefuses<std::string>(hex);
-        ExpectValueRefuses<std::wstring>(hex);
-        ExpectValueRefuses<std::vector<bool>>(hex);
-        ExpectValueRefuses<std::vector<double>>(hex);
-        ExpectValueRefuses<std::vector<std::wstring>>(hex);
-        ExpectValueRefuses<std::list<int>>(hex);
+        ExpectValueRefuses<std::string>(hex, 2);
+        ExpectValueRefuses<std::wstring>(hex, 2);
+        ExpectValueRefuses<std::vector<bool>>(hex, 2);
+        ExpectValueRefuses<std::vector<double>>(hex, 2);
+        ExpectValueRefuses<std::vector<std::string>>(hex, 0);
+        ExpectValueRefuses<std::vector<std::wstring>>(hex, 0);
+        ExpectValueRefuses<std::list<int>>(hex, 0);
     }
-    ExpectValueRefuses<std::string>("FFFFFF7F"
-                                    "0102"); // a label
+    ExpectValueRefuses<std::string>("FFFFFF7F 0102", 2); // a label
     // 16 MiB over what is left pass, one element more does not.
-    ExpectPointerFormRefuses<double>("00000000"
-                                     "02002000"
-                                     "0000000000000000");
-    WBinarySerializer s = Reader("00000000"
-                                 "01002000"
-                                 "0000000000000440");
-    double* data = nullptr;
-    long count = 0;
-    s.Retrieve(L"", data, count);
-    const std::unique_ptr<double[]> owner(data);
-    ASSERT_EQ(count, 0x200001);
-    EXPECT_EQ(data[0], 2.5);
-    EXPECT_EQ(std::count(data + 1, data + count, 0.0), count - 1);
-    EXPECT_FALSE(s.MoreToRead());
+    ExpectPointerFormRefuses<double>("00000000 02002000 0000000000000000");
+    std::vector<double> expected(0x200001);
+    expected[0] = 2.5;
+    EXPECT_TRUE(ReadInto(std::vector<double>(), "00000000 01002000 0000000000000440") == expected);
 }
 
 TEST(Binary, SmallLiesGiveZerosAlsoInWhatIsUsedAgain) {
-    std::vector<double> numbers(4, 9.0);
-    WBinarySerializer s = Reader("00000000"
-                                 "03000000"
-                                 "0000000000000440");
-    s.Retrieve(L"", numbers);
-    EXPECT_EQ(numbers, (std::vector<double>{2.5, 0.0, 0.0}));
-    std::wstring text = L"zzzz";
-    s = Reader("00000000"
-               "03000000"
-               "6100");
-    s.Retrieve(L"", text);
-    EXPECT_EQ(text, std::wstring(L"a\0\0", 3));
-    std::vector<std::string> strings(5, "z");
-    s = Reader("00000000"
-               "03000000"
-               "00000000"
-               "01000000"
-               "61");
-    s.Retrieve(L"", strings);
-    EXPECT_EQ(strings, (std::vector<std::string>{"a", "", ""}));
-    s = Reader("00000000"
-               "FFFFFFFF");
-    EXPECT_THROW(s.Retrieve(L"", strings), std::bad_alloc);
-    EXPECT_TRUE(strings.empty());
+    EXPECT_EQ(ReadInto(std::vector<double>(4, 9.0), "00000000 03000000 0000000000000440"),
+              (std::vector<double>{2.5, 0.0, 0.0}));
+    EXPECT_EQ(ReadInto(std::wstring(L"zzzz"), "00000000 03000000 6100"), std::wstring(L"a\0\0", 3));
+    EXPECT_EQ(ReadInto(std::vector<std::string>(5, "z"), "00000000 03000000 00000000 01000000 61"),
+              (std::vector<std::string>{"a", "", ""}));
+    // What is no bool is true.
+    EXPECT_EQ(ReadInto(std::vector<bool>(), "00000000 02000000 00FF"), (std::vector<bool>{false, true}));
+    EXPECT_TRUE(ReadInto(false, "00000000 07"));
 }
 
-TEST(Binary, BytesThatAreNoBoolReadAsTrue) {
-    WBinarySerializer s = Reader("00000000"
-                                 "07"
-                                 "00000000"
-                                 "02000000"
-                                 "00FF");
-    bool flag = false;
-    s.Retrieve(L"", flag);
-    EXPECT_TRUE(flag);
-    std::vector<bool> flags;
-    s.Retrieve(L"", flags);
-    EXPECT_EQ(flags, (std::vector<bool>{false, true}));
+// The label of the first might be taken for a length.
+TEST(Binary, LabelsInsideArraysOfStringsAreSkipped) {
+    EXPECT_EQ(ReadInto(std::vector<std::string>(),
+                       "00000000 02000000  02000000 01000000 02000000 6162  00000000 01000000 63"),
+              (std::vector<std::string>{"ab", "c"}));
+    EXPECT_EQ(ReadInto(std::vector<std::wstring>(),
+                       "00000000 02000000  00000000 01000000 6100  02000000 78007900 01000000 6200"),
+              (std::vector<std::wstring>{L"a", L"b"}));
 }
 
 TEST(Binary, ConstructorsMakeTheirStreams) {
@@ -475,32 +416,27 @@ TEST(Binary, ConstructorsMakeTheirStreams) {
     fixed.Insert(L"", 1L);
     EXPECT_EQ(ToHex(fixed.GetBuffer()), "00000000010000000000");
     EXPECT_EQ(fixed.Size(), 8U);
-    EXPECT_EQ(fixed.GetBufferSize(), 10U);
     fixed.Insert(L"", 1.0); // over the end
     EXPECT_EQ(fixed.GetBufferSize(), 20U);
 
     WBinarySerializer whole(std::string("abcdefgh"), false);
     whole.SetIsSizing(true);
-    EXPECT_TRUE(whole.GetIsSizing());
-    EXPECT_EQ(whole.GetBufferSize(), 8U);
     whole.Insert(L"", true);
-    EXPECT_EQ(whole.GetBufferSize(), 13U);
+    EXPECT_EQ(whole.GetBufferSize(), 13U); // with what was there
     EXPECT_EQ(whole.GetBuffer(), "abcdefgh");
     EXPECT_EQ(whole.Size(), 0U);
 
     WBinarySerializer bytes("abcdefgh", 3, false);
-    EXPECT_EQ(bytes.GetBuffer(), "abc");
+    char block[] = "----";
+    auto* target = reinterpret_cast<unsigned char*>(block);
+    bytes.WriteToBuffer(target);
+    EXPECT_EQ(std::string(block), "abc-");
+    EXPECT_EQ(static_cast<void*>(target), block);
     bytes.SetIsSizing(true);
     EXPECT_EQ(bytes.GetBufferSize(), 0U);
-    EXPECT_EQ(WBinarySerializer(nullptr, 3, false).GetBuffer(), "");
-    EXPECT_EQ(WBinarySerializer("abc", 0, false).GetBuffer(), "");
-    EXPECT_EQ(bytes.GetSerializerType(), L"BINARY");
-
-    unsigned char block[4] = {9, 9, 9, 9};
-    unsigned char* target = block;
-    bytes.WriteToBuffer(target);
-    EXPECT_EQ(target, block);
-    EXPECT_EQ(std::memcmp(block, "abc\t", 4), 0);
+    EXPECT_EQ(WBinarySerializer(nullptr, 3, false).GetBuffer() +
+                  WBinarySerializer("abc", 0, false).GetBuffer(),
+              "");
 }
 
 TEST(Binary, LabelsAreReadAsTheyWereWritten) {

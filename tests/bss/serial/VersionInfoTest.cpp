@@ -42,14 +42,13 @@ WVersionInfo MakeTree() {
 TEST(VersionInfo, NumbersAndTextsGoTheirOwnWays) {
     WVersionInfo info(1, 2, 3, 4);
     info.SetVersion(5, 6, 7, 8);
-    EXPECT_STREQ(info.GetVersionExW(), L"1.2.3.4");
-    EXPECT_EQ(info.GetVersionString(), L"5.6.7.8");
+    EXPECT_EQ(info.GetVersionString() + L" " + info.GetVersionExW(), L"5.6.7.8 1.2.3.4");
     EXPECT_EQ(info.GetVersion(), WVersion::GetVersion(5, 6, 7, 8));
     info.SetName(L"a.dll");
     info.SetName(nullptr);
-    EXPECT_EQ(info.GetName(), L"a.dll");
     info.SetDescriptor(L"free");
     info.SetDateString(L"today");
+    EXPECT_EQ(info.GetName() + info.GetDescriptor() + info.GetDateString(), L"a.dllfreetoday");
     info.SetModuleVersion(L"3.1.2.7");
     info.SetKRTFileVersion(L".1.2");
     info.SetKRTIOVersion(L"5,3.0,9");
@@ -61,10 +60,8 @@ TEST(VersionInfo, NumbersAndTextsGoTheirOwnWays) {
     EXPECT_EQ(info.GetVersionString() + info.GetName() + info.GetDescriptor() + info.GetDateString(),
               L"0.0.0.0");
     EXPECT_EQ(info.GetModuleVersionString(), L"3.1.2.7");
-    EXPECT_STREQ(info.GetVersionExW(), L"1.2.3.4");
     ASSERT_EQ(info.GetComponents().size(), 1U);
     EXPECT_EQ(info.GetComponents()[0].GetDescriptor(), L"free");
-    EXPECT_EQ(info.GetNameOfClass(), L"WVersionInfo");
 }
 
 TEST(VersionInfo, TreeIsPrintedByTabs) {
@@ -107,25 +104,20 @@ std::string ImageWithCount(int count) {
 }
 
 TEST(VersionInfo, CountsOfComponentsThatLieAreHarmless) {
+    WVersionInfo read;
     for (const int count : {-1, 15'339'169}) {
         bss::WBinarySerializer reader(ImageWithCount(count), false);
-        WVersionInfo read;
-        try {
-            read.Read(&reader, 0, true);
-            FAIL() << count;
-        } catch (const std::length_error& e) {
-            EXPECT_STREQ(e.what(), "vector<T> too long");
-        }
+        EXPECT_THROW(read.Read(&reader, 0, true), std::length_error) << count;
     }
     bss::WBinarySerializer many(ImageWithCount(15'339'168), false);
-    WVersionInfo read;
     read.Read(&many, 0, true);
     EXPECT_FALSE(many.MoreToRead());
     EXPECT_LE(read.GetComponents().size(), 1U);
 
     std::string deep;
+    const std::string level = ImageWithCount(1);
     for (int i = 0; i < 100'000; ++i) {
-        deep += ImageWithCount(1);
+        deep += level;
     }
     bss::WBinarySerializer nested(deep, false);
     EXPECT_THROW(read.Read(&nested, 0, true), bss::WNEDataIOError);

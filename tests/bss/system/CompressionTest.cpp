@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <optional>
 #include <random>
 #include <string>
 #include <utility>
@@ -61,18 +63,17 @@ Block Packed(const Block& data) {
 
 TEST(CompressionOfBlocks, StoresAndReturnsThem) {
     EXPECT_EQ(WCompression::CompressBound(0), WCompression::CompressBound(1));
-    for (const std::size_t size : {0U, 1U, 1000U, 16384U, 65535U, 65536U, 1000000U}) {
-        for (const Block& data : {Block(size), Noise(size)}) {
-            const Block packed = Packed(data);
-            EXPECT_GE(packed.size(), data.size());
-            Block back(size + 1);
-            auto length = static_cast<unsigned long>(back.size());
-            WCompression::Uncompress(back.data(), &length, packed.data(),
-                                     static_cast<unsigned long>(packed.size()));
-            back.resize(length);
-            EXPECT_EQ(back, data);
-        }
+    for (const std::size_t size : {0U, 1U, 65535U, 65536U, 1000000U}) {
+        const Block data = Noise(size);
+        const Block packed = Packed(data);
+        Block back(size + 1);
+        auto length = static_cast<unsigned long>(back.size());
+        WCompression::Uncompress(back.data(), &length, packed.data(),
+                                 static_cast<unsigned long>(packed.size()));
+        back.resize(length);
+        EXPECT_EQ(back, data);
     }
+    EXPECT_GT(Packed(Block(1000)).size(), 1000U); // stored, not made smaller
 }
 
 TEST(CompressionOfBlocks, FailuresHaveTheirTexts) {
@@ -90,21 +91,20 @@ TEST(CompressionOfBlocks, FailuresHaveTheirTexts) {
     const Block packed = Packed(data);
     Block damaged = packed;
     damaged[500] ^= 1;
-    Block cut(packed.begin(), packed.end() - 1);
-    const struct {
-        const Block& source;
-        unsigned long room;
-    } rows[] = {{packed, 999}, {damaged, 2000}, {cut, 2000}, {data, 2000}};
-    for (const auto& row : rows) {
-        length = row.room;
-        EXPECT_EQ(FailureOf([&] {
-                      WCompression::Uncompress(room.data(), &length, row.source.data(),
-                                               static_cast<unsigned long>(row.source.size()));
-                  }),
-                  L"Cannot uncompress data.");
+    const Block cut(packed.begin(), packed.end() - 1);
+    const auto uncompress = [&](const Block& source, unsigned long bytes) {
+        length = bytes;
+        return FailureOf([&] {
+            WCompression::Uncompress(room.data(), bytes == 0 ? nullptr : &length, source.data(),
+                                     static_cast<unsigned long>(source.size()));
+        });
+    };
+    EXPECT_EQ(uncompress(packed, 1000), L"nothing");
+    for (const std::wstring& text :
+         {uncompress(packed, 0), uncompress(packed, 999), uncompress(damaged, 2000), uncompress(cut, 2000),
+          uncompress(data, 2000)}) {
+        EXPECT_EQ(text, L"Cannot uncompress data.");
     }
-    EXPECT_EQ(FailureOf([&] { WCompression::Uncompress(room.data(), nullptr, packed.data(), 1000); }),
-              L"Cannot uncompress data.");
 }
 
 class CompressionOfFiles : public testing::Test {
@@ -134,19 +134,28 @@ protected:
 #endif
     }
 
-    using Operation = void (*)(const std::wstring&, const std::wstring&);
-
-    /// Runs what has to fail: with this text, this debug output, and all files closed.
-    void ExpectFailure(Operation operation, const std::wstring& source, const std::wstring& target,
-                       const std::wstring& text, const std::wstring& debugPrefix) {
+    /// What has to fail: the text; whether it is debug output too, and what stands in front of it there.
+    struct Failure {
+        decltype(&WCompression::CompressFile) operation;
+        std::wstring source;
+        std::wstring target;
+        std::wstring text;
+        std::optional<std::wstring> debugPrefix;
+    };
+    /// Runs it, and looks whether all files were closed.
+    static void Expect(const Failure& failure) {
         DebugOutput debug;
         const std::ptrdiff_t before = OpenFiles();
-        EXPECT_EQ(FailureOf([&] { operation(source, target); }), text);
-        EXPECT_EQ(OpenFiles(), before) << krtpal::Utf8FromWide(text);
-        EXPECT_EQ(debug.Text(), debugPrefix == silent ? L"" : debugPrefix + text);
+        EXPECT_EQ(FailureOf([&] { failure.operation(failure.source, failure.target); }), failure.text);
+        EXPECT_EQ(OpenFiles(), before) << krtpal::Utf8FromWide(failure.text);
+        EXPECT_EQ(debug.Text(), failure.debugPrefix ? *failure.debugPrefix + failure.text : L"");
     }
 
-    static constexpr const wchar_t* silent = L"silent";
+    static constexpr auto compress = &WCompression::CompressFile;
+    static constexpr auto uncompress = &WCompression::UncompressFile;
+    static constexpr const wchar_t* compressing = L"WCompression::CompressFile: ";
+    static constexpr const wchar_t* uncompressing = L"WCompression::UncompressFile: ";
+    static constexpr const wchar_t* message = L"\nError Message:  ";
 
 private:
     std::filesystem::path m_folder =
@@ -155,28 +164,20 @@ private:
 };
 
 TEST_F(CompressionOfFiles, ReturnsThemAndCopiesPlainOnes) {
-    for (const std::size_t size : {0U, 1U, 16383U, 16384U, 16385U, 1000000U}) {
+    const std::wstring packed = In(L"packed.gz");
+    for (const std::size_t size : {0U, 1U, 16383U, 16384U, 16385U, 100000U}) {
         const Block data = Noise(size);
         const std::wstring plain = Written(L"plain", data);
-        const std::wstring packed = In(L"packed.gz");
-        WCompression::CompressFile(plain, packed);
-        const Block gzip = Read(packed);
-        ASSERT_GE(gzip.size(), 20U);
-        EXPECT_EQ(gzip[0], 0x1F);
-        EXPECT_EQ(gzip[1], 0x8B);
-        const std::size_t end = gzip.size();
-        EXPECT_EQ(size, gzip[end - 4] | std::size_t{gzip[end - 3]} << 8 | std::size_t{gzip[end - 2]} << 16);
+        compress(plain, packed);
+        EXPECT_EQ(Read(packed)[0], 0x1F);
         for (const std::wstring& source : {packed, plain}) {
-            WCompression::UncompressFile(source, In(L"back"));
+            uncompress(source, In(L"back"));
             EXPECT_EQ(Read(In(L"back")), data);
         }
     }
-    const std::wstring zeros = Written(L"zeros", Block(1000000));
-    WCompression::CompressFile(zeros, In(L"zeros.gz"));
-    EXPECT_LT(std::filesystem::file_size(In(L"zeros.gz")), 2000U);
-    // Both are closed: they can be removed.
-    EXPECT_TRUE(std::filesystem::remove(zeros));
-    EXPECT_TRUE(std::filesystem::remove(In(L"zeros.gz")));
+    compress(Written(L"zeros", Block(1000000)), packed);
+    EXPECT_LT(std::filesystem::file_size(packed), 2000U);
+    EXPECT_TRUE(std::filesystem::remove(packed)); // closed
 }
 
 TEST_F(CompressionOfFiles, TakesPathsThatHaveANarrowForm) {
@@ -184,26 +185,24 @@ TEST_F(CompressionOfFiles, TakesPathsThatHaveANarrowForm) {
     const std::wstring plain = Written(L"\u00FC \u4E2D", data);
     const std::wstring packed = In(L"\u00FC.gz");
     if (krtpal::WidenText(krtpal::NarrowText(packed)) == packed) {
-        WCompression::CompressFile(plain, packed);
-        WCompression::UncompressFile(packed, In(L"back"));
+        compress(plain, packed);
+        uncompress(packed, In(L"back"));
         EXPECT_EQ(Read(In(L"back")), data);
     }
     // A lone surrogate has none anywhere, and a NUL would cut the path short.
     const std::wstring paths[] = {In(L"\xD800.gz"), Written(L"cut", data) + L'\0' + L".gz"};
     for (const std::wstring& path : paths) {
-        const std::wstring forCompression = FailureOf([&] { WCompression::CompressFile(plain, path); });
-        EXPECT_EQ(forCompression.find(L"Cannot open file:" + path + L" for compression.\nError Message:  "),
+        EXPECT_EQ(FailureOf([&] {
+                      compress(plain, path);
+                  }).find(L"Cannot open file:" + path + L" for compression." + message),
                   0U);
-        const std::wstring forReading = FailureOf([&] { WCompression::UncompressFile(path, In(L"back")); });
-        EXPECT_EQ(forReading.find(L"Cannot open file:" + path + L" for uncompression.\nError Message:  "),
+        EXPECT_EQ(FailureOf([&] {
+                      uncompress(path, In(L"back"));
+                  }).find(L"Cannot open file:" + path + L" for uncompression." + message),
                   0U);
     }
-    EXPECT_EQ(FailureOf([&] { WCompression::CompressFile(paths[1], packed); }),
-              L"Failed to open compressed file.");
-    EXPECT_EQ(FailureOf([&] { WCompression::UncompressFile(plain, paths[1]); }),
-              krtpal::WidenText(krtpal::NarrowText(plain)) == plain
-                  ? L"Failed to open uncompression target file."
-                  : FailureOf([&] { WCompression::UncompressFile(plain, In(L"back")); }));
+    Expect({compress, paths[1], packed, L"Failed to open compressed file.", {}});
+    Expect({uncompress, Written(L"plain", data), paths[1], L"Failed to open uncompression target file.", {}});
     EXPECT_EQ(Read(In(L"cut")), data);
 }
 
@@ -211,58 +210,48 @@ TEST_F(CompressionOfFiles, PlacesThatCannotBeReadOrWrittenFail) {
     const Block data = Noise(100);
     const std::wstring plain = Written(L"plain", data);
     const std::wstring packed = In(L"packed.gz");
-    WCompression::CompressFile(plain, packed);
+    compress(plain, packed);
     const Block gzip = Read(packed);
     const std::wstring missing = In(L"missing/file");
     const std::wstring folder = In(L".");
-    const std::wstring none = L"\nError Message:  No such file or directory";
-    const std::wstring denied = L"\nError Message:  Permission denied";
+    const std::wstring denied = std::wstring(message) + L"Permission denied";
 #ifdef _WIN32
     const std::wstring isFolder = denied;
 #else
-    const std::wstring isFolder = L"\nError Message:  Is a directory";
+    const std::wstring isFolder = std::wstring(message) + L"Is a directory";
 #endif
-    const Operation compress = &WCompression::CompressFile;
-    const Operation uncompress = &WCompression::UncompressFile;
-    const struct {
-        Operation operation;
-        const std::wstring& source;
-        const std::wstring& target;
-        std::wstring text;
-        const wchar_t* debugPrefix;
-    } rows[] = {
-        {compress, missing, packed, L"Failed to open compressed file.", silent},
-        {compress, folder, packed, L"Failed to open compressed file.", silent},
-        {compress, plain, missing, L"Cannot open file:" + missing + L" for compression." + none,
-         L"WCompression::CompressFile: "},
-        {compress, plain, folder, L"Cannot open file:" + folder + L" for compression." + isFolder,
-         L"WCompression::CompressFile: "},
-        {compress, plain, plain, L"Cannot open file:" + plain + L" for compression." + denied,
-         L"WCompression::CompressFile: "},
-        {uncompress, missing, plain, L"Cannot open file:" + missing + L" for uncompression." + none,
-         L"WCompression::UncompressFile: "},
-        {uncompress, packed, missing, L"Failed to open uncompression target file.", silent},
-        {uncompress, packed, folder, L"Failed to open uncompression target file.", silent},
-        {uncompress, packed, packed, L"Failed to open uncompression target file.", silent},
-    };
-    for (const auto& row : rows) {
-        ExpectFailure(row.operation, row.source, row.target, row.text, row.debugPrefix);
+    const std::wstring none = std::wstring(message) + L"No such file or directory";
+    const std::wstring noSource = L"Failed to open compressed file.";
+    const std::wstring noTarget = L"Failed to open uncompression target file.";
+    const std::wstring begin = L"Cannot open file:";
+    const std::wstring end = L" for compression.";
+    for (const Failure& failure : std::initializer_list<Failure>{
+             {compress, missing, packed, noSource, {}},
+             {compress, folder, packed, noSource, {}},
+             {compress, plain, missing, begin + missing + end + none, compressing},
+             {compress, plain, folder, begin + folder + end + isFolder, compressing},
+             {compress, plain, plain, begin + plain + end + denied, compressing},
+             {uncompress, missing, plain, begin + missing + L" for uncompression." + none, uncompressing},
+             {uncompress, packed, missing, noTarget, {}},
+             {uncompress, packed, folder, noTarget, {}},
+             {uncompress, packed, packed, noTarget, {}},
+         }) {
+        Expect(failure);
         EXPECT_EQ(Read(plain), data);
         EXPECT_EQ(Read(packed), gzip);
     }
-    EXPECT_TRUE(std::filesystem::remove(plain));
-    EXPECT_TRUE(std::filesystem::remove(packed));
+    EXPECT_TRUE(std::filesystem::remove(plain) && std::filesystem::remove(packed)); // closed
 }
 
 TEST_F(CompressionOfFiles, CutAndDamagedOnesFail) {
-    WCompression::CompressFile(Written(L"plain", Noise(300)), In(L"whole.gz"));
-    const Block gzip = Read(In(L"whole.gz"));
-    for (std::size_t size = 2; size < gzip.size(); ++size) {
-        const std::wstring cut =
-            Written(L"cut.gz", Block(gzip.begin(), gzip.begin() + static_cast<long>(size)));
-        ExpectFailure(&WCompression::UncompressFile, cut, In(L"back"),
-                      L"Error closing compressed input file: \nError Message:  buffer error",
-                      L"WCompression::UncompressFile:  ");
+    const std::wstring bad = In(L"bad.gz");
+    compress(Written(L"plain", Noise(300)), bad);
+    const Block gzip = Read(bad);
+    for (std::size_t size = 2; size < gzip.size(); size += 17) {
+        Written(L"bad.gz", Block(gzip.begin(), gzip.begin() + static_cast<long>(size)));
+        Expect({uncompress, bad, In(L"back"),
+                L"Error closing compressed input file: \nError Message:  buffer error",
+                L"WCompression::UncompressFile:  "});
     }
     const std::pair<std::size_t, const wchar_t*> places[] = {{gzip.size() - 8, L"incorrect data check"},
                                                              {gzip.size() - 1, L"incorrect length check"},
@@ -270,17 +259,26 @@ TEST_F(CompressionOfFiles, CutAndDamagedOnesFail) {
     for (const auto& [place, reason] : places) {
         Block bytes = gzip;
         bytes[place] ^= 0x55;
-        const std::wstring damaged = Written(L"damaged.gz", bytes);
-        ExpectFailure(&WCompression::UncompressFile, damaged, In(L"back"),
-                      L"Cannot read file:" + damaged + L" during uncompression.\nError Message:  " + damaged +
-                          L": " + reason,
-                      L"");
+        Expect({uncompress, Written(L"bad.gz", bytes), In(L"back"),
+                L"Cannot read file:" + bad + L" during uncompression." + message + bad + L": " + reason,
+                L""});
     }
-    EXPECT_TRUE(std::filesystem::remove(In(L"damaged.gz")));
-    EXPECT_TRUE(std::filesystem::remove(In(L"back")));
+    EXPECT_TRUE(std::filesystem::remove(bad) && std::filesystem::remove(In(L"back"))); // closed
 }
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
+    GTEST_SKIP() << "/dev/full and /proc are those of Linux";
+}
+TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
+    GTEST_SKIP() << "no gzip program on Windows";
+}
+TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
+    GTEST_SKIP() << "sparse files and the peak of memory are those of Linux";
+}
+
+#else
 
 TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
     const std::wstring full = L"/dev/full";
@@ -289,57 +287,51 @@ TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
     }
     const std::wstring little = Written(L"little", Noise(100));
     const std::wstring much = Written(L"much", Noise(1000000));
-    const std::wstring noRoom = L"\nError Message:  No space left on device";
-    const Operation compress = &WCompression::CompressFile;
-    const Operation uncompress = &WCompression::UncompressFile;
+    const std::wstring unreadable = L"/proc/self/mem"; // its first page is never there
+    const std::wstring noRoom = std::wstring(message) + L"No space left on device";
+    const std::wstring noRead = std::wstring(message) + L"Input/output error";
     // What fits the buffers fails at the end.
-    ExpectFailure(compress, little, full,
-                  L"Error closing compressed output file: \nError Message:  file error",
-                  L"WCompression::CompressFile:  ");
-    ExpectFailure(compress, much, full, L"Cannot write file:/dev/full for compression." + noRoom, L"");
-    ExpectFailure(uncompress, little, full, L"Error closing uncompressed output file: " + noRoom,
-                  L"WCompression::UncompressFile:  ");
-    ExpectFailure(uncompress, much, full,
-                  L"Cannot write file:/dev/fullError writing uncompresed output file.", L"");
-
-    // Its first page is never there.
-    const std::wstring unreadable = L"/proc/self/mem";
-    ExpectFailure(compress, unreadable, In(L"target"),
-                  L"Cannot read file:/proc/self/mem during compression.\nError Message:  Input/output error",
-                  L"");
-    ExpectFailure(
-        uncompress, unreadable, In(L"target"),
-        L"Cannot read file:/proc/self/mem during uncompression.\nError Message:  Input/output error", L"");
+    Expect({compress, little, full, L"Error closing compressed output file: \nError Message:  file error",
+            L"WCompression::CompressFile:  "});
+    Expect({compress, much, full, L"Cannot write file:/dev/full for compression." + noRoom, L""});
+    Expect({uncompress, little, full, L"Error closing uncompressed output file: " + noRoom,
+            L"WCompression::UncompressFile:  "});
+    Expect(
+        {uncompress, much, full, L"Cannot write file:/dev/fullError writing uncompresed output file.", L""});
+    Expect({compress, unreadable, In(L"to"), L"Cannot read file:/proc/self/mem during compression." + noRead,
+            L""});
+    Expect({uncompress, unreadable, In(L"to"),
+            L"Cannot read file:/proc/self/mem during uncompression." + noRead, L""});
 }
 
 TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
-    const Block data = Noise(100000);
-    const std::wstring plain = Written(L"plain", data);
+    const std::wstring plain = Written(L"plain", Noise(100000));
     const auto run = [this](const std::string& command) {
         return std::system(("cd '" + krtpal::Utf8FromWide(In(L".")) + "' && " + command).c_str());
     };
-    WCompression::CompressFile(plain, In(L"ours.gz"));
+    compress(plain, In(L"ours.gz"));
     ASSERT_EQ(run("gzip -dc ours.gz | cmp - plain"), 0);
     // Several members one behind the other are one text.
     ASSERT_EQ(run("gzip -9c plain >theirs.gz && gzip -1c plain >>theirs.gz"), 0);
-    WCompression::UncompressFile(In(L"theirs.gz"), In(L"back"));
+    uncompress(In(L"theirs.gz"), In(L"back"));
     ASSERT_EQ(run("cat plain plain | cmp - back"), 0);
-    WCompression::CompressFile(Written(L"empty", {}), In(L"empty.gz"));
+    compress(Written(L"empty", {}), In(L"empty.gz"));
     ASSERT_EQ(run("gzip -dc empty.gz | cmp - empty"), 0);
 }
 
 /// A line of /proc/self/status, in KiB.
 long MemoryOf(const std::string& name) {
     std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.rfind(name + ":", 0) == 0) {
-            return std::stol(line.substr(name.size() + 1));
-        }
+    std::string line;
+    while (std::getline(status, line) && line.rfind(name + ":", 0) != 0) {
     }
-    return -1;
+    return status ? std::stol(line.substr(name.size() + 1)) : -1;
 }
 
 TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
+    if (std::getenv("KRTBSS_TEST_LONG") == nullptr) {
+        GTEST_SKIP() << "takes half a minute: set KRTBSS_TEST_LONG";
+    }
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "takes minutes under a sanitizer, which needs memory of its own";
 #endif
@@ -351,35 +343,20 @@ TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
 
     std::ofstream("/proc/self/clear_refs") << "5"; // lets the peak begin anew
     const long before = MemoryOf("VmRSS");
-    WCompression::CompressFile(In(L"sparse"), In(L"packed.gz"));
-    std::uintmax_t count = 0;
-    bool zeros = true;
+    compress(In(L"sparse"), In(L"packed.gz"));
+    std::uintmax_t zeros = 0;
     std::thread reader([&] {
         std::ifstream file(PathOf(pipe), std::ios::binary);
         static char buffer[65536];
         while (file.read(buffer, sizeof(buffer)), file.gcount() != 0) {
-            count += static_cast<std::uintmax_t>(file.gcount());
-            zeros = zeros && std::all_of(buffer, buffer + file.gcount(), [](char c) { return c == 0; });
+            zeros += static_cast<std::uintmax_t>(std::count(buffer, buffer + file.gcount(), 0));
         }
     });
-    WCompression::UncompressFile(In(L"packed.gz"), pipe);
+    uncompress(In(L"packed.gz"), pipe);
     reader.join();
-    EXPECT_EQ(count, size);
-    EXPECT_TRUE(zeros);
+    EXPECT_EQ(zeros, size);
     ASSERT_GT(before, 0);
     EXPECT_LT(MemoryOf("VmHWM") - before, 8 * 1024);
-}
-
-#else
-
-TEST_F(CompressionOfFiles, FullDisksAndReadErrorsAreNoticed) {
-    GTEST_SKIP() << "/dev/full and /proc are those of Linux";
-}
-TEST_F(CompressionOfFiles, UnderstandTheGzipProgramBothWays) {
-    GTEST_SKIP() << "no gzip program on Windows";
-}
-TEST_F(CompressionOfFiles, OfMoreThanTwoGibibytesNeedNoMoreMemory) {
-    GTEST_SKIP() << "sparse files and the peak of memory are those of Linux";
 }
 
 #endif
@@ -393,29 +370,23 @@ public:
 TEST(CompressionTexts, AreThoseOfTheCodes) {
     const std::wstring prefix = L"\nError Message:  ";
     const std::wstring noRoom = prefix + L"No space left on device";
-    const std::pair<int, const wchar_t*> rows[] = {
-        {2, L"need dictionary"},
-        {1, L"stream end"},
-        {0, L""},
-        {-1, L"file error"},
-        {-2, L"stream error"},
-        {-3, L"data error"},
-        {-4, L"insufficient memory"},
-        {-5, L"buffer error"},
-        {-6, L"incompatible version"},
-        {3, L"No space left on device"},
-        {-7, L"No space left on device"},
-    };
-    for (const auto& [code, text] : rows) {
-        errno = ENOSPC;
-        EXPECT_EQ(Texts::GetError(code), prefix + text) << code;
+    const wchar_t* const texts[] = {L"incompatible version",
+                                    L"buffer error",
+                                    L"insufficient memory",
+                                    L"data error",
+                                    L"stream error",
+                                    L"file error",
+                                    L"",
+                                    L"stream end",
+                                    L"need dictionary"};
+    for (int code = -6; code <= 2; ++code) {
+        EXPECT_EQ(Texts::GetError(code), prefix + texts[code + 6]);
     }
-    errno = ENOSPC;
-    EXPECT_EQ(Texts::GetError(), noRoom);
-    errno = ENOSPC;
-    EXPECT_EQ(Texts::GetError(stdin), noRoom);
     errno = 0;
     EXPECT_EQ(Texts::GetError(), prefix + L"Out of memory.");
+    errno = ENOSPC;
+    EXPECT_EQ(Texts::GetError(-7) + Texts::GetError(3), noRoom + noRoom);
+    EXPECT_EQ(Texts::GetError() + Texts::GetError(stdin), noRoom + noRoom);
 }
 
 } // namespace

