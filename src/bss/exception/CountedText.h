@@ -54,7 +54,7 @@ public:
     const wchar_t* Get() const { return m_text; }
 
 private:
-    // Throws std::bad_alloc for null, which SysAllocStringLen returns if memory is short.
+    /// Throws std::bad_alloc for null, which SysAllocStringLen returns if memory is short.
     static BSTR Checked(BSTR text) {
         if (text == nullptr) {
             throw std::bad_alloc();

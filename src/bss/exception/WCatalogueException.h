@@ -45,7 +45,7 @@ struct WExceptionEventRow {
 /// (CRTP) and has a static EventRow(). `Arguments` are the types of the message's inserts, in order.
 template <class Event, class... Arguments>
 class KRTPAL_TYPE_API WCatalogueException : public WNestedException {
-    // Texts are passed by reference, numbers by value.
+    /// Texts are passed by reference, numbers by value.
     template <class Argument>
     using Parameter = std::conditional_t<std::is_arithmetic_v<Argument>, Argument, const Argument&>;
 

@@ -137,7 +137,7 @@ protected:
     matrix m_Covariance;                            ///< Covariance, and work space of a fit.
 
 private:
-    // Work space of GaussJ, cached so that an iteration allocates nothing.
+    /// Work space of GaussJ, cached so that an iteration allocates nothing.
     mutable std::vector<std::int32_t> m_aPivotCount;
     mutable std::vector<std::int32_t> m_aPivotRow;
     mutable std::vector<std::int32_t> m_aPivotColumn;

@@ -197,13 +197,13 @@ private:
     void ComputePointWeights() const;
     bool HasResidualsOfCoefficients() const;
 
-    // Results of the last complete SumOfSquares, and its coefficients.
+    /// Results of the last complete SumOfSquares, and its coefficients.
     mutable double m_dPlainSum = 0.0;
     mutable double m_dPenalisedSum = 0.0;
     mutable std::vector<double> m_adResiduals;
     mutable std::vector<double> m_adResidualCoefficients;
     mutable bool m_bResidualsComplete = false;
-    // The weights w, with 1.0 replaced by 100.0. Cached while m_bWeightsKept, otherwise computed at each use.
+    /// The weights w, with 1.0 replaced by 100.0. Cached while m_bWeightsKept, otherwise computed at each use.
     mutable std::vector<double> m_adWeights;
     mutable bool m_bWeightsKept = false;
     mutable bool m_bWeightsAreNumbers = true;

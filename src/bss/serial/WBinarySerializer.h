@@ -272,7 +272,7 @@ private:
     unsigned int m_nBytesRead = 0;
     unsigned int m_nBytesWritten = 0;
 
-    // The stream.
+    /// The stream.
     std::string m_buffer;
     std::size_t m_nReadPosition = 0;
     std::size_t m_nWritePosition = 0;

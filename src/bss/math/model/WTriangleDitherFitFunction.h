@@ -63,7 +63,7 @@ protected:
     void SetFunctionType() override;
 
 private:
-    // Does nothing: interval and length are fixed at construction.
+    /// Does nothing: interval and length are fixed at construction.
     WTriangleDitherFitFunction& operator=(const WTriangleDitherFitFunction& other);
 
     double m_dStageLength;

@@ -543,7 +543,7 @@ private:
     static void SortParameters(WPersistentObject& object, const tableMap& tables, parameterList& parameters);
     static void RemoveAllParameters(parameterList& parameters);
 
-    // The forms of values in the text of the checksum, the same on all systems.
+    /// The forms of values in the text of the checksum, the same on all systems.
     void AddToCheckSum(long value);
     void AddToCheckSum(double value);
     void AddToCheckSum(const std::wstring& value);
@@ -591,7 +591,7 @@ private:
     e_connection m_eConnection = connectionNone;
     /// The driver fetches columns in any order.
     bool m_bAnyOrder = false;
-    // ODBC handles: environment, connection, and statements for rows and for the schema.
+    /// ODBC handles: environment, connection, and statements for rows and for the schema.
     void* m_hEnv = nullptr;
     void* m_hDbc = nullptr;
     void* m_hStmt = nullptr;
