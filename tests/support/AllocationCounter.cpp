@@ -9,6 +9,7 @@
 namespace {
 
 std::atomic<long> g_allocations = 0;
+std::atomic<long> g_failing = 0;
 
 } // namespace
 
@@ -16,9 +17,13 @@ long CountAllocations() {
     return g_allocations;
 }
 
+void FailAllocation(long n) {
+    g_failing = n == 0 ? 0 : g_allocations + n;
+}
+
 [[gnu::noinline]] void* operator new(std::size_t size) {
-    ++g_allocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+    const bool fails = ++g_allocations == g_failing;
+    if (void* memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size)) {
         return memory;
     }
     throw std::bad_alloc();
