@@ -1,4 +1,4 @@
-// A model of the tests' own: a formula that gives the value and, where asked for, the derivatives.
+// A model of the tests' own: a formula that returns the value and writes the derivatives.
 
 #ifndef TESTS_BSS_MATH_FORMULAFUNCTION_H
 #define TESTS_BSS_MATH_FORMULAFUNCTION_H
@@ -11,7 +11,7 @@
 
 class FormulaFunction : public bss::WFunction {
 public:
-    // d is null where only the value is wanted; otherwise it has one place per coefficient.
+    // d has one place per coefficient, and 0.0 in it.
     using Formula = std::function<double(const std::vector<double>& b, double x, double* d)>;
 
     FormulaFunction(std::vector<double> start, Formula formula) : m_Formula(std::move(formula)) {
@@ -23,7 +23,8 @@ public:
     using WFunction::Evaluate;
     double Evaluate(double x) override {
         ++evaluations;
-        return m_Formula(m_Coefficients, x, nullptr);
+        std::vector<double> unused(m_Coefficients.size());
+        return m_Formula(m_Coefficients, x, unused.data());
     }
     void ComputeDerivatives(double x, std::vector<double>& d) override {
         ++differentiations;

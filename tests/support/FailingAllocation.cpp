@@ -1,4 +1,4 @@
-#include "support/AllocationCounter.h"
+#include "support/FailingAllocation.h"
 
 #ifndef _WIN32
 
@@ -8,21 +8,16 @@
 
 namespace {
 
-std::atomic<long> g_allocations = 0;
-std::atomic<long> g_failing = 0;
+std::atomic<long> g_untilFailure = 0;
 
 } // namespace
 
-long CountAllocations() {
-    return g_allocations;
-}
-
 void FailAllocation(long n) {
-    g_failing = n == 0 ? 0 : g_allocations + n;
+    g_untilFailure = n;
 }
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
-    const bool fails = ++g_allocations == g_failing;
+    const bool fails = g_untilFailure > 0 && --g_untilFailure == 0;
     if (void* memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size)) {
         return memory;
     }
