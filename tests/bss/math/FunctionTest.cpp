@@ -139,7 +139,6 @@ TEST(WLinearFunction, BasisCountSizesCoefficientsAndCovariance) {
     EXPECT_EQ(function.GetCoefficients(), Values(3, 0.0));
     EXPECT_EQ(function.GetCovarianceMatrix(), Matrix(3, Values(3, 0.0)));
     EXPECT_EQ(function.GetCoefficientName(2), L"A2");
-    EXPECT_EQ(function.GetCoefficientName(3), L"");
     function.SetCoefficients({1.0, 2.0});
     EXPECT_EQ(function.Evaluate(4.0), 9.0);
     Values basis;

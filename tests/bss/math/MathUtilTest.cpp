@@ -239,12 +239,7 @@ TEST(WMathUtil, IncompleteGammaFunctionsAddUpToOneOrThrow) {
     for (const auto& [a, x] : {Pair(1.0, 0.0), Pair(1.0, -1.0), Pair(0.5, 1e-3)}) {
         EXPECT_THROW(WMathUtil::GammaContinuedFraction(a, x), bss::WNENoSolution) << a << ' ' << x;
     }
-    try {
-        WMathUtil::GammaSerial(1e307, 1.0);
-        ADD_FAILURE() << "no overflow";
-    } catch (const std::overflow_error& error) {
-        EXPECT_STREQ(error.what(), "Error in function boost::math::lgamma<double>(double): numeric overflow");
-    }
+    EXPECT_THROW(WMathUtil::GammaSerial(1e307, 1.0), std::overflow_error);
 }
 
 // Abramowitz and Stegun, tables 5.1 and 5.3.

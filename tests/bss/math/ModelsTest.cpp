@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <limits>
 #include <set>
@@ -30,7 +30,12 @@ Values ReadNumbers(const std::string& text) {
     Values values;
     std::istringstream words(text);
     for (std::string word; words >> word;) {
-        values.push_back(std::strtod(word.c_str(), nullptr)); // decimal or hexadecimal
+        const std::size_t sign = word.starts_with('-') ? 1 : 0;
+        const bool isHex = word.compare(sign, 2, "0x") == 0;
+        double value = kNaN;
+        std::from_chars(word.data() + sign + (isHex ? 2 : 0), word.data() + word.size(), value,
+                        isHex ? std::chars_format::hex : std::chars_format::general);
+        values.push_back(sign == 1 ? -value : value);
     }
     return values;
 }
@@ -212,13 +217,7 @@ TEST(Models, DitherReadingThatIsNotFiniteRaisesTheRoundingError) {
     bss::WTriangleDitherFitFunction function(0.5, 4.0);
     for (const double x : {kInfinity, kNaN}) {
         EXPECT_THROW(DerivativesAt(function, x), std::runtime_error);
-        try {
-            function.Evaluate(x);
-            ADD_FAILURE() << "no error at " << x;
-        } catch (const std::runtime_error& error) {
-            EXPECT_TRUE(
-                std::string(error.what()).starts_with("Error in function boost::math::round<double>"));
-        }
+        EXPECT_THROW(function.Evaluate(x), std::runtime_error);
     }
 }
 

@@ -25,13 +25,4 @@ inline Signal MakeSignal(std::size_t length, std::uint64_t state) {
     return signal;
 }
 
-/// The root of the mean squared difference.
-inline double Distance(const Signal& a, const Signal& b) {
-    double sum = 0.0;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        sum += std::norm(a[i] - b[i]);
-    }
-    return std::sqrt(sum / static_cast<double>(a.size()));
-}
-
 #endif
