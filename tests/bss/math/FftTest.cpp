@@ -1,11 +1,13 @@
 #include "bss/math/WFFT.h"
 
 #include "Signals.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <memory>
+#include <new>
 
 #ifdef KRTBSS_HAS_FFTW
 #include <fftw3.h>
@@ -111,6 +113,23 @@ TEST(Fft, AnyLengthStaysInsideTheVectors) {
     Signal shorter = MakeSignal(4, 2);
     fft.ComplexFFT2(a, shorter);
     EXPECT_TRUE(SameBits(shorter, MakeSignal(4, 2)));
+}
+
+TEST(Fft, TransformAfterAFailedOneBuildsItsTables) {
+    SKIP_WITHOUT_FAILING_ALLOCATION();
+    const Signal signal = MakeSignal(128, 3);
+    Signal expected = signal;
+    bss::WFFT().ComplexFFT(expected);
+    for (long failing = 1; failing <= 5; ++failing) { // one of each table
+        bss::WFFT fft;
+        Signal actual = signal;
+        FailAllocation(failing);
+        EXPECT_THROW(fft.ComplexFFT(actual), std::bad_alloc) << failing;
+        EXPECT_EQ(actual, signal);
+        fft.ComplexFFT(actual);
+        EXPECT_EQ(actual, expected) << failing;
+    }
+    FailAllocation(0);
 }
 
 TEST(Fft, CopyGoesOnByItself) {

@@ -1,5 +1,6 @@
 #include "bss/math/EveryFunction.h"
 #include "bss/math/WFunctionFactory.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 
@@ -61,6 +62,16 @@ TEST(WFunction, ObjectsHaveTheirFactsAndClonesCarryEverythingAndShareNothing) {
         copy->SetCoefficient(0, -3.0);
         EXPECT_EQ(function.GetCoefficients(), values);
     }
+}
+
+TEST(WFunction, CloneThatFindsNoMemoryIsNull) {
+    SKIP_WITHOUT_FAILING_ALLOCATION();
+    for (const FunctionFacts& facts : EveryFunction()) {
+        FailAllocation(1);
+        EXPECT_EQ(facts.function->clone(), nullptr) << facts.name;
+    }
+    FailAllocation(1);
+    EXPECT_EQ(bss::WFunctionFactory::GetFunction(bss::WFunction::etGaussian), nullptr);
 }
 
 TEST(WFunction, ChiSquaredFactorIsChiSquaredByDegreesOfFreedomAndNeverBelowOne) {
