@@ -8,15 +8,21 @@
 
 namespace {
 
+std::atomic<long> g_allocations = 0;
 std::atomic<long> g_untilFailure = 0;
 
 } // namespace
+
+long CountAllocations() {
+    return g_allocations;
+}
 
 void FailAllocation(long n) {
     g_untilFailure = n;
 }
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
+    ++g_allocations;
     const bool fails = g_untilFailure > 0 && --g_untilFailure == 0;
     if (void* memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size)) {
         return memory;

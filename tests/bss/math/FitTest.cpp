@@ -7,6 +7,7 @@
 #include "bss/math/model/WGaussianFunction.h"
 #include "bss/math/model/WPolynomialFunction.h"
 #include "support/DebugOutput.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 
@@ -315,6 +316,29 @@ TEST(NonLinearFit, EvaluatesOncePerTrialAndDifferentiatesOncePerIteration) {
     EXPECT_EQ(Values({0.0, 1.0}), solved.function.GetCoefficients());
     EXPECT_EQ(0U, solved.fit.Iterations());
     EXPECT_EQ(8, solved.function.evaluations);
+}
+
+TEST(NonLinearFit, AllocatesNothingPerPointOrIteration) {
+    SKIP_WITHOUT_FAILING_ALLOCATION();
+    const auto allocations = [](int points, double start) {
+        bss::WGaussianFunction peak;
+        peak.SetCoefficients({3.0, 2.5, 1.0, 0.5, 0.1});
+        FitOfData<bss::WNonLinearLeastSquaresFit, bss::WGaussianFunction> problem(peak);
+        problem.x.clear();
+        problem.y.clear();
+        for (int i = 0; i < points; ++i) {
+            problem.x.push_back(5.0 * i / points);
+            problem.y.push_back(peak.Evaluate(problem.x.back()));
+        }
+        problem.function.SetCoefficient(2, start);
+        const long before = CountAllocations();
+        EXPECT_EQ(0, problem.Perform());
+        return CountAllocations() - before;
+    };
+    const long few = allocations(200, 1.001);
+    EXPECT_GT(few, 0) << "the counter sees the library";
+    EXPECT_EQ(few, allocations(200, 1.2));
+    EXPECT_EQ(few, allocations(5000, 1.2));
 }
 
 TEST(NonLinearFit, DebugOutputHasTheReportOfAFailureAndIfTracedTheTestThatPassed) {
