@@ -21,30 +21,36 @@
 #include <vector>
 
 struct FunctionFacts {
+    std::string name; // as in math_golden.txt
     std::unique_ptr<bss::WFunction> function;
     int type;
-    std::vector<std::wstring> names;
     bool covarianceOfZeros;
+    std::vector<std::wstring> names;
 };
 
 inline std::vector<FunctionFacts> EveryFunction() {
     using namespace bss;
     std::vector<FunctionFacts> all;
-    const auto add = [&all](WFunction* function, int type, std::vector<std::wstring> names, bool zeros) {
-        all.push_back({std::unique_ptr<WFunction>(function), type, std::move(names), zeros});
+    const auto add = [&all](const char* name, WFunction* function, int type, bool zeros,
+                            std::vector<std::wstring> names) {
+        all.push_back({name, std::unique_ptr<WFunction>(function), type, zeros, std::move(names)});
     };
-    add(new WPolynomialFunction, 1, {}, false);
-    add(new WGaussianFunction, 2, {L"amplitude", L"center", L"width", L"offset", L"slope"}, false);
-    add(new WExponentialFunction, 3, {L"A0", L"A1", L"A2", L"A3"}, true);
-    add(new WExponentialPolynomialFunction, 4, {}, false);
-    add(new WBroadeningFunction, 5, {L"instrumental term", L"mixing term"}, false);
-    add(new WExponentialDecayFunction, 6, {L"A0", L"A1", L"A2", L"A3"}, true);
-    add(new WFermiDiracFunction, 7, {L"A0", L"A1", L"A2"}, false);
-    add(new WCumulantsFunction, 8, {L"A0", L"A1", L"A2", L"A3"}, true);
-    add(new WGaussianCumulantsFunction, 9, {L"A0", L"A1", L"A2", L"A3"}, true);
-    add(new WSimpleExponentialDecayFunction, 10, {L"A0", L"A1", L"A2"}, true);
-    add(new WSineFunction, 11, {L"A0", L"A1", L"omega", L"phi"}, false);
-    add(new WTriangleDitherFitFunction(0.5, 8.0), 0, {L"offset", L"amplitude", L"bin width"}, false);
+    const std::vector<std::wstring> four{L"A0", L"A1", L"A2", L"A3"};
+    const std::vector<std::wstring> three{L"A0", L"A1", L"A2"};
+    add("polynomial", new WPolynomialFunction, 1, false, {});
+    add("gaussian", new WGaussianFunction, 2, false,
+        {L"amplitude", L"center", L"width", L"offset", L"slope"});
+    add("exponential", new WExponentialFunction, 3, true, four);
+    add("exponential_polynomial", new WExponentialPolynomialFunction, 4, false, {});
+    add("broadening", new WBroadeningFunction, 5, false, {L"instrumental term", L"mixing term"});
+    add("exponential_decay", new WExponentialDecayFunction, 6, true, four);
+    add("fermi_dirac", new WFermiDiracFunction, 7, false, three);
+    add("cumulants", new WCumulantsFunction, 8, true, four);
+    add("gaussian_cumulants", new WGaussianCumulantsFunction, 9, true, four);
+    add("simple_exponential_decay", new WSimpleExponentialDecayFunction, 10, true, three);
+    add("sine", new WSineFunction, 11, false, {L"A0", L"A1", L"omega", L"phi"});
+    add("triangle_dither", new WTriangleDitherFitFunction(0.5, 8.0), 0, false,
+        {L"offset", L"amplitude", L"bin width"});
     return all;
 }
 

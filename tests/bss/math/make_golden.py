@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes tests/data/math_golden.txt: values and derivatives of the model functions on a grid.
 
-    python3 tests/math/make_golden.py > tests/data/math_golden.txt      (needs mpmath)
+    python3 tests/bss/math/make_golden.py > tests/data/math_golden.txt      (needs mpmath)
 
 The formulas are written here a second time, with Python's floats, which are IEEE doubles, in the order of operations
 that the functions promise. exp, sin, cos, pow and erfc come from mpmath, rounded to the nearest double, so that the file
@@ -311,7 +311,7 @@ def text(value):
 
 
 if __name__ == "__main__":
-    print("# Made by tests/math/make_golden.py, which tells what the columns and bounds are.")
+    print("# Made by tests/bss/math/make_golden.py, which tells what the columns and bounds are.")
     for model, sets, xs in GRID:
         for c in sets:
             for x in xs:

@@ -1,4 +1,4 @@
-#include "support/AllocationCounter.h"
+#include "support/FailingAllocation.h"
 
 #ifndef _WIN32
 
@@ -9,6 +9,7 @@
 namespace {
 
 std::atomic<long> g_allocations = 0;
+std::atomic<long> g_untilFailure = 0;
 
 } // namespace
 
@@ -16,9 +17,14 @@ long CountAllocations() {
     return g_allocations;
 }
 
+void FailAllocation(long n) {
+    g_untilFailure = n;
+}
+
 [[gnu::noinline]] void* operator new(std::size_t size) {
     ++g_allocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+    const bool fails = g_untilFailure > 0 && --g_untilFailure == 0;
+    if (void* memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size)) {
         return memory;
     }
     throw std::bad_alloc();
