@@ -39,10 +39,11 @@ using errno_t = int;
 /// file fails with ENOTDIR instead of ENOENT, and null arguments do not end the program.
 KRTPAL_API errno_t _wfopen_s(std::FILE** file, LPCWSTR path, LPCWSTR mode); // NOLINT(bugprone-*)
 
-/// Return 0 and store the English text of an errno value, cut to `size` characters with the NUL; "Unknown
+/// Returns 0 and stores the English text of an errno value, cut to `size` characters with the NUL; "Unknown
 /// error" for another number.
-/// Fail with EINVAL for a null buffer or a size of 0.
+/// Fails with EINVAL for a null buffer or a size of 0.
 KRTPAL_API errno_t _wcserror_s(LPWSTR buffer, SIZE_T size, int number); // NOLINT(bugprone-*)
+/// Stores narrow text. Otherwise as _wcserror_s.
 KRTPAL_API errno_t strerror_s(LPSTR buffer, SIZE_T size, int number);
 
 } // namespace krtpal

@@ -37,10 +37,11 @@ using RPC_STATUS = LONG;
 
 inline constexpr RPC_STATUS RPC_S_OK = 0;
 
-/// Compare all 16 bytes.
+/// Returns whether all 16 bytes are equal.
 inline bool operator==(const GUID& a, const GUID& b) {
     return __builtin_memcmp(&a, &b, sizeof(GUID)) == 0;
 }
+/// Returns whether any byte differs.
 inline bool operator!=(const GUID& a, const GUID& b) {
     return !(a == b);
 }

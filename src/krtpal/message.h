@@ -162,7 +162,7 @@ KRTPAL_API BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LP
 /// ERROR_NOT_ENOUGH_QUOTA if the queue is full.
 KRTPAL_API BOOL WINAPI PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam);
 /// Requests WM_QUIT with this code in wParam for the calling thread. It is returned when PeekMessageW finds
-/// no other message.
+/// no other message that passes its filter.
 KRTPAL_API void WINAPI PostQuitMessage(int exitCode);
 /// Returns TRUE and stores the first message that passes the filter, in the order of posting; with PM_REMOVE
 /// it leaves the queue. Returns FALSE if there is none. Does not wait.

@@ -30,13 +30,15 @@ namespace krtpal {
 inline constexpr DWORD PROCESS_VM_READ = 0x0010;
 inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x0400;
 
-/// Return the kernel's numbers of the calling thread and process, by which the system's tools list them. They
-/// are never 0. After a fork the child has its own.
+/// Returns the kernel's number of the calling thread, by which the system's tools list it. It is never 0.
 KRTPAL_API DWORD WINAPI GetCurrentThreadId();
+/// Returns the kernel's number of the calling process. After a fork the child has its own.
 KRTPAL_API DWORD WINAPI GetCurrentProcessId();
-/// Return pseudo-handles of the calling process and thread. They are constants and must not be closed;
-/// OpenProcessToken, OpenThreadToken, DuplicateHandle and the calls below take them, waits do not.
+/// Returns a pseudo-handle of the calling process. It is a constant and must not be closed. OpenProcessToken,
+/// DuplicateHandle and the calls below take it; waits do not.
 KRTPAL_API HANDLE WINAPI GetCurrentProcess();
+/// Returns a pseudo-handle of the calling thread. It is a constant and must not be closed. OpenThreadToken
+/// takes it.
 KRTPAL_API HANDLE WINAPI GetCurrentThread();
 
 /// Returns a handle to a running process, to be closed by CloseHandle. It never refers to a later process of

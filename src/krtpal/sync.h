@@ -16,10 +16,11 @@
 // closed, invented or of another kind is rejected by every call with ERROR_INVALID_HANDLE. A handle may be
 // closed while waits use it: the waits continue, and the object lives until they end.
 //
-// Names. A named object is shared by all processes of one user ("Local\" or no prefix) or of the machine
-// ("Global\"). It lives as long as any handle to it; nothing of it survives a crash of its last holder. Names
-// are case-sensitive, have at most 260 characters including the prefix, and no backslash after it. All kinds
-// of objects share one name space. An empty name means an unnamed object.
+// Names. Processes share an object by its name. "Local\" names (or names without prefix) belong to one
+// user, "Global\" names to the machine; only processes of the user who created an object can open it. The
+// object lives as long as any handle to it; its state does not survive a crash of its last holder. Names
+// are case-sensitive, have at most 260 characters including the prefix, and no backslash after it. All
+// kinds of objects share one name space. An empty name means an unnamed object.
 //
 // Fairness. A unit that is released while threads wait goes to one of them, never to a thread that comes
 // later. The order among waiting threads is not defined.

@@ -111,11 +111,12 @@ KRTPAL_API INT WINAPI VariantTimeToSystemTime(double date, SYSTEMTIME* time);
 /// Fails with TIME_ZONE_ID_INVALID and ERROR_INVALID_PARAMETER for null. Unlike on Windows, names are
 /// abbreviations.
 KRTPAL_API DWORD WINAPI GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone);
-/// Return TRUE and convert between UTC and the local time of a zone; a null zone is that of the process.
-/// Fail with ERROR_INVALID_PARAMETER for null times, fields out of range, invalid rules of the zone, or a
+/// Returns TRUE and converts UTC to the local time of a zone; a null zone is that of the process.
+/// Fails with ERROR_INVALID_PARAMETER for null times, fields out of range, invalid rules of the zone, or a
 /// result out of range.
 KRTPAL_API BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* zone,
                                                        const SYSTEMTIME* utc, SYSTEMTIME* local);
+/// Returns TRUE and converts the local time of a zone to UTC. Otherwise as SystemTimeToTzSpecificLocalTime.
 KRTPAL_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* zone,
                                                        const SYSTEMTIME* local, SYSTEMTIME* utc);
 

@@ -147,24 +147,27 @@ inline constexpr HRESULT DISP_E_BADVARTYPE = static_cast<HRESULT>(0x80020008U);
 inline constexpr HRESULT DISP_E_OVERFLOW = static_cast<HRESULT>(0x8002000AU);
 inline constexpr HRESULT DISP_E_ARRAYISLOCKED = static_cast<HRESULT>(0x8002000DU);
 
-/// Classify a result. Functions, not macros as on Windows; arguments are evaluated once.
+/// Returns true for a success. A function, not a macro as on Windows, as are those below.
 constexpr bool SUCCEEDED(HRESULT result) {
     return result >= 0;
 }
+/// Returns true for a failure.
 constexpr bool FAILED(HRESULT result) {
     return result < 0;
 }
-/// Return the lower or upper half of the lowest 32 bits.
+/// Returns the lower 16 bits.
 constexpr WORD LOWORD(DWORD_PTR value) {
     return static_cast<WORD>(value & 0xFFFF);
 }
+/// Returns bits 16 to 31.
 constexpr WORD HIWORD(DWORD_PTR value) {
     return static_cast<WORD>((value >> 16) & 0xFFFF);
 }
-/// Return the lower or upper half of the lowest 16 bits.
+/// Returns the lower 8 bits.
 constexpr BYTE LOBYTE(DWORD_PTR value) {
     return static_cast<BYTE>(value & 0xFF);
 }
+/// Returns bits 8 to 15.
 constexpr BYTE HIBYTE(DWORD_PTR value) {
     return static_cast<BYTE>((value >> 8) & 0xFF);
 }

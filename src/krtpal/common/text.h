@@ -88,8 +88,9 @@ KRTPAL_API std::wstring WidenText(std::string_view text);
 /// Converts wide text to narrow text in the current code page. Characters without a form become U+FFFD, or
 /// the system's replacement on Windows.
 KRTPAL_API std::string NarrowText(std::wstring_view text);
-/// Convert between UTF-8 and wide text in every code page. Malformed text becomes U+FFFD.
+/// Converts UTF-8 to wide text in every code page. Malformed text becomes U+FFFD.
 KRTPAL_API std::wstring WideFromUtf8(std::string_view text);
+/// Converts wide text to UTF-8 in every code page. Lone surrogates and values above U+10FFFF become U+FFFD.
 KRTPAL_API std::string Utf8FromWide(std::wstring_view text);
 
 } // namespace krtpal
