@@ -28,14 +28,14 @@ install(FILES "${CMAKE_BINARY_DIR}/krtbssConfig.cmake" "${CMAKE_BINARY_DIR}/krtb
               cmake/KrtbssVersionResource.cmake cmake/versionresource.cpp.in cmake/versionresource.rc.in
         DESTINATION ${package_dir})
 
-# From the folder of the pkg-config file to the prefix, which so can be moved.
+# The prefix relative to the folder of the pkg-config file: the installed tree can be moved.
 file(RELATIVE_PATH KRTBSS_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
 configure_file(cmake/krtbss.pc.in "${CMAKE_BINARY_DIR}/krtbss.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/krtbss.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 if(MINGW)
-    # The compiler's runtime goes along: program and DLL have to share one.
+    # The compiler's runtime is installed too: a program and the DLL must share one.
     foreach(runtime IN ITEMS libgcc_s_seh-1.dll libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll)
         execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${runtime} OUTPUT_VARIABLE runtime_file
                         OUTPUT_STRIP_TRAILING_WHITESPACE)

@@ -1,4 +1,4 @@
-# What every target of this project is compiled with. Linked privately, so that nothing of it reaches a client.
+# Compiler options of every target of this project. Linked privately, so that clients do not inherit them.
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
@@ -8,7 +8,7 @@ endif()
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 if(WIN32)
-    # A program and its DLL have to lie in one folder.
+    # A program and its DLL must be in one folder.
     set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 endif()
 
@@ -19,16 +19,16 @@ target_compile_options(krtbss_options INTERFACE -Wall -Wextra -Wconversion -Wsha
 if(KRTBSS_WERROR)
     target_compile_options(krtbss_options INTERFACE -Werror)
 endif()
-# Results of pure arithmetic have the same bits on every target: no contraction, and a double is a double.
+# Results of pure arithmetic have the same bits on every target: no contraction, and no extended precision.
 target_compile_options(krtbss_options INTERFACE -ffp-contract=off)
 if(WIN32)
-    # C++ names of the C library only; wide names are the names.
+    # The wide functions of the Win32 API, and no macros min and max.
     target_compile_definitions(krtbss_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
                                                         _WIN32_WINNT=0x0601)
     if(CMAKE_SIZEOF_VOID_P EQUAL 4)
         target_compile_options(krtbss_options INTERFACE -msse2 -mfpmath=sse -mstackrealign)
     endif()
-    # Debian's header-only libraries serve the cross compilers too, through a folder that holds nothing else.
+    # The cross compilers use Debian's header-only libraries through a folder that contains nothing else.
     set(cross_include "${CMAKE_BINARY_DIR}/cross-include")
     file(MAKE_DIRECTORY "${cross_include}")
     foreach(library IN ITEMS boost)

@@ -1,18 +1,18 @@
 # krtbss_version_resource(TARGET
 #     VERSION 1.2.3.4                 file version, up to four numbers up to 65535
-#     [PRODUCT_VERSION 1.2.3.4]       as VERSION unless given
+#     [PRODUCT_VERSION 1.2.3.4]       default: VERSION
 #     [DESCRIPTION text] [PRODUCT text] [COMPANY text] [COPYRIGHT text]
 #     [PRIVATE_BUILD text] [SPECIAL_BUILD text]
 #     [KRT_FILE_VERSION 5.3.2.0] [KRT_IO_VERSION 5.3.2.0]
 #     [LANGUAGE 0409] [CODE_PAGE 04b0]    four hexadecimal digits each
 #     [TRANSLATIONS 040704e4 ...]     further tables with the same texts: language and code page
-#     [OS 0x40004] [TYPE 2] [SUBTYPE 0])  numbers of the fixed part; the type is that of the target unless given
+#     [OS 0x40004] [TYPE 2] [SUBTYPE 0])  numbers of the fixed part; default type: that of the target
 #
-# Gives a program or shared library a version resource, which bss::WVersionResource reads from the loaded module: on
-# Windows by the resource compiler (language RC), elsewhere by a note in the ELF file with the same bytes (language CXX,
-# C++20). Texts are UTF-8; those that are left out or empty are not in the resource.
+# Adds a version resource to a program or shared library. bss::WVersionResource reads it from the loaded module. On
+# Windows the resource compiler makes it (language RC), elsewhere a note in the ELF file has the same bytes (language CXX,
+# C++20). Texts are UTF-8; a text that is missing or empty is not in the resource.
 
-# "1.2.3" as "1,2,3,0"
+# Sets `result` to the numbers of a version: "1,2,3,0" for "1.2.3".
 function(_krtbss_version_numbers version result)
     if(NOT version MATCHES "^[0-9]+(\\.[0-9]+)?(\\.[0-9]+)?(\\.[0-9]+)?$")
         message(FATAL_ERROR "krtbss_version_resource: '${version}' is no version of up to four numbers")
@@ -69,7 +69,7 @@ function(krtbss_version_resource target)
     _krtbss_version_numbers(${arg_VERSION} FILE_NUMBERS)
     _krtbss_version_numbers(${arg_PRODUCT_VERSION} PRODUCT_NUMBERS)
 
-    # The strings, once in the resource compiler's form and once in C++'s.
+    # The strings in the form of the resource compiler and in that of C++.
     string(REPLACE "," "." arg_FILE_VERSION "${FILE_NUMBERS}")
     string(REPLACE "," "." arg_PRODUCT_VERSION "${PRODUCT_NUMBERS}")
     set(strings_rc "")

@@ -1,4 +1,4 @@
-# Windows by Debian's mingw-w64 compilers (POSIX threads), run under Wine.
+# 64-bit Windows: Debian's mingw-w64 compilers with POSIX threads; programs run under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(triple x86_64-w64-mingw32)
@@ -9,7 +9,7 @@ set(CMAKE_FIND_ROOT_PATH /usr/${triple})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-# One compiler runtime for program and DLL, so that exceptions cross the border by type.
+# Programs and DLLs share one compiler runtime, so that exceptions cross the border by type.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-shared-libgcc")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-shared-libgcc")
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../../scripts/run-wine;${triple}")

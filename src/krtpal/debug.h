@@ -2,10 +2,18 @@
 //
 //     OutputDebugStringW(L"cannot open the file\n");
 //
-// On Linux the text goes nowhere unless the environment variable KRTBSS_DEBUG_OUTPUT says where: "stderr", or
-// the name of a file, to which it is appended as UTF-8. No line end is added. The last error stays as it is.
+// On Windows the text goes to the attached debugger. On Linux the environment variable KRTBSS_DEBUG_OUTPUT
+// selects the destination; it is read at each call:
 //
-// Threads: may be called from any thread; the texts of two calls do not mix.
+//     not set or empty    the text is dropped
+//     stderr              the text is written to standard error
+//     anything else       the text is appended to the file of that name, created with mode 0644
+//
+// The text is written as UTF-8. No line end is added. Write failures are ignored. The last error is
+// unchanged.
+//
+// Threads: may be called from any thread, also from static destructors. The text of one call is not
+// interleaved with that of another call in the same process.
 
 #ifndef KRTPAL_DEBUG_H
 #define KRTPAL_DEBUG_H
@@ -17,9 +25,9 @@
 
 namespace krtpal {
 
-/// Null is ignored.
+/// Writes wide text. Null is ignored.
 KRTPAL_API void WINAPI OutputDebugStringW(LPCWSTR text);
-/// Narrow text is UTF-8.
+/// Writes narrow text, unchanged: UTF-8 on Linux, the current code page on Windows. Null is ignored.
 KRTPAL_API void WINAPI OutputDebugStringA(LPCSTR text);
 
 } // namespace krtpal

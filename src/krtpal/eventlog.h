@@ -5,9 +5,9 @@
 //     ReportEventW(source, EVENTLOG_WARNING_TYPE, 1, 1001, nullptr, 1, 0, texts, nullptr);
 //     DeregisterEventSource(source);
 //
-// On Linux an entry is a message to the system's log daemon: a datagram to /dev/log, or to the socket that
-// the environment variable KRTBSS_SYSLOG_SOCKET names. The first text is the entry; line ends in it become
-// blanks.
+// On Linux an entry is a datagram to the system's log daemon, in the form of RFC 3164: to /dev/log, or to the
+// socket that the environment variable KRTBSS_SYSLOG_SOCKET names. The entry has the first text only; line
+// ends in it become blanks. An entry is cut at 8192 bytes, between characters.
 //
 // Threads: all calls may be used from any thread.
 
@@ -22,6 +22,8 @@
 
 namespace krtpal {
 
+/// Types of entries. They become severities of the facility user: error, warning, otherwise informational.
+/// Audits go to the facility security, with the severity notice (success) or warning (failure).
 inline constexpr WORD EVENTLOG_SUCCESS = 0x0000;
 inline constexpr WORD EVENTLOG_ERROR_TYPE = 0x0001;
 inline constexpr WORD EVENTLOG_WARNING_TYPE = 0x0002;
@@ -29,11 +31,19 @@ inline constexpr WORD EVENTLOG_INFORMATION_TYPE = 0x0004;
 inline constexpr WORD EVENTLOG_AUDIT_SUCCESS = 0x0008;
 inline constexpr WORD EVENTLOG_AUDIT_FAILURE = 0x0010;
 
-/// Null and the last error if there is no daemon, or for a server that is not null.
+/// Returns a handle to a connection to the log, to be closed by DeregisterEventSource. The source precedes
+/// each entry; blanks and control characters in it become underscores.
+/// Fails with null and the code of errno if there is no daemon (ERROR_FILE_NOT_FOUND), ERROR_NOT_SUPPORTED
+/// for a server that is not null, ERROR_INVALID_PARAMETER for a null or empty source. Unlike Windows, the
+/// source needs no entry in the registry.
 KRTPAL_API HANDLE WINAPI RegisterEventSourceW(LPCWSTR server, LPCWSTR source);
+/// Returns TRUE and closes the handle.
+/// Fails with ERROR_INVALID_HANDLE if the handle is not that of a source.
 KRTPAL_API BOOL WINAPI DeregisterEventSource(HANDLE source);
-/// The first of the texts; the category, the number, the user and the data count for nothing. FALSE and the
-/// last error if the daemon did not take it.
+/// Returns TRUE after the daemon has taken the entry; connects again once if the daemon was restarted. The
+/// category, the number, the user, the data and all texts except the first are ignored.
+/// Fails with ERROR_INVALID_HANDLE if the handle is not that of a source, ERROR_INVALID_PARAMETER without a
+/// text, otherwise with the code of errno.
 KRTPAL_API BOOL WINAPI ReportEventW(HANDLE source, WORD type, WORD category, DWORD eventId, PSID user,
                                     WORD count, DWORD dataSize, LPCWSTR* texts, LPVOID data);
 

@@ -1,6 +1,10 @@
-// KRTPAL_API: exported from the library's module when it is built, imported from it elsewhere.
-// KRTPAL_TYPE_API: for class templates, whose code is in the client: only their type information has to be
-// shared.
+// Export macros of the declarations in namespace krtpal.
+//
+// KRTPAL_API marks functions and variables of the library: exported while the library is built
+// (KRTBSS_BUILDING is defined), imported in client code.
+//
+// KRTPAL_TYPE_API marks class templates. Their code is instantiated in the client, so only their type
+// information has to be shared; on Windows, where types are compared by name, it is empty.
 
 #ifndef KRTPAL_EXPORT_H
 #define KRTPAL_EXPORT_H

@@ -6,8 +6,11 @@
 //         _wcserror_s(text, 260, errno);
 //     }
 //
-// On Linux paths are UTF-8 on disk, a path that has no such form can't be opened, and nothing is translated
-// in text mode. Files that are open are not inherited by programs that are started.
+// On Linux paths are stored as UTF-8, and text mode translates nothing. Files are not locked against other
+// openers, whereas Windows opens a file for one writer or for readers. Programs that the process starts do
+// not inherit open files.
+//
+// Errors are values of errno, both as the result and in errno. The last error is unchanged.
 //
 // Threads: errno belongs to the calling thread. All calls may be used from any thread.
 
@@ -26,15 +29,21 @@
 
 namespace krtpal {
 
+/// 0 or a value of errno.
 using errno_t = int;
 
-/// Modes are r, w or a, with + and b behind it. 0, or the error, which errno has too, and a null file. A
-/// folder is refused with EACCES, whatever the mode; a path without a form in UTF-8 with EILSEQ.
+/// Returns 0 and sets `*file` to an open file, which the caller closes by std::fclose. Modes are r, w or a,
+/// followed by + and b in any order.
+/// Fails with null in `*file` and EINVAL for null or another mode, EILSEQ if the path has no form in UTF-8,
+/// EACCES for a folder in every mode, otherwise with the system's error. Unlike Windows, a path through a
+/// file fails with ENOTDIR instead of ENOENT, and null arguments do not end the program.
 KRTPAL_API errno_t _wfopen_s(std::FILE** file, LPCWSTR path, LPCWSTR mode); // NOLINT(bugprone-*)
 
-/// The text of an errno value, cut to `size` characters with the NUL; "Unknown error" for others. EINVAL for
-/// a null buffer or no room.
+/// Returns 0 and stores the English text of an errno value, cut to `size` characters with the NUL; "Unknown
+/// error" for another number.
+/// Fails with EINVAL for a null buffer or a size of 0.
 KRTPAL_API errno_t _wcserror_s(LPWSTR buffer, SIZE_T size, int number); // NOLINT(bugprone-*)
+/// Stores narrow text. Otherwise as _wcserror_s.
 KRTPAL_API errno_t strerror_s(LPSTR buffer, SIZE_T size, int number);
 
 } // namespace krtpal

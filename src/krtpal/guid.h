@@ -21,6 +21,8 @@
 
 namespace krtpal {
 
+/// A 128-bit identifier in the binary layout of Windows. In memory the first three members have the byte
+/// order of the processor.
 struct GUID {
     ULONG Data1;
     USHORT Data2;
@@ -28,25 +30,30 @@ struct GUID {
     UCHAR Data4[8];
 };
 using UUID = GUID;
+/// GUID by reference; UUID is another name of the type.
 using REFGUID = const GUID&;
+/// Status of UuidCompare, always RPC_S_OK.
 using RPC_STATUS = LONG;
 
 inline constexpr RPC_STATUS RPC_S_OK = 0;
 
+/// Returns whether all 16 bytes are equal.
 inline bool operator==(const GUID& a, const GUID& b) {
     return __builtin_memcmp(&a, &b, sizeof(GUID)) == 0;
 }
+/// Returns whether any byte differs.
 inline bool operator!=(const GUID& a, const GUID& b) {
     return !(a == b);
 }
 
-/// A random identifier (RFC 4122, version 4). E_POINTER for null, E_FAIL where the system has no random
-/// numbers.
+/// Returns S_OK and stores a random identifier (RFC 4122, version 4).
+/// Fails with E_POINTER for null, E_FAIL if the system has no random numbers.
 KRTPAL_API HRESULT WINAPI CoCreateGuid(GUID* id);
-/// 39 with the closing NUL; 0 if `count` characters are not enough.
+/// Returns 39 and stores the identifier in braces, in upper case, with a NUL.
+/// Fails with 0 for a null text or if `count` characters are fewer than 39.
 KRTPAL_API int WINAPI StringFromGUID2(REFGUID id, LPWSTR text, int count);
-/// -1, 0 or 1 by Data1, Data2, Data3 and the bytes of Data4, all without sign. Null is the identifier of
-/// zeros.
+/// Returns -1, 0 or 1 by Data1, Data2, Data3 and the bytes of Data4, all unsigned. Null means the identifier
+/// of zeros. `*status`, unless it is null, is set to RPC_S_OK.
 KRTPAL_API int WINAPI UuidCompare(UUID* a, UUID* b, RPC_STATUS* status);
 
 } // namespace krtpal

@@ -1,14 +1,24 @@
-// Integer, handle and result types of the Win32 API, with the widths that they have on Windows.
+// Integer, pointer, handle and result types of the Win32 API, with the widths that they have on Windows.
 //
-// On Windows these are the system's own. On Linux they live in namespace krtpal and are visible everywhere,
-// so that one source reads the same on both:
-//
-//     DWORD error = GetLastError();           // exactly 32 bits, on every target
+//     DWORD error = GetLastError();           // exactly 32 bits on every target
 //     LONGLONG ticks = 10'000'000;            // always long long
 //
-// There are no A and W macros: the wide names are the names. A program that wants the names unqualified
-// outside bss includes krtpal/unqualified.h. Headers of ODBC may be included before or after: of their
-// macros, BOOL is put aside here.
+// On Windows these are the system's own types. On Linux this header and its neighbours declare them in
+// namespace krtpal, so that the global namespace of a client stays clean:
+//
+//     bss, hss    have every name by a using-declaration at the end of each header
+//     a client    writes krtpal::DWORD, or includes krtpal/unqualified.h and writes DWORD
+//
+// There are no A and W macros: the wide names (CreateEventW) are the only names.
+//
+// ODBC's headers may be included before or after the headers of this layer. Macros BOOL, TRUE and FALSE are
+// put aside while this header declares those names, and restored at its end.
+//
+// Each call of this layer documents its Linux implementation, in this order: what it returns, what it
+// requires, the last-error codes of its failures, its differences from Windows. CONTRACT.md, beside this
+// header, has the same promises as tables.
+//
+// Threads: types and constants only.
 
 #ifndef KRTPAL_TYPES_H
 #define KRTPAL_TYPES_H
@@ -17,7 +27,8 @@
 #include <windows.h>
 
 namespace krtpal {
-// For declarations outside of bss, which name these types in the same way on both systems.
+/// Names for declarations outside bss and hss, so that krtpal::DWORD and its relatives are spelled alike on
+/// both systems.
 using ::BOOL, ::DWORD, ::HANDLE, ::HINSTANCE, ::HMODULE, ::LPVOID;
 } // namespace krtpal
 #else
@@ -31,6 +42,8 @@ using ::BOOL, ::DWORD, ::HANDLE, ::HINSTANCE, ::HMODULE, ::LPVOID;
 #undef TRUE
 #undef FALSE
 
+/// Calling conventions. Linux has only one, so these are empty; they stay in declarations because Windows
+/// needs them.
 #define WINAPI
 #define CALLBACK
 #define APIENTRY
@@ -38,6 +51,9 @@ using ::BOOL, ::DWORD, ::HANDLE, ::HINSTANCE, ::HMODULE, ::LPVOID;
 
 namespace krtpal {
 
+/// Integers and characters. Widths are those of Windows and are asserted below. LONG, ULONG and DWORD have 32
+/// bits although long has 64 bits on Linux. BOOL is FALSE or any other value; calls of this layer return
+/// TRUE.
 using BOOL = int;
 using BOOLEAN = unsigned char;
 using CHAR = char;
@@ -56,6 +72,7 @@ using LONGLONG = long long;
 using ULONGLONG = unsigned long long;
 using FLOAT = float;
 
+/// Integers with the width of a pointer.
 using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;
@@ -63,6 +80,7 @@ using ULONG_PTR = std::uintptr_t;
 using DWORD_PTR = std::uintptr_t;
 using SIZE_T = std::size_t;
 
+/// Pointers. LPSTR and its relatives point to UTF-8 on Linux, LPWSTR and its relatives to UTF-32.
 using PVOID = void*;
 using LPVOID = void*;
 using LPCVOID = const void*;
@@ -81,28 +99,37 @@ using LPCWSTR = const wchar_t*;
 using PCWSTR = const wchar_t*;
 using LPCWCH = const wchar_t*;
 
-/// A kernel object or a standard stream.
+/// Names a kernel object, a standard stream or the process's heap. Handles of kernel objects are numbers, not
+/// addresses; each call that opens one states which call closes it. A handle is valid in its own process
+/// only.
 using HANDLE = void*;
-/// A loaded module: the address of its entry in the dynamic linker's list, which is also what dlopen gives.
+/// Names a loaded module. On Linux it is the address of the module's entry in the dynamic linker's list,
+/// which dlopen returns too. It is not a kernel handle: FreeLibrary releases it, CloseHandle rejects it.
 struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
 
+/// Language and locale identifiers. The neutral and the English ones are supported.
 using LANGID = WORD;
 using LCID = DWORD;
 
+/// Results of the OLE calls. Negative values are failures; the last error is not set.
 using HRESULT = LONG;
 using SCODE = LONG;
 
+/// The values of BOOL.
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
+/// Size of a path buffer in characters, including the NUL. Linux has longer paths: calls that fill such a
+/// buffer report ERROR_INSUFFICIENT_BUFFER.
 inline constexpr DWORD MAX_PATH = 260;
-/// Time-outs of all bits set mean for ever.
+/// A time-out that never ends. Time-outs are in milliseconds.
 inline constexpr DWORD INFINITE = 0xFFFFFFFF;
 
-/// What calls that open something give on failure, where null could be a value.
+/// Returned on failure by calls for which null is a valid result (GetStdHandle).
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1));
 
+/// Codes of HRESULT. Only those that this library meets are declared.
 inline constexpr HRESULT S_OK = 0;
 inline constexpr HRESULT S_FALSE = 1;
 inline constexpr HRESULT E_NOTIMPL = static_cast<HRESULT>(0x80004001U);
@@ -120,21 +147,27 @@ inline constexpr HRESULT DISP_E_BADVARTYPE = static_cast<HRESULT>(0x80020008U);
 inline constexpr HRESULT DISP_E_OVERFLOW = static_cast<HRESULT>(0x8002000AU);
 inline constexpr HRESULT DISP_E_ARRAYISLOCKED = static_cast<HRESULT>(0x8002000DU);
 
+/// Returns true for a success. A function, not a macro as on Windows, as are those below.
 constexpr bool SUCCEEDED(HRESULT result) {
     return result >= 0;
 }
+/// Returns true for a failure.
 constexpr bool FAILED(HRESULT result) {
     return result < 0;
 }
+/// Returns the lower 16 bits.
 constexpr WORD LOWORD(DWORD_PTR value) {
     return static_cast<WORD>(value & 0xFFFF);
 }
+/// Returns bits 16 to 31.
 constexpr WORD HIWORD(DWORD_PTR value) {
     return static_cast<WORD>((value >> 16) & 0xFFFF);
 }
+/// Returns the lower 8 bits.
 constexpr BYTE LOBYTE(DWORD_PTR value) {
     return static_cast<BYTE>(value & 0xFF);
 }
+/// Returns bits 8 to 15.
 constexpr BYTE HIBYTE(DWORD_PTR value) {
     return static_cast<BYTE>((value >> 8) & 0xFF);
 }

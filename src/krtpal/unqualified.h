@@ -1,12 +1,15 @@
-// The names of the system, unqualified in every namespace.
+// Makes the names of the system visible without qualification in every namespace.
 //
 //     #include "krtpal/unqualified.h"
 //
-//     SYSTEMTIME time = bss::WSystemTimeEx().GetDateTime();      // on Linux otherwise krtpal::SYSTEMTIME
+//     SYSTEMTIME time = bss::WSystemTimeEx().GetDateTime();      // without it: krtpal::SYSTEMTIME
 //
-// On Windows they are global in any case. On Linux this header makes them visible in the source that includes
-// it, which leaves those ambiguous that other headers define globally, too (those of ODBC: ULONG, DWORD and
-// others).
+// On Windows the names are global, and this header has no effect. On Linux it is one using-directive for
+// namespace krtpal, which covers all headers of this layer, also those that are included later.
+//
+// Include it in source files only, never in a header, and after the headers of ODBC, which do not compile
+// after it. Names that ODBC's headers declare with another type are ambiguous in such a source (with
+// unixODBC: ULONG, WCHAR, LPWSTR, LPCWSTR, HINSTANCE, HWND): write krtpal::ULONG there.
 
 #ifndef KRTPAL_UNQUALIFIED_H
 #define KRTPAL_UNQUALIFIED_H
@@ -14,7 +17,7 @@
 #include "krtpal/types.h"
 
 #ifndef _WIN32
-using namespace krtpal; // NOLINT(google-build-using-namespace): what this header is for
+using namespace krtpal; // NOLINT(google-build-using-namespace): the purpose of this header
 #endif
 
 #endif

@@ -1,10 +1,11 @@
-// Who and where the process is: user, machine and desktop.
+// The user, the machine and the desktop of the process.
 //
-//     wchar_t name[257];
-//     DWORD size = 257;
+//     wchar_t name[UNLEN + 1];
+//     DWORD size = UNLEN + 1;
 //     GetUserNameW(name, &size);               // size counts the NUL afterwards
 //
-// On Linux the desktop is the display (of Wayland or X) of the process, or "Default".
+// On Linux the desktop is the display of the process: the value of WAYLAND_DISPLAY or else of DISPLAY, or
+// "Default".
 //
 // Threads: all calls may be used from any thread.
 
@@ -18,19 +19,31 @@
 
 namespace krtpal {
 
+/// A desktop. On Linux it is one constant, which is not a kernel handle.
 struct HDESK__;
 using HDESK = HDESK__*;
 
+/// The name of a user object, the only supported information.
 inline constexpr int UOI_NAME = 2;
+/// Most characters of a user name, without the NUL.
 inline constexpr DWORD UNLEN = 256;
 
-/// FALSE and ERROR_INSUFFICIENT_BUFFER with the size that is needed, if `size` characters are not enough.
+/// Returns TRUE and stores the name of the effective user, or its number if it has no name. `*size` is the
+/// room in characters before the call, the length with the NUL after it.
+/// Fails with ERROR_INSUFFICIENT_BUFFER if the name does not fit or is null; `*size` is then the room that is
+/// needed.
 KRTPAL_API BOOL WINAPI GetUserNameW(LPWSTR name, LPDWORD size);
-/// Likewise (ERROR_BUFFER_OVERFLOW), but the size counts without the NUL on success.
+/// Returns TRUE and stores the host name. `*size` is the room in characters before the call, the length
+/// without the NUL after it.
+/// Fails with ERROR_BUFFER_OVERFLOW if the name does not fit or is null; `*size` is then the room that is
+/// needed. Unlike Windows, the name keeps its case and may be longer than 15 characters.
 KRTPAL_API BOOL WINAPI GetComputerNameW(LPWSTR name, LPDWORD size);
-/// Not to be closed. Every thread has the process's desktop.
+/// Returns the desktop of the process for every thread number. It is not owned and must not be closed.
 KRTPAL_API HDESK WINAPI GetThreadDesktop(DWORD threadId);
-/// UOI_NAME of a desktop only. Sizes are bytes.
+/// Returns TRUE and stores the name of a desktop with its NUL. Sizes are in bytes; `*needed`, unless it is
+/// null, is the size of the name with the NUL.
+/// Fails with ERROR_INSUFFICIENT_BUFFER if `length` bytes are too few, ERROR_INVALID_HANDLE if the object is
+/// not a desktop, ERROR_INVALID_PARAMETER for another index than UOI_NAME.
 KRTPAL_API BOOL WINAPI GetUserObjectInformationW(HANDLE object, int index, PVOID information, DWORD length,
                                                  LPDWORD needed);
 

@@ -13,11 +13,20 @@
 //     }
 //     VariantClear(&result);
 //
-// A BSTR points behind a 32-bit count of bytes and ends with a NUL that is not counted. Its characters are
-// wchar_t: on Linux the count is four times the number of characters. Formats count UTF-16 code units: see
-// krtpal/text.h.
+// A BSTR points to its characters. A 32-bit count of bytes precedes them, and a NUL that is not counted
+// follows them. Characters are wchar_t: on Linux the count is four times the number of characters, on Windows
+// twice. Formats store the number of UTF-16 code units instead: see Utf16Length in krtpal/common/text.h.
 //
-// Threads: a BSTR or VARIANT serves one thread at a time.
+// A VARIANT is a kind (VARTYPE) and a value of that kind. On Linux these kinds are held and converted, by
+// value and as the source of a conversion by reference (VT_BYREF):
+//
+//     VT_EMPTY NULL I1 UI1 I2 UI2 I4 UI4 I8 UI8 INT UINT R4 R8 BOOL DATE BSTR ERROR
+//
+// VT_CY, DECIMAL, DISPATCH, UNKNOWN, VARIANT, RECORD and arrays are known but not supported.
+//
+// Failures are returned as HRESULT; the last error is unchanged.
+//
+// Threads: any thread may use a BSTR or VARIANT, one at a time.
 
 #ifndef KRTPAL_VARIANT_H
 #define KRTPAL_VARIANT_H
@@ -32,35 +41,44 @@
 
 namespace krtpal {
 
+/// Characters and strings of OLE automation.
 using OLECHAR = wchar_t;
 using LPOLESTR = wchar_t*;
 using LPCOLESTR = const wchar_t*;
 using BSTR = wchar_t*;
 
-/// A copy of the text up to its NUL. Null for null text or without memory.
+/// Returns a copy of the text up to its NUL. The caller owns it and releases it by SysFreeString. Returns
+/// null for null text, if there is no memory, or for a text of 2 GiB and more.
 KRTPAL_API BSTR WINAPI SysAllocString(const OLECHAR* text);
-/// A copy of `length` characters, NULs included. Null text leaves the characters undefined.
+/// Returns a copy of `length` characters, including NULs. Null text leaves the characters undefined.
+/// Otherwise as SysAllocString.
 KRTPAL_API BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length);
-/// A copy of bytes, which need not make up whole characters.
+/// Returns a copy of `length` bytes, which need not be whole characters: SysStringLen then counts the whole
+/// ones. Null leaves the bytes undefined. Otherwise as SysAllocString.
 KRTPAL_API BSTR WINAPI SysAllocStringByteLen(LPCSTR bytes, UINT length);
-/// Replaces a string by a copy of the text, which may lie within it. FALSE without memory, and the old string
-/// stays.
+/// Returns TRUE and replaces `*string` by a copy of the text, which may lie within the old string. Null text
+/// sets `*string` to null.
+/// Fails with FALSE if there is no memory or `string` is null; `*string` is then unchanged.
 KRTPAL_API INT WINAPI SysReAllocString(BSTR* string, const OLECHAR* text);
-/// Null text keeps the old characters as far as the new length goes.
+/// Returns TRUE and replaces `*string` by a copy of `length` characters. Null text preserves the old
+/// characters up to the new length and leaves the others undefined. Fails as SysReAllocString.
 KRTPAL_API INT WINAPI SysReAllocStringLen(BSTR* string, const OLECHAR* text, UINT length);
-/// Null is ignored.
+/// Releases a string. Null is ignored.
 KRTPAL_API void WINAPI SysFreeString(BSTR string);
-/// Whole characters; 0 for null
+/// Returns the number of whole characters, 0 for null.
 KRTPAL_API UINT WINAPI SysStringLen(BSTR string);
-/// Bytes in memory; 0 for null
+/// Returns the number of bytes in memory, 0 for null.
 KRTPAL_API UINT WINAPI SysStringByteLen(BSTR string);
 
+/// A kind: a value of VARENUM, possibly with VT_ARRAY or VT_BYREF.
 using VARTYPE = unsigned short;
+/// A truth value. Every value but VARIANT_FALSE is true.
 using VARIANT_BOOL = short;
 
 inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
 inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
 
+/// Kinds of values. Those from VT_EMPTY to VT_RECORD are kinds of one value.
 enum VARENUM : VARTYPE {
     VT_EMPTY = 0,
     VT_NULL = 1,
@@ -86,18 +104,21 @@ enum VARENUM : VARTYPE {
     VT_INT = 22,
     VT_UINT = 23,
     VT_RECORD = 36,
+    /// Modifiers of a kind, and the mask of the bits without them.
     VT_ARRAY = 0x2000,
     VT_BYREF = 0x4000,
     VT_TYPEMASK = 0x0FFF,
 };
 
-/// 16 bytes, the tag at offset 0 and the value at offset 8, as on 32-bit Windows.
+/// A kind and a value. It has 16 bytes with the kind at offset 0 and the value at offset 8, as on 32-bit
+/// Windows; on 64-bit Windows it has 24 bytes. Members of the union are named for their type.
 struct VARIANT {
-    VARTYPE vt;
+    VARTYPE vt; ///< the kind
     WORD wReserved1;
     WORD wReserved2;
     WORD wReserved3;
     union {
+        /// Values, by kind.
         LONGLONG llVal;
         ULONGLONG ullVal;
         LONG lVal;
@@ -113,8 +134,9 @@ struct VARIANT {
         DATE date;
         VARIANT_BOOL boolVal;
         SCODE scode;
-        BSTR bstrVal;
-        PVOID byref;
+        BSTR bstrVal; ///< owned by the value
+        PVOID byref;  ///< address of any referenced value
+        /// Addresses of referenced values, by kind; not owned.
         LONGLONG* pllVal;
         ULONGLONG* pullVal;
         LONG* plVal;
@@ -133,28 +155,46 @@ struct VARIANT {
         BSTR* pbstrVal;
     };
 };
+/// A VARIANT that may be a reference.
 using VARIANTARG = VARIANT;
 
+/// Flags of conversions. ALPHABOOL and LOCALBOOL convert truth values to the text "True" and "False" instead
+/// of "-1" and "0"; the others have no effect.
 inline constexpr USHORT VARIANT_NOVALUEPROP = 0x01;
 inline constexpr USHORT VARIANT_ALPHABOOL = 0x02;
 inline constexpr USHORT VARIANT_NOUSEROVERRIDE = 0x04;
 inline constexpr USHORT VARIANT_LOCALBOOL = 0x10;
 
+/// Locales of conversions. All of them have a decimal point on Linux.
 inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
 inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
 inline constexpr LCID LOCALE_INVARIANT = 0x007F;
 
+/// Makes a value VT_EMPTY without releasing anything.
 KRTPAL_API void WINAPI VariantInit(VARIANT* value);
-/// Frees what the value owns and makes it VT_EMPTY. DISP_E_BADVARTYPE for a kind that is not known here.
+/// Returns S_OK, releases the value's own string and makes the value VT_EMPTY. Referenced values are
+/// unchanged.
+/// Fails with DISP_E_BADVARTYPE for a kind that is not held; the value is then unchanged.
 KRTPAL_API HRESULT WINAPI VariantClear(VARIANT* value);
-/// Clears the target and copies: text deep, references as they are. Copying onto itself does nothing.
+/// Returns S_OK, clears the target and stores a copy: strings are copied, references still refer to the same
+/// value. A copy to itself has no effect.
+/// REQUIRES: an initialised target.
+/// Fails with DISP_E_BADVARTYPE for a kind that is not held, in the source or in the target, E_OUTOFMEMORY;
+/// the target is then unchanged.
 KRTPAL_API HRESULT WINAPI VariantCopy(VARIANT* target, VARIANT* source);
-/// Converts into `target`, which may be `source`; on failure the target keeps its value. Numbers are rounded
-/// half to even. DISP_E_OVERFLOW if the value does not fit, DISP_E_TYPEMISMATCH if it is none of the kind or
-/// the pair of kinds is not supported, DISP_E_BADVARTYPE for no kind at all, E_INVALIDARG for an unknown
-/// flag.
+/// Returns S_OK, clears the target and stores the source's value as `kind`. Source and target may be the same
+/// value. Equal to VariantChangeTypeEx with LOCALE_USER_DEFAULT.
+/// Floating point becomes an integer by rounding half to even, and text with 15 significant digits (VT_R8) or
+/// 7 (VT_R4). Integers of equal width keep their bits. Every number but 0 becomes VARIANT_TRUE. CONTRACT.md
+/// has the grammar of numbers in text.
+/// REQUIRES: an initialised target.
+/// Fails with DISP_E_OVERFLOW if the value does not fit, DISP_E_TYPEMISMATCH if a text is not a number or the
+/// pair of kinds is not supported, DISP_E_BADVARTYPE for a kind that does not exist, E_INVALIDARG for null
+/// arguments and unknown flags, E_OUTOFMEMORY. The target is then unchanged.
+/// Unlike Windows, dates have no text form, and numbers in text have no currency signs or parentheses.
 KRTPAL_API HRESULT WINAPI VariantChangeType(VARIANT* target, VARIANT* source, USHORT flags, VARTYPE kind);
-/// Numbers have a decimal point: locales other than English and the defaults are refused with E_INVALIDARG.
+/// As VariantChangeType, by the number format of a locale: neutral, default, invariant or English.
+/// Fails with E_INVALIDARG for another locale.
 KRTPAL_API HRESULT WINAPI VariantChangeTypeEx(VARIANT* target, VARIANT* source, LCID locale, USHORT flags,
                                               VARTYPE kind);
 

@@ -11,11 +11,15 @@
 //         }
 //     }
 //
-// On Linux the file may be an ELF module that carries the block as a note ("krtbss", type 1; the CMake
-// function krtbss_version_resource puts it there) or a PE module of Windows with its resource. What a block
-// says of its own lengths is checked against its size: a damaged one has fewer values, or none.
+// On Linux the file is an ELF module with the block in a note (owner "krtbss", type 1; the CMake function
+// krtbss_version_resource adds it) or a PE module of Windows with its resource, of 32 or 64 bits. Of several
+// resources in a PE module the one with number 1, else the first, is used, and of several languages neutral,
+// English (United States), else the first.
 //
-// Threads: all calls may be used from any thread; a block serves any number of readers.
+// All lengths inside a block are checked against its size: a damaged block has fewer values, or none. On
+// Linux the block has the strings a second time as wchar_t, so it must not be written to a file.
+//
+// Threads: all calls may be used from any thread. Any number of threads may read one block.
 
 #ifndef KRTPAL_VERSION_H
 #define KRTPAL_VERSION_H
@@ -27,34 +31,41 @@
 
 namespace krtpal {
 
-/// The fixed part of a version resource, as it stands in the file.
+/// The fixed part of a version resource, in the layout of the file.
 struct VS_FIXEDFILEINFO {
     DWORD dwSignature; ///< VS_FFI_SIGNATURE
     DWORD dwStrucVersion;
-    DWORD dwFileVersionMS; ///< first number in the high word, second in the low word
-    DWORD dwFileVersionLS; ///< third and fourth number
-    DWORD dwProductVersionMS;
+    DWORD dwFileVersionMS;    ///< first number in the high word, second in the low word
+    DWORD dwFileVersionLS;    ///< third and fourth number
+    DWORD dwProductVersionMS; ///< as the file version
     DWORD dwProductVersionLS;
     DWORD dwFileFlagsMask;
-    DWORD dwFileFlags;
+    DWORD dwFileFlags; ///< VS_FF_ bits that dwFileFlagsMask declares valid
     DWORD dwFileOS;
-    DWORD dwFileType;
+    DWORD dwFileType; ///< 1 program, 2 shared library
     DWORD dwFileSubtype;
     DWORD dwFileDateMS; ///< high half of a FILETIME
     DWORD dwFileDateLS;
 };
 
+/// First member of every valid VS_FIXEDFILEINFO.
 inline constexpr DWORD VS_FFI_SIGNATURE = 0xFEEF04BD;
 
-/// The size of what GetFileVersionInfoW writes for a file; sets `*handle` (which may be null) to 0. 0 and the
-/// last error if the file can't be read or has no version resource (ERROR_RESOURCE_DATA_NOT_FOUND).
+/// Returns the size in bytes of the version block of a file. Sets `*handle`, unless it is null, to 0.
+/// Fails with 0 and ERROR_RESOURCE_DATA_NOT_FOUND if the file has no version resource, ERROR_ACCESS_DENIED if
+/// it is not a regular file, ERROR_INVALID_PARAMETER for a null path, ERROR_INVALID_NAME for a path that is
+/// empty or has no form in UTF-8, otherwise with the code of errno.
 KRTPAL_API DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR path, DWORD* handle);
-/// Writes the file's version block. `handle` counts for nothing. FALSE and ERROR_INSUFFICIENT_BUFFER, with
-/// nothing written, if `size` bytes are too few.
+/// Returns TRUE and stores the version block, reading the file again. `handle` is ignored.
+/// Fails with ERROR_INSUFFICIENT_BUFFER, and nothing stored, if `size` bytes are too few, ERROR_INVALID_DATA
+/// for a null block, otherwise as GetFileVersionInfoSizeW. Unlike Windows, a block is never cut.
 KRTPAL_API BOOL WINAPI GetFileVersionInfoW(LPCWSTR path, DWORD handle, DWORD size, LPVOID block);
-/// A value of a block: "\" for the fixed part, else names behind backslashes, without regard to case. The
-/// value lies in the block; the length is in characters for texts, in bytes for all else. FALSE and
-/// ERROR_RESOURCE_TYPE_NOT_FOUND if there is none.
+/// Returns TRUE and sets `*value` to a value in the block, which lives as long as the block. The name is "\"
+/// for the fixed part, otherwise keys after backslashes, in any case. `*length`, unless it is null, is in
+/// characters with the NUL for strings, in bytes for all other values.
+/// REQUIRES: a block of GetFileVersionInfoW.
+/// Fails with ERROR_RESOURCE_TYPE_NOT_FOUND, and a length of 0, if there is no such value,
+/// ERROR_INVALID_PARAMETER for null arguments.
 KRTPAL_API BOOL WINAPI VerQueryValueW(LPCVOID block, LPCWSTR name, LPVOID* value, UINT* length);
 
 } // namespace krtpal

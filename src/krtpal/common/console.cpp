@@ -9,7 +9,7 @@ namespace krtpal {
 
 namespace {
 
-/// Consoles refuse long texts (64 KiB in old versions).
+// Consoles reject long texts (64 KiB in old versions).
 constexpr std::size_t kConsolePiece = 8'000;
 constexpr std::size_t kFilePiece = 1U << 24U;
 

@@ -11,7 +11,7 @@ namespace krtpal {
 
 namespace {
 
-/// Collects text until it is flushed. Locked, since two logs on one stream share it.
+// Collects text until it is flushed. Locked: several logs on one stream share it.
 class ConsoleBuffer final : public std::wstreambuf {
 public:
     ConsoleBuffer(DWORD handle, std::wostream& standard, std::FILE* file)
@@ -34,7 +34,7 @@ protected:
 
     int sync() override {
         const std::lock_guard guard(m_guard);
-        // What others wrote before comes before.
+        // Text that other code wrote before is written first.
         m_standard.flush();
         std::fflush(m_file);
         const bool written = WriteConsoleText(m_handle, m_text);

@@ -1,7 +1,7 @@
 // The system's texts of error numbers.
 //
-//     throw ... L"cannot convert the time: " + krtpal::SystemText(error) + L" (" + std::to_wstring(error) +
-//     L")"
+//     throw ... L"cannot convert the time: " + krtpal::SystemText(error) + L" (" +
+//         std::to_wstring(error) + L")"
 //
 // Threads: may be called from any thread.
 
@@ -15,8 +15,8 @@
 
 namespace krtpal {
 
-/// The system's text of an error number without line ends or blanks behind it; "Unknown error" if there is
-/// none. Leaves the last error as it is.
+/// Returns the system's text of an error number, without trailing line ends and blanks, or "Unknown error"
+/// for a number without a text. Inserts of the text remain as %1. The last error is unchanged.
 KRTPAL_API std::wstring SystemText(DWORD error);
 
 } // namespace krtpal

@@ -18,13 +18,13 @@ namespace krtpal::odbc {
 
 namespace {
 
-/// A text for a call, which promises not to change it.
+// A text argument. The driver manager does not change it, although its parameters are not const.
 class Text {
 public:
     explicit Text(const std::wstring& text) : m_units(Utf16FromWide<Utf16String>(text)) {}
 
     SQLWCHAR* Data() { return reinterpret_cast<SQLWCHAR*>(m_units.data()); }
-    /// Null for an empty one, where that means that nothing is asked for.
+    // Returns null for an empty text, where null means no restriction.
     SQLWCHAR* DataIfAny() { return m_units.empty() ? nullptr : Data(); }
     SQLSMALLINT Length() const { return static_cast<SQLSMALLINT>(m_units.size()); }
 
@@ -32,9 +32,9 @@ private:
     Utf16String m_units;
 };
 
-/// While a handle of a connection is made, when the driver manager of Linux learns from the locale how it is
-/// to convert text for a driver without wide calls. In a program that has not set one each letter would
-/// become a byte.
+// Sets the calling thread's locale to UTF-8 while an environment or connection is allocated: unixODBC takes
+// from the locale how to convert text for drivers without wide calls. In the locale "C" each letter would
+// become a byte.
 #ifdef _WIN32
 struct Utf8Locale {
     Utf8Locale() {}

@@ -18,7 +18,7 @@ constexpr bool IsLowSurrogate(char32_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-/// The system's calls count in int: longer text is converted in pieces that end where no character is split.
+// The system's calls count in int: longer text is converted in pieces that do not split a character.
 constexpr std::size_t kPiece = 1U << 28U;
 
 bool ContinuesUtf8(char c) {

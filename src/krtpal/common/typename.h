@@ -1,4 +1,4 @@
-// The name of a type at run time, as the sources spell it.
+// The name of a type at run time, as it is spelled in the source.
 //
 //     krtpal::TypeName(typeid(object))      // L"bss::WGuid", L"app::Series<int>"
 //
@@ -14,7 +14,8 @@
 
 namespace krtpal {
 
-/// With namespaces and template arguments. The compiler's own short form where it can't be spelled out.
+/// Returns the demangled name with namespaces and template arguments, equal on both systems. Returns the
+/// compiler's mangled name if it can't be demangled.
 KRTPAL_API std::wstring TypeName(const std::type_info& type);
 
 } // namespace krtpal

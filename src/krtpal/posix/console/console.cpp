@@ -12,7 +12,7 @@ namespace krtpal {
 
 namespace {
 
-/// A standard stream is known by the address of its entry.
+// A standard stream. Its handle is the address of its entry.
 struct Stream {
     int descriptor;
 };

@@ -1,5 +1,4 @@
-// FormatMessageW: the template is expanded into a string first, which then goes to the caller's buffer or to
-// a new one.
+// FormatMessageW: expands the template into a string and copies it to the caller's buffer or to a new one.
 
 #include "krtpal/common/text.h"
 #include "krtpal/error.h"
@@ -15,7 +14,7 @@ namespace krtpal {
 
 namespace {
 
-/// A format between exclamation marks, as printf has it.
+// A printf format between exclamation marks.
 struct InsertFormat {
     bool leftAligned = false;
     bool plus = false;
@@ -30,10 +29,10 @@ struct InsertFormat {
     wchar_t conversion = L's';
 };
 
-/// Fields wider than this are taken for a slip.
+// Wider fields are rejected as an error of the template.
 constexpr std::size_t kWidestField = 65'535;
 
-/// Expands one template. `error` is set at the first failure, and the result is of no use then.
+// Expands one template. After the first failure the result is undefined.
 class Expansion {
 public:
     Expansion(DWORD flags, const wchar_t* source, const DWORD_PTR* arguments, bool isArray)
@@ -88,7 +87,7 @@ private:
             m_text += L'\t';
             break;
         default:
-            // Where inserts are left alone, so are the escapes that exist for the sake of writing them.
+            // With IGNORE_INSERTS the escapes of literal characters are preserved, too.
             if (m_ignoreInserts) {
                 m_text += L'%';
             }
@@ -126,7 +125,7 @@ private:
         return m_arguments[number - 1];
     }
 
-    /// A count of digits, or the next argument for an asterisk.
+    // Parses a number, or takes the next argument for an asterisk.
     std::size_t ParseCount(std::size_t* number) {
         if (*m_at == L'*') {
             ++m_at;
@@ -191,8 +190,8 @@ private:
         }
     }
 
-    /// False for a format without a conversion, which inserts nothing. `number` goes past the arguments that
-    /// asterisks take.
+    // Returns false for a format without a conversion, which inserts nothing. Advances `number` by the
+    // arguments of asterisks.
     bool ParseFormat(InsertFormat* format, std::size_t* number) {
         if (std::wcschr(m_at, L'!') == nullptr) {
             Fail(ERROR_INVALID_PARAMETER);
@@ -249,7 +248,7 @@ private:
         } else if (format.isNarrow) {
             text = WidenText(reinterpret_cast<const char*>(value));
         } else {
-            // With a precision the text needs no NUL behind it.
+            // With a precision the text need not end with a NUL.
             const auto* const wide = reinterpret_cast<const wchar_t*>(value);
             text.assign(wide, format.precision == std::wstring::npos ? std::wcslen(wide)
                                                                      : wcsnlen(wide, format.precision));

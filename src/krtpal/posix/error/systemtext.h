@@ -1,4 +1,4 @@
-// The texts of the Win32 error numbers that this layer sets.
+// Texts of the Win32 error numbers that this layer sets.
 
 #ifndef KRTPAL_POSIX_ERROR_SYSTEMTEXT_H
 #define KRTPAL_POSIX_ERROR_SYSTEMTEXT_H
@@ -7,7 +7,7 @@
 
 namespace krtpal::posix {
 
-/// Without a line end; inserts stand in it as %1. Null for a number without a text.
+/// Returns the text without a line end, with inserts as %1, or null for a number without a text.
 const wchar_t* FindSystemText(DWORD error);
 
 } // namespace krtpal::posix

@@ -14,15 +14,15 @@ namespace krtpal {
 
 namespace {
 
-/// Nowhere, "stderr" or a file name. Read at each call, so that a running test can change it.
+// Returns null, "stderr" or a file name. Read at each call, so that a running test can change it.
 const char* Destination() {
     const char* const name = std::getenv("KRTBSS_DEBUG_OUTPUT");
     return name != nullptr && *name != '\0' ? name : nullptr;
 }
 
-/// What cannot be written is lost: there is nobody to tell.
+// Write failures are ignored: there is no place to report them.
 void Write(const char* destination, std::string_view text) {
-    // Never destroyed, since static destructors report too.
+    // Never destroyed: static destructors write, too.
     static auto* const guard = new std::mutex;
     const std::lock_guard lock(*guard);
     std::size_t done = 0;

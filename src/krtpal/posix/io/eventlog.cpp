@@ -23,7 +23,7 @@ namespace krtpal {
 
 namespace {
 
-/// What daemons take at least (RFC 3164 has 1024 bytes; all that are in use take 8 KiB).
+// Size that all common daemons accept; RFC 3164 has 1024 bytes.
 constexpr std::size_t kLongestDatagram = 8192;
 
 std::string SocketPath() {
@@ -31,7 +31,7 @@ std::string SocketPath() {
     return path == nullptr ? "/dev/log" : path;
 }
 
-/// Facility 1 (user), or 10 (security) for audits, and the severity (RFC 3164).
+// Returns facility (1 user, 10 security for audits) and severity (RFC 3164).
 int PriorityOf(WORD type) {
     constexpr int user = 1 * 8;
     constexpr int security = 10 * 8;
@@ -57,7 +57,7 @@ public:
     void AddHandle() override {}
     void DropHandle() override {}
 
-    /// 0 or an errno value.
+    // Returns 0 or an errno value.
     int Connect() {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
@@ -82,7 +82,7 @@ public:
     int Send(WORD type, const std::string& text) {
         const std::lock_guard lock(m_mutex);
         const std::string datagram = Format(type, text);
-        // A daemon that was started anew has another socket.
+        // A daemon that was started again has another socket.
         for (const bool again : {false, true}) {
             if (m_socket == -1 || again) {
                 if (const int error = Connect(); error != 0) {
@@ -102,7 +102,7 @@ private:
         std::tm local{};
         localtime_r(&now, &local);
         char time[32];
-        // The form asks for English names, whatever the locale.
+        // RFC 3164 has English names in every locale.
         static constexpr const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
         std::snprintf(time, sizeof(time), "%s %2d %02d:%02d:%02d", months[local.tm_mon], local.tm_mday,
@@ -147,7 +147,7 @@ HANDLE RegisterEventSourceW(LPCWSTR server, LPCWSTR source) {
         return nullptr;
     }
     std::string name = NarrowText(source);
-    // A blank would end the name for those who read the log.
+    // A blank ends the name for readers of the log.
     std::replace_if(
         name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) <= ' '; }, '_');
     auto* const made = new EventSource(std::move(name));

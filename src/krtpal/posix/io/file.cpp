@@ -16,14 +16,14 @@ errno_t Fail(errno_t error) {
     return error;
 }
 
-/// The mode for fopen; empty if it is not one of those that are promised.
+// Returns the mode for fopen, or an empty string for an unsupported mode.
 std::string ModeBytes(LPCWSTR mode) {
     const std::wstring_view wide(mode);
     if (wide.empty() || std::wstring_view(L"rwa").find(wide[0]) == std::wstring_view::npos ||
         wide.find_first_not_of(L"+b", 1) != std::wstring_view::npos) {
         return {};
     }
-    return std::string(wide.begin(), wide.end()) + "e"; // closed in programs that are started
+    return std::string(wide.begin(), wide.end()) + "e"; // closed in started programs
 }
 
 bool IsFolder(std::FILE* file) {
@@ -68,7 +68,7 @@ errno_t _wfopen_s(std::FILE** file, LPCWSTR path, LPCWSTR mode) {
     if (*file == nullptr) {
         return Fail(errno == EISDIR ? EACCES : errno);
     }
-    // A folder opens for reading; it only can't be read.
+    // fopen opens a folder for reading.
     if (IsFolder(*file)) {
         std::fclose(*file);
         *file = nullptr;

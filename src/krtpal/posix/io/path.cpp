@@ -24,7 +24,7 @@ struct Part {
 int _wsplitpath_s(LPCWSTR path, LPWSTR drive, SIZE_T driveRoom, LPWSTR folder, SIZE_T folderRoom, LPWSTR name,
                   SIZE_T nameRoom, LPWSTR extension, SIZE_T extensionRoom) {
     const std::wstring_view whole(path == nullptr ? L"" : path);
-    const std::size_t nameAt = whole.rfind(L'/') + 1; // 0 without any
+    const std::size_t nameAt = whole.rfind(L'/') + 1; // 0 without a slash
     const std::size_t point = whole.rfind(L'.');
     const bool hasExtension = point != std::wstring_view::npos && point >= nameAt;
     const std::size_t extensionAt = hasExtension ? point : whole.size();

@@ -1,4 +1,4 @@
-// Paths as the system takes them.
+// Paths in the form of the system.
 
 #ifndef KRTPAL_POSIX_IO_PATHBYTES_H
 #define KRTPAL_POSIX_IO_PATHBYTES_H
@@ -9,7 +9,7 @@
 
 namespace krtpal::posix {
 
-/// The bytes of a path in UTF-8; empty for a path that has no such form.
+/// Returns the path in UTF-8, or an empty string if it has no such form.
 std::string PathBytes(LPCWSTR path);
 
 } // namespace krtpal::posix

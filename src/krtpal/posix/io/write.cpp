@@ -14,7 +14,7 @@ int WriteAll(int descriptor, const void* data, std::size_t bytes, std::size_t* d
         if (count >= 0) {
             *done += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN) {
-            // Ends when the reader takes something or goes away.
+            // Ends if the reader reads or closes.
             pollfd ready{descriptor, POLLOUT, 0};
             poll(&ready, 1, -1);
         } else if (errno != EINTR) {

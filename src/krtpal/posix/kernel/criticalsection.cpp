@@ -9,12 +9,12 @@ namespace krtpal {
 
 namespace {
 
-// Values of LockCount. A lock that is waited for tells its owner to wake at leaving.
+// Values of LockCount. The owner of an awaited lock wakes a waiter when it leaves.
 constexpr LONG kFree = 0;
 constexpr LONG kHeld = 1;
 constexpr LONG kAwaited = 2;
 
-/// Turns before a thread lies down, where the owner may run on another processor.
+// Attempts before a thread waits, on a machine where the owner may run on another processor.
 constexpr ULONG_PTR kSpins = 100;
 
 using Count = std::atomic_ref<LONG>;
@@ -67,8 +67,8 @@ void InitializeCriticalSection(CRITICAL_SECTION* section) {
 }
 
 BOOL InitializeCriticalSectionAndSpinCount(CRITICAL_SECTION* section, DWORD spinCount) {
-    // The system keeps flags in the upper byte. On one processor the owner can't run meanwhile. Asking takes
-    // microseconds, so it is done once.
+    // The upper byte has flags of the system. On one processor the owner can't run during a spin. sysconf
+    // takes microseconds, so its result is cached.
     static const bool several = sysconf(_SC_NPROCESSORS_ONLN) > 1;
     *section = {nullptr, kFree, 0, nullptr, nullptr, several ? (spinCount & 0x00FFFFFF) : 0};
     return TRUE;
@@ -76,7 +76,7 @@ BOOL InitializeCriticalSectionAndSpinCount(CRITICAL_SECTION* section, DWORD spin
 
 void EnterCriticalSection(CRITICAL_SECTION* section) {
     const HANDLE me = Myself();
-    // Only the thread itself can have put its number there.
+    // Relaxed: only the thread itself stores its number.
     if (Owner(section->OwningThread).load(std::memory_order_relaxed) == me) {
         ++section->RecursionCount;
         return;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr std::int64_t kNanosecondsPerMillisecond = 1'000'000;
-/// How often a kernel that waits on one word only makes us look at the others.
+// On a kernel that waits on one word only, the interval at which the other words are looked at.
 constexpr DWORD kSliceMs = 1;
 
 std::int64_t MonotonicNow() {
@@ -21,7 +21,7 @@ std::int64_t MonotonicNow() {
     return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
 }
 
-/// FUTEX_WAIT_BITSET takes its time-out as a point of the monotonic clock.
+// FUTEX_WAIT_BITSET takes an absolute time of the monotonic clock.
 void WaitOnOne(const ExpectedWord& expected, Deadline deadline) {
     const int operation = FUTEX_WAIT_BITSET | (expected.shared ? 0 : FUTEX_PRIVATE_FLAG);
     const timespec time = deadline.Time();
@@ -29,7 +29,7 @@ void WaitOnOne(const ExpectedWord& expected, Deadline deadline) {
             nullptr, FUTEX_BITSET_MATCH_ANY);
 }
 
-/// False if the kernel can't wait on several words.
+// Returns false if the kernel can't wait on several words.
 bool WaitOnVector(const ExpectedWord* words, std::size_t count, Deadline deadline) {
 #ifdef SYS_futex_waitv
     static std::atomic<bool> isMissing{false};
@@ -44,7 +44,7 @@ bool WaitOnVector(const ExpectedWord* words, std::size_t count, Deadline deadlin
     const timespec time = deadline.Time();
     const long result = syscall(SYS_futex_waitv, vector, static_cast<unsigned>(count), 0,
                                 deadline.IsNever() ? nullptr : &time, CLOCK_MONOTONIC);
-    // Sandboxes refuse calls that they don't know by EPERM.
+    // Sandboxes reject unknown system calls with EPERM.
     if (result == -1 && (errno == ENOSYS || errno == EPERM)) {
         isMissing.store(true, std::memory_order_relaxed);
         return false;

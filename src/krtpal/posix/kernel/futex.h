@@ -1,7 +1,7 @@
-// Waits on 32-bit words: the one mechanism under every wait of this layer.
+// Waits on 32-bit words, the mechanism of every wait of this layer.
 //
-// A waiter reads a word, decides that it has to wait, and waits as long as the word keeps that value; whoever
-// changes what the word stands for changes the word, then wakes.
+// A waiter reads a word, decides to wait, and waits while the word has that value. A change of the state that
+// the word represents changes the word first and wakes the waiters then.
 
 #ifndef KRTPAL_POSIX_KERNEL_FUTEX_H
 #define KRTPAL_POSIX_KERNEL_FUTEX_H
@@ -17,11 +17,11 @@ namespace krtpal::posix {
 using FutexWord = std::atomic<std::uint32_t>;
 static_assert(sizeof(FutexWord) == 4 && FutexWord::is_always_lock_free);
 
-/// A point of the monotonic clock, in nanoseconds, or never.
+/// A time of the monotonic clock in nanoseconds, or never.
 class Deadline {
 public:
     static Deadline Never() { return Deadline(kNever); }
-    /// INFINITE is never.
+    /// Returns the time after this interval; INFINITE is never.
     static Deadline After(DWORD timeMs);
     static Deadline Earlier(Deadline a, Deadline b) { return a.m_nanoseconds < b.m_nanoseconds ? a : b; }
     bool IsNever() const { return m_nanoseconds == kNever; }
@@ -37,13 +37,13 @@ private:
 struct ExpectedWord {
     const FutexWord* word;
     std::uint32_t value;
-    bool shared; ///< between processes
+    bool shared; ///< by several processes
 };
 
-/// Most words of one wait.
+/// Maximum number of words of one wait.
 inline constexpr std::size_t kMostWords = 128;
 
-/// Returns when one of the words has another value, was woken, or the deadline passed; or without a reason.
+/// Returns if a word has another value or is woken, or the deadline passes. May also return without a reason.
 void WaitOnWords(const ExpectedWord* words, std::size_t count, Deadline deadline);
 void WakeWaiters(FutexWord& word, int most, bool shared);
 

@@ -14,8 +14,9 @@ namespace krtpal {
 
 namespace posix {
 
-/// The word holds, from the top: the generation (32 bits), whether the handle is open, and how many uses run
-/// (31 bits). The slot serves another handle when it is closed and no use runs; then the generation changes.
+// The word has, from the highest bit, the generation (32 bits), whether the handle is open, and the number
+// of running uses (31 bits). A slot is used for another handle after it has been closed and no use runs; its
+// generation changes then.
 struct HandleSlot {
     std::atomic<std::uint64_t> word{std::uint64_t{1} << 32};
     KernelObject* object = nullptr;
@@ -27,14 +28,14 @@ namespace {
 constexpr std::uint64_t kOpen = std::uint64_t{1} << 31;
 constexpr std::uint64_t kUses = kOpen - 1;
 constexpr unsigned kGenerationShift = 32;
-/// Handles are multiples of 4 and never negative, as those of the system.
+// Handles are multiples of 4 and never negative, as on Windows.
 constexpr unsigned kIndexShift = 2;
 constexpr std::uint64_t kLastGeneration = 0x7FFFFFFE;
 
 constexpr std::uint32_t kChunkSize = 256;
 constexpr std::uint32_t kMostChunks = 4096;
 
-/// Slots never move and are never freed: who holds a stale handle may look at any time.
+// Slots never move and are never freed: a stale handle may be looked up at any time.
 class HandleTable {
 public:
     HandleSlot* Find(std::uint32_t index) {
@@ -44,7 +45,7 @@ public:
         return chunk == nullptr ? nullptr : &chunk[index % kChunkSize];
     }
 
-    /// Null if there are too many or there is no memory.
+    // Returns null if there are too many handles or no memory.
     HandleSlot* Take() {
         const std::lock_guard lock(m_mutex);
         if (m_free.empty() && !AddChunk()) {
@@ -57,7 +58,7 @@ public:
 
     void GiveBack(HandleSlot* slot) {
         const std::lock_guard lock(m_mutex);
-        m_free.push_back(slot); // within the reserved room
+        m_free.push_back(slot); // within the reserved capacity
     }
 
 private:
@@ -89,7 +90,7 @@ private:
     std::uint32_t m_count = 0;
 };
 
-/// Never destroyed: handles are closed by static destructors, too.
+// Never destroyed: static destructors close handles.
 HandleTable& Table() {
     static auto* const table = new HandleTable;
     return *table;
@@ -100,7 +101,7 @@ HANDLE HandleOf(const HandleSlot& slot, std::uint64_t generation) {
                                                                          << kIndexShift);
 }
 
-/// The slot that a handle names, whatever its generation; null if none does.
+// Returns the slot that a handle names, of any generation, or null.
 HandleSlot* SlotOf(HANDLE handle, std::uint64_t* generation) {
     const auto value = reinterpret_cast<std::uint64_t>(handle);
     const auto place = static_cast<std::uint32_t>(value);
@@ -111,7 +112,7 @@ HandleSlot* SlotOf(HANDLE handle, std::uint64_t* generation) {
     return Table().Find((place >> kIndexShift) - 1);
 }
 
-/// Nobody uses the slot any more and nobody can begin to.
+// REQUIRES: no use of the slot runs, and none can begin.
 void Retire(HandleSlot* slot, std::uint64_t generation) {
     KernelObject* const object = slot->object;
     slot->object = nullptr;

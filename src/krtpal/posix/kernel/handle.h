@@ -1,7 +1,7 @@
-// Kernel objects and the table of handles to them.
+// Kernel objects and the table of handles.
 //
-// A handle is a number of this process that is never an address: a closed or invented one is told from an
-// open one whatever was made since.
+// A handle is a number of this process and never an address. A closed or invented handle is distinguished
+// from an open one even if its slot has been used again since.
 
 #ifndef KRTPAL_POSIX_KERNEL_HANDLE_H
 #define KRTPAL_POSIX_KERNEL_HANDLE_H
@@ -22,12 +22,12 @@ enum class ObjectKind : std::uint32_t {
     Process = 6
 };
 
-/// Whether objects of a kind can be waited for.
+/// Returns whether waits take objects of this kind.
 constexpr bool IsWaitable(ObjectKind kind) {
     return kind == ObjectKind::Event || kind == ObjectKind::Mutex || kind == ObjectKind::Semaphore;
 }
 
-/// What handles refer to. Lives until the last reference is dropped; open handles are references, too.
+/// An object that handles name. Lives until the last reference is dropped; open handles are references.
 class KernelObject {
 public:
     explicit KernelObject(ObjectKind kind) : m_kind(kind) {}
@@ -37,7 +37,7 @@ public:
     ObjectKind Kind() const { return m_kind; }
     void AddReference() { m_references.fetch_add(1, std::memory_order_relaxed); }
     void DropReference();
-    /// A new handle opens, or one has been closed.
+    /// Called when a handle is opened, and after one has been closed.
     virtual void AddHandle() = 0;
     virtual void DropHandle() = 0;
 
@@ -49,7 +49,7 @@ private:
     std::atomic<std::uint32_t> m_references{1};
 };
 
-/// Drops one reference at its end.
+/// Owns one reference.
 template <typename Object>
 class Reference {
 public:
@@ -75,18 +75,18 @@ private:
     Object* m_object;
 };
 
-/// A handle for an object, which takes over the caller's reference. Null and ERROR_NOT_ENOUGH_MEMORY when
+/// Returns a handle that takes over the caller's reference. Fails with null and ERROR_NOT_ENOUGH_MEMORY if
 /// there are too many.
 HANDLE OpenHandle(Reference<KernelObject> object);
 
-/// An open handle in use: it can be closed meanwhile, but its object stays.
+/// An open handle in use. The handle may be closed meanwhile; its object stays.
 class UsedHandle {
 public:
     explicit UsedHandle(HANDLE handle);
     UsedHandle(const UsedHandle&) = delete;
     UsedHandle& operator=(const UsedHandle&) = delete;
     ~UsedHandle();
-    /// Null if the handle is not open.
+    /// Returns null if the handle is not open.
     KernelObject* Object() const { return m_object; }
 
 private:

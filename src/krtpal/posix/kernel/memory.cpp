@@ -17,7 +17,7 @@ HLOCAL LocalAlloc(UINT flags, SIZE_T bytes) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    // A block of no bytes has an address of its own too.
+    // A block of 0 bytes has an address of its own too.
     const SIZE_T size = bytes == 0 ? 1 : bytes;
     void* const memory = (flags & LMEM_ZEROINIT) != 0 ? std::calloc(1, size) : std::malloc(size);
     if (memory == nullptr) {

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kMostMessages = 10'000;
 constexpr DWORD kPostBits = QS_POSTMESSAGE | QS_ALLPOSTMESSAGE;
 
-/// Messages of one thread. Others post; the thread itself looks and waits.
+// The messages of one thread. Any thread posts; only the thread itself takes and waits.
 class MessageQueue {
 public:
     explicit MessageQueue(DWORD thread) : m_thread(thread) {}
@@ -43,7 +43,7 @@ public:
         return true;
     }
 
-    /// By the thread itself, which so does not wait.
+    // Wakes nobody: only the thread itself calls it, so it does not wait.
     void PostQuit(int exitCode) {
         const std::lock_guard lock(m_mutex);
         m_quits = true;
@@ -79,7 +79,7 @@ public:
         std::erase_if(m_messages, [&](const MSG& message) { return message.hwnd == window; });
     }
 
-    /// Kinds of messages that came since the last look, or that are there at all.
+    // Kinds of messages that were posted since the last look, and that are in the queue.
     DWORD Unseen() const {
         const std::lock_guard lock(m_mutex);
         return m_unseen;
@@ -113,7 +113,7 @@ struct Receiver {
     std::shared_ptr<MessageQueue> queue;
 };
 
-/// All queues, classes and receivers of the process.
+// All queues, classes and receivers of the process.
 struct Registry {
     std::mutex mutex;
     std::map<DWORD, std::shared_ptr<MessageQueue>> queues;
@@ -123,13 +123,13 @@ struct Registry {
     ATOM lastAtom = 0xC000;
 };
 
-/// Never destroyed: threads may end after the static objects.
+// Never destroyed: threads can end after static objects.
 Registry& Messages() {
     static auto* const registry = new Registry;
     return *registry;
 }
 
-/// The queue of a thread, which ends with it, as its receivers do.
+// The queue of a thread. It ends with the thread, as do the thread's receivers.
 class OwnQueue {
 public:
     OwnQueue() : m_queue(std::make_shared<MessageQueue>(GetCurrentThreadId())) {
@@ -159,7 +159,7 @@ private:
     std::shared_ptr<MessageQueue> m_queue;
 };
 
-/// The procedure of a receiver of the calling thread.
+// Returns the procedure of a receiver of the calling thread, or null and the last error.
 WNDPROC FindProcedure(HWND window) {
     const std::lock_guard lock(Messages().mutex);
     const auto found = Messages().receivers.find(window);
@@ -180,7 +180,7 @@ Result Fail(DWORD error, Result result) {
     return result;
 }
 
-/// Messages as one more object of a wait.
+// The messages of a thread as input of a wait.
 class MessageInput final : public posix::InputSource {
 public:
     MessageInput(const MessageQueue& queue, DWORD wakeMask, bool old)
@@ -271,7 +271,7 @@ BOOL DestroyWindow(HWND window) {
         const std::lock_guard lock(registry.mutex);
         const auto found = registry.receivers.find(window);
         if (found == registry.receivers.end()) {
-            return TRUE; // the procedure did it
+            return TRUE; // the procedure has destroyed it
         }
         --found->second.windowClass->windows;
         registry.receivers.erase(found);
@@ -295,7 +295,7 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         return PostThreadMessageW(OwnQueue::Mine().Queue().Thread(), message, wParam, lParam);
     }
     Registry& registry = Messages();
-    // Posted under the lock, so that nothing comes behind the end of the receiver.
+    // Posted under the lock: no message may follow the end of the receiver.
     const std::lock_guard lock(registry.mutex);
     const auto found = registry.receivers.find(window);
     if (found == registry.receivers.end()) {

@@ -20,10 +20,10 @@ namespace krtpal {
 
 namespace {
 
-/// Of a module
+// Size of a module handle.
 constexpr auto kHandleSize = static_cast<DWORD>(sizeof(void*));
 
-/// An open descriptor, -1 for none.
+// Owns a file descriptor, or none (-1).
 class Descriptor {
 public:
     explicit Descriptor(int number) : m_number(number) {}
@@ -41,7 +41,8 @@ private:
     int m_number;
 };
 
-/// A process, by its folder below /proc: once it has ended nothing can be read there, whoever has its number.
+// A process, represented by its folder below /proc. After the process has ended nothing can be read there,
+// even if its number is used again.
 class Process final : public posix::KernelObject {
 public:
     explicit Process(Descriptor folder)
@@ -54,7 +55,7 @@ private:
     Descriptor m_folder;
 };
 
-/// The folder that a handle means, while this object lives.
+// The folder of the process that a handle names, during the lifetime of this object.
 class FolderOf {
 public:
     explicit FolderOf(HANDLE process)
@@ -65,7 +66,7 @@ public:
             m_number = static_cast<const Process*>(m_used.Object())->Folder();
         }
     }
-    /// -1 if the handle is none of a process.
+    // Returns -1 if the handle is not that of a process.
     int Number() const { return m_number; }
 
 private:
@@ -85,7 +86,8 @@ std::string ProgramOf(int folder) {
     return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
 }
 
-/// The files that a process has mapped. False, with errno set, if they can't be read.
+// Reads the paths of the files that a process has mapped. Returns false, with errno set, if they can't be
+// read.
 bool ReadMappedFiles(int folder, std::set<std::string>* files) {
     const Descriptor file(openat(folder, "maps", O_RDONLY | O_CLOEXEC));
     if (!file) {
@@ -102,7 +104,7 @@ bool ReadMappedFiles(int folder, std::set<std::string>* files) {
         }
         text.append(piece, static_cast<std::size_t>(length));
     }
-    // A line ends with the file's path, the only field with a slash.
+    // A line ends with the file's path, the only field that contains a slash.
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = std::min(text.find('\n', start), text.size());
         const std::size_t path = text.find('/', start);
@@ -114,7 +116,7 @@ bool ReadMappedFiles(int folder, std::set<std::string>* files) {
     return true;
 }
 
-/// As the kernel names it: the linker's name may go by links.
+// Resolves symbolic links, as the kernel does: the linker's name may contain them.
 std::string ResolvedPath(const std::string& file) {
     const std::unique_ptr<char, decltype(&std::free)> path(realpath(file.c_str(), nullptr), &std::free);
     return path == nullptr ? std::string() : std::string(path.get());

@@ -21,7 +21,7 @@ namespace krtpal::posix {
 namespace {
 
 constexpr mode_t kOwnFolderMode = 0700;
-/// Anybody makes files there and removes their own only.
+// Every user creates files there and removes only their own.
 constexpr mode_t kMachineFolderMode = 01777;
 constexpr mode_t kFileMode = 0600;
 constexpr std::size_t kLongestFileName = 200;
@@ -46,7 +46,7 @@ private:
     int m_number;
 };
 
-/// 0 or an errno value.
+// Returns 0 or an errno value.
 int LockFile(int descriptor, int operation) {
     while (flock(descriptor, operation) != 0) {
         if (errno != EINTR) {
@@ -60,14 +60,14 @@ std::string FolderOf(const ObjectName& name) {
     return name.global ? "/dev/shm/krtbss" : "/dev/shm/krtbss-" + std::to_string(geteuid());
 }
 
-/// Nobody else may have made a folder in our place, and nobody may write into it whom we don't expect.
+// Returns false if another user owns our folder, or users can write to it who must not.
 bool IsTrusted(const struct stat& status, bool machine) {
     const bool ours = status.st_uid == geteuid();
     return machine ? (status.st_mode & 07777) == kMachineFolderMode || ours
                    : ours && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-/// The folder, open and locked: nobody else opens or closes a name in it until the descriptor is closed.
+// Opens and locks the folder: no other process opens or closes a name in it until the descriptor is closed.
 DWORD LockFolder(const std::string& folder, bool machine, bool make, Descriptor* locked) {
     for (;;) {
         const bool made = make && mkdir(folder.c_str(), kOwnFolderMode) == 0;
@@ -77,7 +77,7 @@ DWORD LockFolder(const std::string& folder, bool machine, bool make, Descriptor*
         Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (descriptor.Number() == -1) {
             if (errno == ENOENT && make) {
-                continue; // the last holder of a name removed it just now
+                continue; // the last holder of a name has just removed it
             }
             return ErrorFromErrno(errno);
         }
@@ -93,7 +93,7 @@ DWORD LockFolder(const std::string& folder, bool machine, bool make, Descriptor*
             return ErrorFromErrno(errno);
         }
         if (stat(folder.c_str(), &named) != 0 || held.st_ino != named.st_ino || held.st_dev != named.st_dev) {
-            continue; // it was removed, and perhaps made anew, while we waited
+            continue; // it was removed, and possibly created again, during the wait
         }
         if (!IsTrusted(held, machine)) {
             return ERROR_ACCESS_DENIED;
@@ -103,12 +103,12 @@ DWORD LockFolder(const std::string& folder, bool machine, bool make, Descriptor*
     }
 }
 
-/// The name in UTF-8 with all that is special in file names as %XX. A long one is cut, and told from others
-/// of the same beginning by its FNV-1a hash; the content says whose it is.
+// Returns the name with every character except letters, digits, - and _ escaped as %XX or %uXXXX. A long
+// name is cut and gets its FNV-1a hash as suffix; the contents of the file have the whole name.
 std::string FileNameOf(const ObjectName& name) {
     std::string file;
     std::uint64_t hash = 0xCBF29CE484222325;
-    // Through 16-bit units, so that lone surrogates make names, too.
+    // UTF-16 code units give lone surrogates a form, too.
     for (const Utf16Unit unit : EncodeUtf16(name.rest)) {
         hash = (hash ^ unit) * 0x100000001B3;
         const bool plain = (unit >= '0' && unit <= '9') || (unit >= 'A' && unit <= 'Z') ||
@@ -129,7 +129,7 @@ std::string FileNameOf(const ObjectName& name) {
     return file;
 }
 
-/// Removes what dead processes left in a locked folder.
+// Removes files of dead processes from a locked folder.
 void Sweep(int folder) {
     const int copy = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* const entries = copy == -1 ? nullptr : fdopendir(copy);
@@ -145,7 +145,7 @@ void Sweep(int folder) {
     closedir(entries);
 }
 
-/// Once a process and folder.
+// Sweeps each folder once per process.
 void SweepOnce(int folder, bool machine) {
     static std::once_flag own;
     static std::once_flag ofMachine;
@@ -201,7 +201,7 @@ DWORD SharedFile::Open(const ObjectName& name, std::size_t bytes, const std::fun
         return ErrorFromErrno(alone);
     }
     if (alone == 0) {
-        // From here on the file is ours to remove, whatever goes wrong.
+        // From here on this process removes the file on failure.
         opened->m_file = path;
         opened->m_descriptor = descriptor.Release();
         if (!make) {
@@ -258,7 +258,7 @@ DWORD SharedFile::Map(std::size_t bytes) {
 void SharedFile::GiveUp(int folder) {
     if (LockFile(m_descriptor, LOCK_EX | LOCK_NB) == 0) {
         unlinkat(folder, m_file.c_str(), 0);
-        rmdir(m_folder.c_str()); // succeeds when it is empty
+        rmdir(m_folder.c_str()); // succeeds if it is empty
     }
     close(std::exchange(m_descriptor, -1));
 }

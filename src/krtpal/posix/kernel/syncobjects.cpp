@@ -20,7 +20,7 @@ HANDLE Fail(DWORD error) {
     return nullptr;
 }
 
-/// The last error tells what became of it.
+// Sets the last error to 0, ERROR_ALREADY_EXISTS or the reason of the failure.
 HANDLE Create(ObjectKind kind, const SECURITY_ATTRIBUTES* attributes, const WaitState& initial,
               LPCWSTR name) {
     if (attributes != nullptr && attributes->lpSecurityDescriptor != nullptr) {
@@ -62,7 +62,7 @@ HANDLE OpenNamed(ObjectKind kind, LPCWSTR name) {
     return handle == nullptr ? Fail(error) : handle;
 }
 
-/// Runs an operation on an object's state if the handle is one of that kind.
+// Runs an operation on the state of an object of this kind.
 template <typename Operation>
 BOOL WithState(HANDLE handle, ObjectKind kind, Operation operation) {
     const UsedHandle used(handle);

@@ -18,12 +18,12 @@ namespace krtpal {
 
 namespace {
 
-/// Read on each entry to a lock: the model spares a call to the dynamic linker.
+// Read on each entry to a lock: this model avoids a call of the dynamic linker.
 [[gnu::tls_model("initial-exec")]] constinit thread_local DWORD t_number = 0;
 constinit thread_local posix::ThreadIdentity t_identity;
 
 [[gnu::noinline]] DWORD FetchThreadNumber() {
-    // The child of a fork goes on under another number.
+    // The child of a fork has another number.
     static const int registered = pthread_atfork(nullptr, nullptr, [] {
         t_number = 0;
         t_identity = {};
@@ -33,7 +33,7 @@ constinit thread_local posix::ThreadIdentity t_identity;
     return t_number;
 }
 
-/// What /proc says of a thread: its state letter and start; false if there is nothing.
+// Reads the state letter and the start time of a thread from /proc. Returns false if there is no such file.
 bool ReadThreadFile(std::uint32_t process, std::uint32_t thread, char* state, std::uint64_t* start) {
     char path[64];
     std::snprintf(path, sizeof(path), "/proc/%u/task/%u/stat", process, thread);
@@ -48,7 +48,8 @@ bool ReadThreadFile(std::uint32_t process, std::uint32_t thread, char* state, st
         return false;
     }
     text[length] = '\0';
-    // The name, in parentheses, may hold anything. The state follows it, and 19 fields on, the start.
+    // The name in parentheses may contain anything. The state follows it; the start time is 19 fields
+    // further.
     const char* field = std::strrchr(text, ')');
     if (field == nullptr || field[1] != ' ') {
         return false;
@@ -96,7 +97,7 @@ bool IsAlive(const ThreadIdentity& thread) {
         const bool hasEnded = state == 'Z' || state == 'X' || state == 'x';
         return !hasEnded && (thread.start == 0 || start == thread.start);
     }
-    // No file: the thread is gone, or /proc is not there or not readable.
+    // The thread has ended, or /proc is missing or not readable.
     return syscall(SYS_tgkill, thread.process, thread.thread, 0) == 0 || errno == EPERM;
 }
 

@@ -1,4 +1,4 @@
-// Who a thread is, in terms that other processes understand, and whether it still runs.
+// The identity of a thread in terms that other processes understand, and whether it still runs.
 
 #ifndef KRTPAL_POSIX_KERNEL_THREAD_H
 #define KRTPAL_POSIX_KERNEL_THREAD_H
@@ -7,7 +7,8 @@
 
 namespace krtpal::posix {
 
-/// Numbers are used anew by the system; with the time of its start a thread is known for good. All 0: nobody.
+/// Identifies a thread for ever: the kernel uses numbers again, but not with the same start time. All 0 means
+/// no thread.
 struct ThreadIdentity {
     std::uint32_t process = 0;
     std::uint32_t thread = 0;
@@ -18,7 +19,7 @@ struct ThreadIdentity {
 };
 
 ThreadIdentity CurrentThread();
-/// False for a thread that has ended, or whose process ended, reaped or not. Costs a read of /proc.
+/// Returns false if the thread or its process has ended, reaped or not. Reads a file of /proc.
 bool IsAlive(const ThreadIdentity& thread);
 
 } // namespace krtpal::posix

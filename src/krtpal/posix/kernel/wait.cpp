@@ -14,7 +14,7 @@ namespace posix {
 
 namespace {
 
-/// How often waiters look whether the owner of a mutex still lives.
+// Interval at which waiters check whether the owner of a mutex is alive.
 constexpr DWORD kReclaimMs = 100;
 
 class Wait {
@@ -32,7 +32,7 @@ public:
     DWORD ForAll();
 
 private:
-    /// Nothing if object `index` can't be had.
+    // Returns nothing if object `index` is not available.
     std::optional<DWORD> TryTake(LockedState& state, std::size_t index) {
         const Taken taken = state.TryTake(m_standings[index]);
         if (taken == Taken::No) {
@@ -45,7 +45,7 @@ private:
     std::optional<DWORD> LeaveAll(bool take);
     bool HasInput() const { return m_input != nullptr && m_input->HasArrived(); }
     void WaitForChange();
-    /// Whether it is time to look for the dead again.
+    // Returns true once per interval.
     bool IsTimeToReclaim();
 
     std::size_t m_count;
@@ -84,7 +84,7 @@ std::optional<DWORD> Wait::EnterAll() {
     return std::nullopt;
 }
 
-/// What was granted at the last moment is taken if there is nothing yet.
+// With `take`, takes a unit that was granted at the last moment.
 std::optional<DWORD> Wait::LeaveAll(bool take) {
     std::optional<DWORD> result;
     for (std::size_t i = 0; i < m_count; ++i) {

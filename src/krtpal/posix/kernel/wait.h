@@ -1,4 +1,4 @@
-// Waits on one or several objects, and on the messages of the calling thread.
+// Waits for objects and for messages of the calling thread.
 
 #ifndef KRTPAL_POSIX_KERNEL_WAIT_H
 #define KRTPAL_POSIX_KERNEL_WAIT_H
@@ -8,7 +8,7 @@
 
 namespace krtpal::posix {
 
-/// What else can end a wait: input of the calling thread. The word changes before `HasArrived` turns true.
+/// Input of the calling thread, which also ends a wait. The word changes before HasArrived becomes true.
 class InputSource {
 public:
     virtual const FutexWord& Word() const = 0;
@@ -18,8 +18,9 @@ protected:
     ~InputSource() = default;
 };
 
-/// The result of WaitForMultipleObjects, for handles of which there are not too many. Input counts as one
-/// more object behind the others.
+/// Returns the result of WaitForMultipleObjects. Input has the index after the last object. Sets the last
+/// error on WAIT_FAILED.
+/// REQUIRES: at most MAXIMUM_WAIT_OBJECTS handles.
 DWORD WaitForHandles(const HANDLE* handles, std::size_t count, bool all, DWORD timeoutMs,
                      const InputSource* input);
 

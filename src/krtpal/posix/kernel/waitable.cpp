@@ -40,20 +40,20 @@ void Initialise(WaitState* state, const WaitState& initial, bool shared) {
     MakeLock(&state->lock, shared);
 }
 
-/// The named objects that this process has open: two handles to one name share one object, file and mapping.
+// The named objects that this process has open: two handles of one name share one object, file and mapping.
 struct NameList {
     std::mutex mutex;
     std::map<std::wstring, Waitable*> objects;
 };
 
-/// Never destroyed, as the table of handles.
+// Never destroyed, like the table of handles.
 NameList& Names() {
     static auto* const names = new NameList;
     return *names;
 }
 
-/// Handles that are open when the process ends normally are closed by that, as the system has it: so the
-/// names are given up, while the memory stays for threads that still run.
+// Releases the names at the normal end of the process, which closes handles on Windows too. The memory stays
+// for threads that still run.
 struct NamesAtExit {
     NamesAtExit() = default;
     NamesAtExit(const NamesAtExit&) = delete;
@@ -61,7 +61,7 @@ struct NamesAtExit {
     ~NamesAtExit() { Waitable::LeaveAllNames(); }
 } g_namesAtExit;
 
-/// The mutexes that a thread holds, to be given up when it ends. It has a reference to each.
+// The mutexes that a thread owns, with a reference to each. They are abandoned when the thread ends.
 class HeldMutexes {
 public:
     HeldMutexes() = default;
@@ -82,7 +82,7 @@ public:
 
     static void Add(Waitable& mutex) {
         if (m_hasEnded) {
-            return; // held by a thread past its end: found by those who wait for it
+            return; // acquired by a thread after this object's end: waiters notice that it has ended
         }
         try {
             Mine().m_mutexes.push_back(&mutex);
@@ -95,11 +95,11 @@ public:
             return;
         }
         std::vector<Waitable*>& mutexes = Mine().m_mutexes;
-        // Most often the last one taken is given back first.
+        // Usually the mutex acquired last is released first.
         const auto found = std::find(mutexes.rbegin(), mutexes.rend(), &mutex);
         if (found != mutexes.rend()) {
             mutexes.erase(std::next(found).base());
-            mutex.DropReference(); // the caller's handle keeps it
+            mutex.DropReference(); // the caller's handle holds another one
         }
     }
 
@@ -205,7 +205,7 @@ void Waitable::DropHandle() {
         m_handles.fetch_sub(1, std::memory_order_relaxed);
         return;
     }
-    // New handles to a name are opened under this lock, so that none comes when the last one has gone.
+    // Opening a name takes this lock too, so that no handle is added after the last one was dropped.
     const std::lock_guard lock(Names().mutex);
     if (m_handles.fetch_sub(1, std::memory_order_relaxed) == 1) {
         Names().objects.erase(m_key);
@@ -247,7 +247,7 @@ void LockedState::TellChange(std::int32_t released) {
         return;
     }
     m_state.sequence.fetch_add(1, std::memory_order_relaxed);
-    // Whoever only watches might be the one that is woken, and not be able to take the unit.
+    // The woken thread may be one that only watches and can't take the unit.
     m_wake = m_state.watching > 0 ? INT_MAX : std::max(m_wake, static_cast<int>(released));
 }
 
@@ -377,13 +377,13 @@ void LockedState::Leave(Standing& standing) {
         --m_state.entered;
         SettleGrants();
         if (m_state.granted > 0) {
-            TellChange(m_state.granted); // the leaver may have been the one that was woken for a unit
+            TellChange(m_state.granted); // this thread may have been the one that was woken for the unit
         }
     }
 }
 
-/// Units granted to waiters that left are anybody's. A semaphore can so be above its maximum for a while:
-/// a unit lost would be worse.
+// Makes units available that were granted to waiters that left. A semaphore can exceed its maximum for a
+// while; losing a unit would be worse.
 void LockedState::SettleGrants() {
     const std::int32_t surplus = m_state.granted - m_state.entered;
     if (surplus > 0) {
@@ -404,14 +404,14 @@ void LockedState::DropDeadWaiters() {
     SettleGrants();
 }
 
-/// The process that held the lock was killed in the middle of a change.
+// The process that held the lock was killed during a change.
 void LockedState::Repair() {
     if (m_object->Kind() == ObjectKind::Mutex) {
         if (m_state.owner.IsSet() && m_state.recursion > 0) {
             m_state.available = 0;
             m_state.granted = 0;
         } else {
-            // Neither held nor whole: it was being taken or released.
+            // It was being acquired or released.
             m_state.owner = {};
             m_state.recursion = 0;
             m_state.abandoned = 1;

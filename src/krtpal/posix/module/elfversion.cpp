@@ -1,5 +1,5 @@
-// The version block that an ELF module carries: a note of owner "krtbss" and type 1, found by the program
-// headers, which survive stripping.
+// Reads the version block of an ELF module: a note of owner "krtbss" and type 1. It is found by the program
+// headers, which stripping preserves.
 
 #include "krtpal/posix/module/modulefile.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint32_t kVersionNote = 1;
 constexpr char kNoteOwner[] = "krtbss";
-/// More headers or bytes of notes than any real module has.
+// Limits for damaged files, above those of every real module.
 constexpr unsigned kMostHeaders = 1024;
 constexpr std::uint64_t kMostNoteBytes = std::uint64_t{1} << 20;
 
@@ -20,10 +20,10 @@ constexpr std::uint64_t Padded(std::uint64_t size) {
     return (size + 3) & ~std::uint64_t{3};
 }
 
-/// The block in one segment of notes, all of which have their sizes rounded up to 4.
+// Returns the block from one segment of notes, whose sizes are rounded up to multiples of 4.
 std::vector<unsigned char> FindInNotes(const ModuleFile& file, std::uint64_t offset, std::uint64_t size) {
     std::uint64_t at = 0;
-    Elf32_Nhdr note{}; // the same for both widths
+    Elf32_Nhdr note{}; // equal for both widths
     while (size <= kMostNoteBytes && at + sizeof(note) <= size && file.Read(offset + at, &note)) {
         const std::uint64_t description = at + sizeof(note) + Padded(note.n_namesz);
         if (description + note.n_descsz > size) {

@@ -1,10 +1,10 @@
-// Calls the library's entry routine. This file is the last of the library, so that its object is made last
-// and destroyed first.
+// Calls the library's entry routine. This file is linked last, so that its object is constructed last and
+// destroyed first.
 
 #include "krtpal/module.h"
 
 extern "C" {
-/// The library links without it.
+// Weak: the library links without an entry routine.
 __attribute__((weak, visibility("hidden"))) krtpal::BOOL WINAPI DllMain(krtpal::HINSTANCE module,
                                                                         krtpal::DWORD reason, void* reserved);
 }

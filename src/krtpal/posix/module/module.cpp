@@ -19,7 +19,7 @@ namespace krtpal {
 
 namespace {
 
-/// The module that an address lies in; null if it is in none.
+// Returns the module that contains an address, or null.
 link_map* MapOfAddress(const void* address) {
     Dl_info info{};
     link_map* map = nullptr;
@@ -40,7 +40,7 @@ struct Search {
     bool found;
 };
 
-/// Runs under the lock that the dynamic linker holds while it changes its list.
+// Call-back of dl_iterate_phdr: runs under the lock of the dynamic linker's list.
 int FindInList(dl_phdr_info*, std::size_t, void* argument) {
     auto* const search = static_cast<Search*>(argument);
     for (const link_map* map = FirstMap(); map != nullptr; map = map->l_next) {
@@ -53,7 +53,8 @@ int FindInList(dl_phdr_info*, std::size_t, void* argument) {
     return 1;
 }
 
-/// The linker's name for a module, empty for the program. False if there is no such module.
+// Gets the linker's name of a module, which is empty for the program. Returns false if there is no such
+// module.
 bool FindModule(HMODULE module, std::string* name) {
     if (module == nullptr) {
         name->clear();
@@ -71,7 +72,7 @@ std::string ProgramPath() {
     return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
 }
 
-/// The linker keeps names as they were given to it.
+// Completes a name, which the linker stores as it was given.
 std::string AbsolutePath(const std::string& name) {
     char folder[PATH_MAX];
     if (name.empty() || name[0] == '/' || getcwd(folder, sizeof(folder)) == nullptr) {
@@ -80,7 +81,7 @@ std::string AbsolutePath(const std::string& name) {
     return std::string(folder) + "/" + name;
 }
 
-/// Runs under the linker's lock, too.
+// Call-back of dl_iterate_phdr, as above.
 int AppendList(dl_phdr_info*, std::size_t, void* argument) {
     auto* const modules = static_cast<std::vector<posix::ListedModule>*>(argument);
     for (const link_map* map = FirstMap(); map != nullptr; map = map->l_next) {
@@ -158,11 +159,10 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
         return nullptr;
     }
     void* address = nullptr;
-    // Modules that were there at the start of the program have a scope to be searched only when they are
-    // opened anew.
+    // dlsym needs a handle of dlopen for modules that were loaded at the start of the program.
     if (void* const handle = dlopen(file.empty() ? nullptr : file.c_str(), RTLD_LAZY | RTLD_NOLOAD)) {
         address = dlsym(handle, name);
-        // The search goes on to the libraries that the module needs, whose exports are not its own.
+        // dlsym also searches the libraries that the module needs, whose exports are not its own.
         if (address != nullptr && MapOfAddress(address) != handle) {
             address = nullptr;
         }

@@ -17,7 +17,7 @@ ModuleFile::ModuleFile(LPCWSTR path) : m_descriptor(-1) {
         SetLastError(path == nullptr ? ERROR_INVALID_PARAMETER : ERROR_INVALID_NAME);
         return;
     }
-    // A pipe must not hold up who opens it.
+    // O_NONBLOCK: opening a pipe must not block.
     m_descriptor = open(bytes.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     struct stat status {};
     if (m_descriptor < 0) {

@@ -1,5 +1,5 @@
-// The files of modules, read piece by piece. All offsets and sizes may be lies of a damaged file: what lies
-// outside reads as a failure.
+// Files of modules, read piece by piece. A read outside the file fails, so offsets and sizes of a damaged
+// file need no other check.
 
 #ifndef KRTPAL_POSIX_MODULE_MODULEFILE_H
 #define KRTPAL_POSIX_MODULE_MODULEFILE_H
@@ -12,19 +12,19 @@
 
 namespace krtpal::posix {
 
-/// A file that is open for reading.
+/// A file opened for reading.
 class ModuleFile {
 public:
-    /// Opens a regular file; ask IsOpen, and the last error if it is not.
+    /// Opens a regular file. On failure IsOpen returns false and the last error has the reason.
     explicit ModuleFile(LPCWSTR path);
     ~ModuleFile();
     ModuleFile(const ModuleFile&) = delete;
     ModuleFile& operator=(const ModuleFile&) = delete;
 
     bool IsOpen() const { return m_descriptor >= 0; }
-    /// All `size` bytes from `offset`, or false.
+    /// Returns true if all `size` bytes from `offset` were read.
     bool Read(std::uint64_t offset, void* target, std::size_t size) const;
-    /// A structure of plain bytes.
+    /// Reads a trivially copyable structure.
     template <class Structure>
     bool Read(std::uint64_t offset, Structure* target) const {
         return Read(offset, target, sizeof(Structure));
@@ -34,12 +34,12 @@ private:
     int m_descriptor;
 };
 
-/// Version blocks count their length in 16 bits.
+/// Largest version block, whose length has 16 bits.
 inline constexpr std::size_t kLargestVersionBlock = 0xFFFF;
 
-/// The version block of an ELF module of either width; empty if it has none.
+/// Returns the version block of an ELF module of either width, or nothing.
 std::vector<unsigned char> ReadElfVersionBlock(const ModuleFile& file);
-/// The version resource of a PE module of either width; empty if it has none.
+/// Returns the version resource of a PE module of either width, or nothing.
 std::vector<unsigned char> ReadPeVersionBlock(const ModuleFile& file);
 
 } // namespace krtpal::posix

@@ -12,10 +12,10 @@ namespace krtpal::posix {
 
 struct ListedModule {
     HMODULE handle;
-    std::string file; ///< absolute; empty for what has no file
+    std::string file; ///< absolute path; empty for a module without a file
 };
 
-/// In the linker's order, the program first.
+/// Returns the modules in the linker's order, the program first.
 std::vector<ListedModule> ListModules();
 
 } // namespace krtpal::posix

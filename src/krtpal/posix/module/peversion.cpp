@@ -1,5 +1,5 @@
-// The version resource of a PE module, by the published layout of such files: DOS header, PE header, table of
-// sections, and the three levels of the resource directory: kind, name, language.
+// Reads the version resource of a PE module by the published layout of such files: DOS header, PE header,
+// section table, and the resource directory with its levels kind, name and language.
 
 #include "krtpal/posix/module/modulefile.h"
 
@@ -15,7 +15,7 @@ constexpr std::uint32_t kNeutral = 0;
 constexpr std::uint32_t kEnglishUs = 0x409;
 constexpr std::uint32_t kIsFolder = 0x80000000U;
 constexpr unsigned kResourceDirectory = 2;
-/// No directory of resources has more entries worth reading.
+// Limit for damaged files.
 constexpr unsigned kMostEntries = 4096;
 
 struct FileHeader {
@@ -47,7 +47,7 @@ struct Folder {
 
 struct Entry {
     std::uint32_t number;
-    std::uint32_t offset; ///< from the start of the directory, with kIsFolder
+    std::uint32_t offset; // from the start of the directory; with kIsFolder for a folder
 };
 
 struct Data {
@@ -92,7 +92,7 @@ private:
             (width != 0x10B && width != 0x20B)) {
             return false;
         }
-        // The directories stand at the end of the optional header, behind their number.
+        // The directories follow their number at the end of the optional header.
         const std::uint64_t countAt = width == 0x10B ? 92 : 108;
         const std::uint64_t directoryAt =
             countAt + sizeof(std::uint32_t) + std::uint64_t{kResourceDirectory} * 8;
@@ -107,7 +107,7 @@ private:
         return OffsetOf(address, &m_directory);
     }
 
-    /// Where in the file an address of the loaded module lies.
+    // Gets the offset in the file of an address in the loaded module.
     bool OffsetOf(std::uint32_t address, std::uint64_t* offset) const {
         for (unsigned i = 0; i < m_sectionCount; ++i) {
             Section section{};
@@ -122,8 +122,8 @@ private:
         return false;
     }
 
-    /// The entry of a folder with the first of the wanted numbers that is there; the first entry if none is
-    /// there and any will do.
+    // Finds the entry with the first wanted number that exists; otherwise the first entry if any is
+    // accepted.
     bool FindEntry(std::uint32_t folderOffset, std::initializer_list<std::uint32_t> wanted, bool anyWillDo,
                    Entry* found) const {
         const std::uint64_t at = m_directory + (folderOffset & ~kIsFolder);

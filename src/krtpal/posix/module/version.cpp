@@ -11,7 +11,7 @@ namespace krtpal {
 
 namespace {
 
-/// The callers' form of a file's version block; empty, with the last error, if there is none.
+// Returns the version block of a file in the callers' form, or nothing and the last error.
 std::vector<unsigned char> ReadVersionBlock(LPCWSTR path) {
     const posix::ModuleFile file(path);
     if (!file.IsOpen()) {

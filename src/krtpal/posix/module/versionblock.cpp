@@ -13,8 +13,8 @@ namespace krtpal::posix {
 
 namespace {
 
-/// A node: three 16-bit numbers, its key with NUL, and, each from the next multiple of 4 on, the value and
-/// the children. Offsets are from the start of the tree.
+// A node has three 16-bit numbers, its key with a NUL, and the value and the children, each at the next
+// multiple of 4. Offsets are from the start of the tree.
 struct Node {
     std::size_t end;
     std::u16string key;
@@ -24,15 +24,15 @@ struct Node {
     std::size_t children;
 };
 
-/// In front of the tree in the callers' form.
+// Precedes the tree in the callers' form.
 struct Preface {
     std::uint32_t treeBytes;
-    std::uint32_t texts; ///< how many Text stand behind the tree
+    std::uint32_t texts; // number of Text structures after the tree
 };
 
 struct Text {
-    std::uint32_t value; ///< offset of the value in the tree
-    std::uint32_t at;    ///< offset of the wide text in the block
+    std::uint32_t value; // offset of the value in the tree
+    std::uint32_t at;    // offset of the wide text in the block
     std::uint32_t length;
 };
 
@@ -47,7 +47,7 @@ std::size_t Number(const unsigned char* tree, std::size_t offset) {
     return tree[offset] | static_cast<std::size_t>(tree[offset + 1]) << 8;
 }
 
-/// The node at an offset, no part of which reaches beyond `end`, whatever its lengths say.
+// Returns the node at an offset. No part of it extends beyond `end`, whatever its lengths are.
 std::optional<Node> ReadNode(const unsigned char* tree, std::size_t offset, std::size_t end) {
     if (offset + kNodeHeader > end) {
         return std::nullopt;
@@ -77,7 +77,7 @@ std::optional<Node> ReadNode(const unsigned char* tree, std::size_t offset, std:
     return node;
 }
 
-/// Calls `visit(node)` for the nodes from `offset` to `end`, until it answers true.
+// Calls `visit(node)` for the nodes from `offset` to `end`, until it returns true.
 template <class Visit>
 void ForEachNode(const unsigned char* tree, std::size_t offset, std::size_t end, Visit visit) {
     while (const std::optional<Node> node = ReadNode(tree, offset, end)) {
@@ -94,7 +94,8 @@ bool IsSameKey(std::u16string_view key, std::wstring_view wanted) {
     });
 }
 
-/// The values in the tables of strings, which are texts, although some compilers leave the mark out.
+// Returns the values of the string tables. All of them are texts, although some compilers do not mark them
+// so.
 std::vector<Text> CollectTexts(const unsigned char* tree, const Node& root) {
     std::vector<Text> texts;
     const auto addString = [&](const Node& string) {
@@ -121,7 +122,7 @@ std::wstring WideText(const unsigned char* tree, const Text& text) {
     return DecodeUtf16(units);
 }
 
-/// The first name of a list behind backslashes, taken off it.
+// Removes the first name from a list and returns it. Backslashes separate the names.
 std::wstring_view TakeName(std::wstring_view* names) {
     names->remove_prefix(std::min(names->find_first_not_of(L'\\'), names->size()));
     const std::wstring_view name = names->substr(0, names->find(L'\\'));

@@ -1,5 +1,5 @@
-// Version blocks. In a file a block is a tree of nodes with 16-bit lengths and UTF-16 text; what callers hold
-// has the same tree, and behind it the texts once more in wchar_t, since answers are pointers into the block.
+// Version blocks. In a file a block is a tree of nodes with 16-bit lengths and UTF-16 text. The callers' form
+// has the same tree and, after it, the texts as wchar_t, since callers get pointers into the block.
 
 #ifndef KRTPAL_POSIX_MODULE_VERSIONBLOCK_H
 #define KRTPAL_POSIX_MODULE_VERSIONBLOCK_H
@@ -9,15 +9,15 @@
 
 namespace krtpal::posix {
 
-/// The callers' form of a block as it stands in a file; empty for bytes that are no block.
+/// Returns the callers' form of a block of a file; nothing if the bytes are not a block.
 std::vector<unsigned char> ExpandVersionBlock(const std::vector<unsigned char>& stored);
 
 struct VersionValue {
     const void* data; ///< in the block; null if there is no such value
-    unsigned length;  ///< characters with NUL for texts, bytes for all else
+    unsigned length;  ///< in characters with the NUL for texts, in bytes for all other values
 };
 
-/// `block` is what ExpandVersionBlock made.
+/// REQUIRES: a block of ExpandVersionBlock.
 VersionValue FindVersionValue(const void* block, std::wstring_view name);
 
 } // namespace krtpal::posix

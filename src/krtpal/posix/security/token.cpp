@@ -11,7 +11,7 @@ namespace krtpal {
 
 namespace {
 
-/// Revision 1, two sub-authorities, authority 22 (users of a Unix system), sub-authorities 1 and the number.
+// S-1-22-1-<user number>: revision 1, authority 22 (users of a Unix system), two sub-authorities.
 struct UnixSid {
     UCHAR revision = 1;
     UCHAR subAuthorities = 2;
@@ -28,7 +28,7 @@ public:
     void DropHandle() override {}
 };
 
-/// All bits set where the kernel counts no sessions.
+// Returns the audit session of the login, all bits set if the kernel does not count sessions.
 DWORD AuditSession() {
     DWORD session = 0xFFFFFFFF;
     std::ifstream("/proc/self/sessionid") >> session;

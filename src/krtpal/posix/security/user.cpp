@@ -34,7 +34,7 @@ std::wstring DesktopName() {
     return L"Default";
 }
 
-/// Copies with NUL if there is room for it.
+// Copies the text with its NUL. Returns false without copying if there is not enough room.
 bool CopyText(const std::wstring& text, LPWSTR to, DWORD room) {
     if (to == nullptr || room <= text.size()) {
         return false;

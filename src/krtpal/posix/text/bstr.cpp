@@ -10,7 +10,7 @@ namespace krtpal {
 
 namespace {
 
-/// The count stands right before the characters, which keep the alignment of malloc.
+// The count directly precedes the characters, which have the alignment of malloc.
 constexpr std::size_t kHeader = 16;
 static_assert(kHeader % alignof(std::max_align_t) == 0);
 
@@ -18,12 +18,12 @@ void SetByteCount(BSTR string, std::uint32_t bytes) {
     std::memcpy(reinterpret_cast<char*>(string) - sizeof(bytes), &bytes, sizeof(bytes));
 }
 
-/// A string of undefined bytes, which are less than 2 GiB, with its NUL.
+// Allocates a string of undefined bytes with its NUL. Returns null from 2 GiB on.
 BSTR Allocate(std::size_t bytes) {
     if (bytes > INT32_MAX - kHeader - 2 * sizeof(wchar_t)) {
         return nullptr;
     }
-    // A last character that is not whole is filled up with zeros, and a whole NUL comes behind it.
+    // Zeros complete a partial last character; a whole NUL follows.
     const std::size_t rounded = (bytes + sizeof(wchar_t) - 1) / sizeof(wchar_t) * sizeof(wchar_t);
     auto* const memory = static_cast<char*>(std::malloc(kHeader + rounded + sizeof(wchar_t)));
     if (memory == nullptr) {

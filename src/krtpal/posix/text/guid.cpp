@@ -13,7 +13,7 @@ HRESULT CoCreateGuid(GUID* id) {
         return E_POINTER;
     }
     GUID made;
-    // Up to 256 bytes come whole.
+    // The kernel returns up to 256 bytes in one piece.
     if (getrandom(&made, sizeof(made), 0) != static_cast<ssize_t>(sizeof(made))) {
         return E_FAIL;
     }

@@ -8,14 +8,14 @@ namespace krtpal::posix {
 
 namespace {
 
-/// A number as 0.d1d2d3... x 10^(exponent + 1), all digits of the exact binary value.
+// The value d1.d2d3... x 10^exponent, with all digits of the exact binary value.
 struct Decimal {
     std::string digits;
     int exponent;
 };
 
 Decimal ExactDecimal(double magnitude) {
-    // The longest expansion, that of the largest subnormal number, has 767 significant digits.
+    // The largest subnormal number has the longest expansion, 767 significant digits.
     constexpr int mostDigits = 767;
     char buffer[mostDigits + 16];
     const auto end = std::to_chars(std::begin(buffer), std::end(buffer), magnitude,
@@ -95,7 +95,7 @@ void DropLeadingZeros(std::string* digits) {
     digits->erase(0, digits->find_first_not_of('0'));
 }
 
-/// False if an E is there and no exponent behind it.
+// Returns false for an E without an exponent.
 bool TakeExponent(std::wstring_view* text, int* exponent) {
     if (!Take(text, L'e') && !Take(text, L'E')) {
         return true;
@@ -217,7 +217,7 @@ double DoubleFromNumber(const NumberText& number) {
     double value = 0.0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec == std::errc::result_out_of_range) {
-        // Told apart by the place of the first digit.
+        // The position of the first digit distinguishes overflow from underflow.
         const std::size_t zeros = number.fraction.find_first_not_of('0');
         const long long scale = number.integer.empty() ? -static_cast<long long>(zeros)
                                                        : static_cast<long long>(number.integer.size());

@@ -19,9 +19,8 @@ struct Decoded {
     bool valid;
 };
 
-/// The next code point. Malformed text is replaced as the system does it: by one character for each piece
-/// that began like a character, the second byte with it if that is the one that makes the form invalid, and
-/// for each other byte.
+// Decodes the next code point. As on Windows, one U+FFFD replaces each malformed piece: a lead byte with the
+// bytes that could continue it, including a second byte that makes the form invalid, or any other byte.
 Decoded DecodeUtf8(const unsigned char* text, std::size_t length) {
     const unsigned lead = text[0];
     if (lead < 0x80) {
@@ -43,8 +42,7 @@ Decoded DecodeUtf8(const unsigned char* text, std::size_t length) {
         if (byte < 0x80 || byte > 0xBF) {
             return {kReplacement, i, false};
         }
-        // The second byte is narrowed where it could make an overlong form, a surrogate or a value above
-        // U+10FFFF.
+        // The range of the second byte excludes overlong forms, surrogates and values above U+10FFFF.
         const unsigned lowest = i == 1 && lead == 0xE0 ? 0xA0 : i == 1 && lead == 0xF0 ? 0x90 : 0x80;
         const unsigned highest = i == 1 && lead == 0xED ? 0x9F : i == 1 && lead == 0xF4 ? 0x8F : 0xBF;
         if (byte < lowest || byte > highest) {
@@ -129,7 +127,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LP
         !IsKnown(codePage)) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    // No character is without a form in UTF-8.
+    // UTF-8 has every character.
     if (defaultChar != nullptr || usedDefaultChar != nullptr) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
@@ -165,7 +163,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LP
 }
 
 DWORD CharUpperBuffW(LPWSTR text, DWORD count) {
-    // Made once, and whatever the program's own locale is: its characters are Unicode's.
+    // Unicode's mapping, independent of the program's locale.
     static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     for (DWORD i = 0; i < count; ++i) {
         const auto c = static_cast<wint_t>(static_cast<char32_t>(text[i]));

@@ -14,11 +14,11 @@ namespace krtpal {
 
 namespace {
 
-// Dates that OLE automation can express: 1 January 100 to the end of 9999
+// Range of OLE dates: 1 January 100 to the end of 9999.
 constexpr double kFirstDate = -657434.0;
 constexpr double kLastDate = 2958465.9999999999;
 
-/// Kinds that exist, whether or not values of them are supported here.
+// Returns whether a kind exists, supported or not.
 bool IsKind(VARTYPE vt) {
     const auto base = static_cast<VARTYPE>(vt & VT_TYPEMASK);
     const bool known = base <= VT_DECIMAL || (base >= VT_I1 && base <= VT_UINT) || base == VT_RECORD;
@@ -26,7 +26,7 @@ bool IsKind(VARTYPE vt) {
     return known && (vt & ~(VT_TYPEMASK | VT_ARRAY | VT_BYREF)) == 0 && !(modified && base <= VT_NULL);
 }
 
-/// Kinds whose values are held here.
+// Returns whether values of a kind are held.
 bool IsSupported(VARTYPE vt) {
     switch (vt & ~VT_BYREF) {
     case VT_EMPTY:
@@ -53,7 +53,7 @@ bool IsSupported(VARTYPE vt) {
     }
 }
 
-/// Bytes of an integer kind, 0 for the others.
+// Returns the bytes of an integer kind, 0 for other kinds.
 int IntegerWidth(VARTYPE vt) {
     switch (vt) {
     case VT_I1:
@@ -75,7 +75,7 @@ int IntegerWidth(VARTYPE vt) {
     }
 }
 
-/// A source's value in the widest form of its family.
+// The value of a source in the widest type of its family.
 struct Number {
     enum class Family { Signed, Unsigned, Boolean, Floating } family;
     LONGLONG integer = 0;
@@ -93,7 +93,7 @@ Number RealNumber(double value) {
     return {Number::Family::Floating, 0, 0, value};
 }
 
-/// Nothing for kinds that are no numbers.
+// Returns nothing for kinds that are not numbers.
 std::optional<Number> NumberOf(const VARIANT& value) {
     switch (value.vt) {
     case VT_EMPTY:
@@ -139,8 +139,8 @@ double ToReal(const Number& number) {
     }
 }
 
-/// To an integer type, from floating-point by rounding half to even. A boolean's bits are extended, so that
-/// true is all bits set in any width.
+// Converts to an integer type; floating point is rounded half to even. A boolean is sign-extended: true has
+// all bits set in every width.
 template <typename T>
 HRESULT ToInteger(const Number& number, T* result) {
     constexpr auto lowest = std::numeric_limits<T>::min();
@@ -164,7 +164,7 @@ HRESULT ToInteger(const Number& number, T* result) {
         break;
     }
     const double rounded = std::nearbyint(number.real);
-    // The bound above is a power of two and so exact, which the greatest value itself is not for 64 bits.
+    // The upper bound is a power of two and therefore exact, unlike the largest 64-bit value.
     const double end = std::ldexp(1.0, std::numeric_limits<T>::digits);
     if (!(rounded >= static_cast<double>(lowest) && rounded < end)) {
         return DISP_E_OVERFLOW;
@@ -273,7 +273,7 @@ HRESULT ConvertText(std::wstring_view text, VARIANT* result) {
     if (std::isinf(real)) {
         return DISP_E_OVERFLOW;
     }
-    // Whole numbers of up to 18 digits keep all of them.
+    // Integers of up to 18 digits are converted exactly.
     constexpr std::size_t exactDigits = 18;
     if (parsed->IsInteger() && parsed->integer.size() <= exactDigits && result->vt != VT_R8 &&
         result->vt != VT_R4) {
@@ -316,7 +316,7 @@ HRESULT ToText(const VARIANT& value, USHORT flags, VARIANT* result) {
     return result->bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
-/// The value itself in place of a reference to it. Text stays the referenced one's.
+// Returns the referenced value of a reference, otherwise the value. A string still belongs to its owner.
 VARIANT Dereferenced(const VARIANT& value) {
     VARIANT result = value;
     if ((value.vt & VT_BYREF) == 0) {
@@ -372,7 +372,7 @@ HRESULT Convert(const VARIANT& value, USHORT flags, VARIANT* result) {
     if (from == VT_BSTR) {
         return ConvertText(TextOf(value), result);
     }
-    // Between integers of one width the system keeps the bits, whatever their signs.
+    // Integers of equal width keep their bits, as on Windows.
     if (from == to || (IntegerWidth(from) != 0 && IntegerWidth(from) == IntegerWidth(to))) {
         result->llVal = value.llVal;
         return S_OK;

@@ -17,7 +17,7 @@ constexpr bool IsLeapYear(std::int64_t year) {
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-/// For months 1 to 12.
+/// REQUIRES: month 1 to 12.
 constexpr int DaysInMonth(std::int64_t year, int month) {
     constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     return month == 2 && IsLeapYear(year) ? 29 : days[month - 1];
@@ -27,8 +27,8 @@ constexpr std::int64_t FloorDivide(std::int64_t a, std::int64_t b) {
     return a / b - (a % b < 0 ? 1 : 0);
 }
 
-/// Days from 1 January 1601 to a date. The year is counted from March, so that the leap day is its last one
-/// and the days before a month are (153 m + 2) / 5.
+/// Returns the days from 1 January 1601 to a date. The year is counted from March, so that the leap day is
+/// its last one and (153 m + 2) / 5 days precede month m.
 constexpr std::int64_t DaysFromDate(const CivilDate& date) {
     const std::int64_t year = date.month > 2 ? date.year : date.year - 1;
     const std::int64_t monthFromMarch = date.month > 2 ? date.month - 3 : date.month + 9;
@@ -39,10 +39,10 @@ constexpr std::int64_t DaysFromDate(const CivilDate& date) {
     return days - daysBefore1601;
 }
 
-/// The date of a count of days from 1 January 1601.
+/// Returns the date of a number of days from 1 January 1601.
 constexpr CivilDate DateFromDays(std::int64_t days) {
     constexpr std::int64_t daysOf400Years = 146097;
-    // From 1 March 1600, which begins a cycle of 400 years.
+    // From 1 March 1600, the start of a cycle of 400 years.
     const std::int64_t shifted = days + 306;
     const std::int64_t cycle = FloorDivide(shifted, daysOf400Years);
     const std::int64_t dayOfCycle = shifted - cycle * daysOf400Years;
@@ -55,7 +55,7 @@ constexpr CivilDate DateFromDays(std::int64_t days) {
     return {1600 + cycle * 400 + yearOfCycle + (month < 3 ? 1 : 0), month, day};
 }
 
-/// 0 for Sunday. 1 January 1601 was a Monday.
+/// Returns 0 for Sunday. 1 January 1601 was a Monday.
 constexpr int DayOfWeek(std::int64_t days) {
     const std::int64_t weekday = (days + 1) % 7;
     return static_cast<int>(weekday < 0 ? weekday + 7 : weekday);

@@ -7,13 +7,13 @@ namespace krtpal {
 
 namespace {
 
-/// 30 December 1899, day 0 of OLE dates, counted from 1601
+// 30 December 1899, day 0 of OLE dates, from 1 January 1601.
 constexpr std::int64_t kDayZero = posix::DaysFromDate({1899, 12, 30});
 constexpr std::int64_t kFirstDay = posix::DaysFromDate({100, 1, 1}) - kDayZero;
 constexpr std::int64_t kLastDay = posix::DaysFromDate({9999, 12, 31}) - kDayZero;
 static_assert(kFirstDay == -657434 && kLastDay == 2958465);
 
-/// Years of two digits are those from 1950 to 2049.
+// Years of two digits mean 1950 to 2049.
 std::int64_t FullYear(WORD year) {
     return year > 99 ? year : year < 50 ? year + 2000 : year + 1900;
 }
@@ -24,8 +24,7 @@ INT SystemTimeToVariantTime(SYSTEMTIME* time, double* date) {
     if (time->wMonth > 12 || time->wDay > 31 || static_cast<SHORT>(time->wYear) < 0) {
         return FALSE;
     }
-    // Month 0 and day 0 are the ones before the first; a time of the day may be negative or reach into other
-    // days.
+    // Month 0 and day 0 precede the first ones. The time of day may be negative or beyond the day.
     posix::CivilDate month{FullYear(time->wYear), time->wMonth, 1};
     if (month.month == 0) {
         month = {month.year - 1, 12, 1};
@@ -40,7 +39,7 @@ INT SystemTimeToVariantTime(SYSTEMTIME* time, double* date) {
     const auto secondOfDay = static_cast<int>(seconds - carried * 86'400);
     const double sign = day < 0 ? -1.0 : 1.0;
     double value = static_cast<double>(day);
-    // One part after the other, as the system adds them: the sum keeps the last bit of stored dates.
+    // Added part by part, as Windows does: the last bit of stored dates depends on it.
     const int hours = secondOfDay / 3'600;
     const int minutes = secondOfDay / 60 % 60;
     value += hours / 24.0 * sign;
@@ -57,7 +56,7 @@ INT VariantTimeToSystemTime(double date, SYSTEMTIME* time) {
         return FALSE;
     }
     const double wholeDays = std::trunc(date);
-    // The little that is added makes up for seconds that no fraction of a day expresses exactly.
+    // Compensates seconds that no fraction of a day expresses exactly.
     constexpr double slack = 1e-11;
     const double fraction = std::fabs(date - wholeDays);
     double rest = fraction + slack < 1.0 ? fraction + slack : fraction;

@@ -11,7 +11,7 @@ namespace krtpal {
 
 namespace {
 
-constexpr LONGLONG kLastSecond = 32'535'244'799; // of the year 3000, in the westernmost zone of its makers
+constexpr LONGLONG kLastSecond = 32'535'244'799; // end of the year 3000 at 8 hours west of UTC
 
 } // namespace
 
@@ -27,7 +27,7 @@ std::optional<std::int64_t> TicksFromSystemTime(const SYSTEMTIME& time) {
     const std::int64_t seconds =
         days * 86'400 + std::int64_t{time.wHour} * 3'600 + std::int64_t{time.wMinute} * 60 + time.wSecond;
     std::int64_t ticks = 0;
-    // The count ends within the year 30828, so only its last months are out of reach.
+    // The largest count lies in September 30828, beyond the limit above.
     if (__builtin_mul_overflow(seconds, kTicksPerSecond, &ticks) ||
         __builtin_add_overflow(ticks, time.wMilliseconds * kTicksPerMillisecond, &ticks)) {
         return std::nullopt;

@@ -12,9 +12,9 @@ namespace krtpal {
 
 namespace {
 
-/// The zone of the process at a moment, by the zone database of the machine.
+// The zone of the process at a moment, by the zone database of the machine.
 struct ZoneMoment {
-    std::int64_t offset; ///< seconds east of UTC
+    std::int64_t offset; // seconds east of UTC
     bool daylight;
     std::string name;
 };
@@ -32,8 +32,7 @@ std::int64_t OffsetAt(std::int64_t unixSeconds) {
     return ZoneAt(unixSeconds).offset;
 }
 
-/// Where a local time is repeated the earlier one is meant, where it is left out the new time is taken to
-/// hold already.
+// A local time that occurs twice means the first one; one that is left out is taken by the new offset.
 std::int64_t ProcessLocalToUtc(std::int64_t localSeconds) {
     constexpr std::int64_t day = 86'400;
     const std::int64_t before = OffsetAt(localSeconds - day);
@@ -41,13 +40,13 @@ std::int64_t ProcessLocalToUtc(std::int64_t localSeconds) {
     return OffsetAt(localSeconds - before) == before ? localSeconds - before : localSeconds - after;
 }
 
-/// Checks a rule in the form "day of each year".
+// Returns whether a rule is valid: a month, and the week and day of the week if the rule has no year.
 bool IsValidRule(const SYSTEMTIME& rule) {
     return rule.wMonth >= 1 && rule.wMonth <= 12 &&
            (rule.wYear != 0 || (rule.wDay >= 1 && rule.wDay <= 5 && rule.wDayOfWeek <= 6));
 }
 
-/// Local ticks at which a rule comes into effect in a year.
+// Returns the local ticks at which a rule takes effect in a year.
 std::int64_t TransitionInYear(const SYSTEMTIME& rule, int year) {
     const int month = rule.wMonth;
     int day = rule.wDay;
@@ -62,8 +61,8 @@ std::int64_t TransitionInYear(const SYSTEMTIME& rule, int year) {
            (rule.wHour * 60 + rule.wMinute) * posix::kTicksPerMinute;
 }
 
-/// Minutes to take from UTC for the local time of a zone, at a moment given in UTC or in local time. False if
-/// the zone's rules are none.
+// Gets the minutes by which UTC is ahead of the zone's local time at a moment in UTC or local time. Returns
+// false if the zone's rules are invalid.
 bool ZoneBias(const TIME_ZONE_INFORMATION& zone, std::int64_t ticks, bool isLocal, std::int64_t* bias) {
     if (zone.DaylightDate.wMonth == 0) {
         *bias = zone.Bias;
@@ -74,7 +73,7 @@ bool ZoneBias(const TIME_ZONE_INFORMATION& zone, std::int64_t ticks, bool isLoca
     }
     const std::int64_t plain = isLocal ? ticks : ticks - zone.Bias * posix::kTicksPerMinute;
     const int year = posix::SystemTimeFromTicks(std::max<std::int64_t>(plain, 0)).wYear;
-    // Each rule is in the clock that it puts an end to.
+    // Each rule is in the time that it ends.
     const std::int64_t daylightClock = isLocal ? plain : plain - zone.DaylightBias * posix::kTicksPerMinute;
     const std::int64_t standardClock = isLocal ? plain : plain - zone.StandardBias * posix::kTicksPerMinute;
     const bool beforeStandard = daylightClock < TransitionInYear(zone.StandardDate, year);
@@ -98,7 +97,7 @@ BOOL Convert(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* from, SYSTEMTI
     if (!ticks) {
         return Fail();
     }
-    std::int64_t shift = 0; // of UTC against local time
+    std::int64_t shift = 0; // UTC minus local time
     if (zone != nullptr) {
         std::int64_t bias = 0;
         if (!ZoneBias(*zone, *ticks, fromLocal, &bias)) {
@@ -126,7 +125,7 @@ void SetName(WCHAR (&name)[32], const std::string& text) {
     name[length] = L'\0';
 }
 
-/// A moment as a rule for each year, in the clock that shows `offset`.
+// Returns a moment as a rule for every year, in the local time with this offset.
 SYSTEMTIME RuleFromMoment(std::int64_t unixSeconds, std::int64_t offset) {
     SYSTEMTIME rule = posix::SystemTimeFromTicks((unixSeconds + offset + posix::kSecondsToUnixEpoch) *
                                                  posix::kTicksPerSecond);
@@ -136,7 +135,7 @@ SYSTEMTIME RuleFromMoment(std::int64_t unixSeconds, std::int64_t offset) {
     return rule;
 }
 
-/// The first second from `low` (exclusive) to `high` at which daylight saving is as at `high`.
+// Returns the first second after `low` at which daylight saving is that of `high`.
 std::int64_t FindTransition(std::int64_t low, std::int64_t high) {
     const bool wanted = ZoneAt(high).daylight;
     while (high - low > 1) {
