@@ -1,7 +1,7 @@
 // A thread that is expected to wait: told apart from one that went on.
 
-#ifndef TESTS_BSS_THREAD_BLOCKED_H
-#define TESTS_BSS_THREAD_BLOCKED_H
+#ifndef TESTS_SUPPORT_BLOCKED_H
+#define TESTS_SUPPORT_BLOCKED_H
 
 #include "krtpal/sync.h"
 
@@ -22,7 +22,6 @@ public:
         }
         Sleep(100); // nothing tells that it reached its wait
     }
-    ~Blocked() { Join(); }
     bool HasEnded() const { return m_ended; }
     bool EndsSoon() const {
         for (int i = 0; i < 20'000 && !m_ended; ++i) {
@@ -30,16 +29,11 @@ public:
         }
         return m_ended;
     }
-    void Join() {
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-    }
 
 private:
     std::atomic<bool> m_started{false};
     std::atomic<bool> m_ended{false};
-    std::thread m_thread;
+    std::jthread m_thread;
 };
 
 #endif
