@@ -1,6 +1,7 @@
 #include "krtpal/error.h"
+#include "support/Expect.h"
 
-#include <gtest/gtest.h>
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -11,19 +12,18 @@ constexpr DWORD kFromString = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUME
 /// 11 to 99 texts.
 std::va_list* Arguments() {
     static DWORD_PTR arguments[99];
-    const wchar_t* const texts[] = {L"one", L"%1two\n", L"", L"four"};
-    for (std::size_t i = 0; i < 4; ++i) {
-        arguments[i] = reinterpret_cast<DWORD_PTR>(texts[i]);
-    }
-    arguments[4] = 42;
-    arguments[5] = static_cast<DWORD_PTR>(-3);
-    arguments[6] = L'Z';
-    arguments[7] = 6;
-    arguments[8] = 3;
-    arguments[9] = 7;
-    for (std::size_t i = 10; i < 99; ++i) {
-        arguments[i] = reinterpret_cast<DWORD_PTR>(L"many");
-    }
+    const auto text = [](const wchar_t* characters) { return reinterpret_cast<DWORD_PTR>(characters); };
+    const DWORD_PTR first[] = {text(L"one"),
+                               text(L"%1two\n"),
+                               text(L""),
+                               text(L"four"),
+                               42,
+                               static_cast<DWORD_PTR>(-3),
+                               L'Z',
+                               6,
+                               3,
+                               7};
+    std::fill(std::copy(std::begin(first), std::end(first), arguments), std::end(arguments), text(L"many"));
     return reinterpret_cast<std::va_list*>(arguments);
 }
 
@@ -47,13 +47,9 @@ std::wstring Format(const wchar_t* source, DWORD flags = kFromString, std::va_li
 
 TEST(FormatMessage, RefusesBadArguments) {
     wchar_t buffer[8];
-    SetLastError(0);
-    EXPECT_EQ(FormatMessageW(kFromString, L"x", 0, 0, nullptr, 8, Arguments()), 0U);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-    SetLastError(0);
-    EXPECT_EQ(FormatMessageW(0, L"x", 0, 0, buffer, 8, Arguments()), 0U);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-    EXPECT_EQ(FormatMessageW(kFromString, nullptr, 0, 0, buffer, 8, Arguments()), 0U);
+    EXPECT_FAILS(FormatMessageW(kFromString, L"x", 0, 0, nullptr, 8, Arguments()), ERROR_INVALID_PARAMETER);
+    EXPECT_FAILS(FormatMessageW(0, L"x", 0, 0, buffer, 8, Arguments()), ERROR_INVALID_PARAMETER);
+    EXPECT_FAILS(FormatMessageW(kFromString, nullptr, 0, 0, buffer, 8, Arguments()), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(Format(L"%1", kFromString, nullptr), L"error 87");
     EXPECT_EQ(Format(L"no inserts %%", kFromString, nullptr), L"no inserts %");
 }
@@ -111,42 +107,31 @@ TEST(FormatMessage, NamesNullText) {
     EXPECT_EQ(Format(L"[%1]", kFromString, reinterpret_cast<std::va_list*>(arguments)), L"[(null)]");
 }
 
-TEST(FormatMessage, LeavesInsertsAloneOnDemand) {
+TEST(FormatMessage, LeavesInsertsAloneAndJoinsLinesOnDemand) {
     constexpr DWORD flags = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_IGNORE_INSERTS;
     EXPECT_EQ(Format(L"%1 %99!d! %% %! %z a%nb%rc\nd%0e", flags, nullptr),
               L"%1 %99!d! %% %! %z a\r\nb\rc\r\nd");
     EXPECT_EQ(Format(L"x%", flags, nullptr), L"error 87");
+    EXPECT_EQ(Format(L"a\nb\r\nc\n\nd%ne %1", kFromString | FORMAT_MESSAGE_MAX_WIDTH_MASK),
+              L"a b c  d\r\ne one");
 }
 
-TEST(FormatMessage, JoinsLinesOnDemand) {
-    constexpr DWORD flags = kFromString | FORMAT_MESSAGE_MAX_WIDTH_MASK;
-    EXPECT_EQ(Format(L"a\nb\r\nc\n\nd%ne %1", flags), L"a b c  d\r\ne one");
-}
-
-TEST(FormatMessage, FillsBuffersOfTheCaller) {
+TEST(FormatMessage, FillsBuffersOfTheCallerOrMakesOnesOfTheSizeAskedFor) {
     wchar_t buffer[8];
     for (const DWORD size : {1U, 3U, 4U}) {
-        SetLastError(0);
-        EXPECT_EQ(FormatMessageW(kFromString, L"a%1", 0, 0, buffer, size, Arguments()), 0U) << size;
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER)) << size;
-        buffer[7] = L'#';
+        EXPECT_FAILS(FormatMessageW(kFromString, L"a%1", 0, 0, buffer, size, Arguments()),
+                     ERROR_INSUFFICIENT_BUFFER);
     }
     EXPECT_EQ(FormatMessageW(kFromString, L"a%1", 0, 0, buffer, 5, Arguments()), 4U);
     EXPECT_STREQ(buffer, L"aone");
-    EXPECT_EQ(buffer[7], L'#');
-}
 
-TEST(FormatMessage, AllocatesAtLeastTheSizeAskedFor) {
     wchar_t* text = nullptr;
     ASSERT_EQ(FormatMessageW(kFromString | FORMAT_MESSAGE_ALLOCATE_BUFFER, L"ab", 0, 0,
                              reinterpret_cast<LPWSTR>(&text), 1000, Arguments()),
               2U);
-    for (int i = 3; i < 1000; ++i) {
-        text[i] = L'x'; // an address sanitizer looks at this
-    }
+    std::fill(text + 3, text + 1000, L'x'); // an address sanitizer looks at this
     EXPECT_EQ(text[1], L'b');
     LocalFree(text);
-
     const std::wstring whole(70'000, L'x');
     EXPECT_EQ(Format(whole.c_str()), whole);
 }
@@ -165,9 +150,7 @@ TEST(FormatMessage, GivesSystemTexts) {
                   length - 1);
         EXPECT_EQ(std::wstring(lines, length - 2) + L" ", joined);
     }
-    SetLastError(0);
-    EXPECT_EQ(FormatMessageW(flags, nullptr, 0x0EEEEEEE, 0, lines, 200, nullptr), 0U);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MR_MID_NOT_FOUND));
+    EXPECT_FAILS(FormatMessageW(flags, nullptr, 0x0EEEEEEE, 0, lines, 200, nullptr), ERROR_MR_MID_NOT_FOUND);
 }
 
 #ifndef _WIN32
@@ -179,14 +162,10 @@ TEST(FormatMessage, RefusesWhatItDoesNotSupport) {
     EXPECT_EQ(Format(L"x", kFromString | 0x10000), L"error 87");
     EXPECT_EQ(Format(L"%1", FORMAT_MESSAGE_FROM_STRING), L"error 50");
     wchar_t buffer[100];
-    SetLastError(0);
-    EXPECT_EQ(FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, ERROR_FILE_NOT_FOUND, 0x407, buffer, 100,
-                             nullptr),
-              0U);
-    EXPECT_EQ(GetLastError(), ERROR_RESOURCE_LANG_NOT_FOUND);
+    EXPECT_FAILS(FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, ERROR_FILE_NOT_FOUND, 0x407, buffer, 100,
+                                nullptr),
+                 ERROR_RESOURCE_LANG_NOT_FOUND);
 }
 #else
-TEST(FormatMessage, RefusesWhatItDoesNotSupport) {
-    GTEST_SKIP() << "the system supports it";
-}
+SKIPPED_TEST(FormatMessage, RefusesWhatItDoesNotSupport, "the system supports it")
 #endif

@@ -66,6 +66,7 @@ TEST(Names, ObjectLivesAsLongAsAnyHandle) {
     EXPECT_EQ(Poll(again), WAIT_OBJECT_0);
     opened.Close();
     again.Close();
+    EXPECT_EQ(FilesLeftOf(Narrow(name)), std::vector<std::string>{});
     EXPECT_FAILS(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str()), ERROR_FILE_NOT_FOUND);
     const Handle another = Mutex(false, name.c_str()); // the name is free for other kinds, too
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);

@@ -1,9 +1,9 @@
 #include "krtpal/variant.h"
+#include "support/Expect.h"
 
 #include <bit>
 #include <cstdint>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <limits>
 #include <string>
 
@@ -47,15 +47,6 @@ private:
 
 } // namespace
 
-TEST(CountedString, NullAndTooLong) {
-    EXPECT_EQ(SysAllocString(nullptr), nullptr);
-    EXPECT_EQ(SysStringLen(nullptr), 0U);
-    EXPECT_EQ(SysStringByteLen(nullptr), 0U);
-    SysFreeString(nullptr);
-    EXPECT_EQ(SysAllocStringLen(nullptr, 0x7FFFFFFF), nullptr);
-    EXPECT_EQ(SysAllocStringByteLen(nullptr, 0xFFFFFFFF), nullptr);
-}
-
 TEST(CountedString, KeepsNulsAndEndsWithOne) {
     const BSTR text = SysAllocStringLen(L"a\0b\xFFFE", 4);
     EXPECT_EQ(SysStringLen(text), 4U);
@@ -71,6 +62,11 @@ TEST(CountedString, KeepsNulsAndEndsWithOne) {
     ASSERT_NE(empty, nullptr);
     EXPECT_EQ(*empty, L'\0');
     SysFreeString(empty);
+    EXPECT_EQ(SysAllocString(nullptr), nullptr);
+    EXPECT_EQ(SysStringByteLen(nullptr), 0U);
+    SysFreeString(nullptr);
+    EXPECT_EQ(SysAllocStringLen(nullptr, 0x7FFFFFFF), nullptr);
+    EXPECT_EQ(SysAllocStringByteLen(nullptr, 0xFFFFFFFF), nullptr);
 }
 
 TEST(CountedString, IsReplacedByPartOfItself) {
@@ -117,7 +113,7 @@ TEST(Variant, CopiesTextDeepAndFreesTheTarget) {
     EXPECT_EQ(target->vt, VT_EMPTY);
 }
 
-// The texts are those that the system's own call gives: see golden/MakeNumberTexts.cpp.
+// The texts are those of the system's own call, which the same test asks on Windows.
 TEST(Variant, NumbersReadAsTheSystemWritesThem) {
     const struct {
         VARTYPE kind;
@@ -156,80 +152,70 @@ TEST(Variant, ExactHalvesGoAwayFromZero) {
     }
 }
 
-TEST(Variant, FloatingPointBecomesWholeByRoundingHalfToEven) {
+TEST(Variant, NumbersBecomeIntegersOfTheirValueOrOverflow) {
     const struct {
         double number;
         VARTYPE kind;
-        HRESULT result;
-        LONGLONG value;
-    } rows[] = {
-        {0.5, VT_I4, S_OK, 0},
-        {1.5, VT_I4, S_OK, 2},
-        {2.5, VT_I4, S_OK, 2},
-        {-1.5, VT_I4, S_OK, -2},
-        {2147483647.0, VT_I4, S_OK, 2147483647},
-        {2147483647.5, VT_I4, DISP_E_OVERFLOW, 0},
-        {-2147483648.5, VT_I4, S_OK, -2147483648LL},
-        {127.4, VT_I1, S_OK, 127},
-        {127.5, VT_I1, DISP_E_OVERFLOW, 0},
-        {-128.5, VT_I1, S_OK, -128},
-        {255.5, VT_UI1, DISP_E_OVERFLOW, 0},
-        {-0.5, VT_UI1, S_OK, 0},
-        {-0.51, VT_UI1, DISP_E_OVERFLOW, 0},
-        {-32768.5, VT_I2, S_OK, -32768},
-        {65535.5, VT_UI2, DISP_E_OVERFLOW, 0},
-        {4294967295.4, VT_UI4, S_OK, 4294967295},
-        {4294967295.4, VT_UINT, S_OK, 4294967295},
-        {4294967295.5, VT_I8, S_OK, 4294967296},
-        {-1e19, VT_I8, DISP_E_OVERFLOW, 0},
-        {9223372036854775808.0, VT_I4, DISP_E_OVERFLOW, 0},
-        {1e39, VT_R4, DISP_E_OVERFLOW, 0},
-        {3000000.0, VT_DATE, DISP_E_OVERFLOW, 0},
-        {std::numeric_limits<double>::infinity(), VT_I8, DISP_E_OVERFLOW, 0},
-    };
-    for (const auto& row : rows) {
-        Value number(row.number);
-        ASSERT_EQ(number.ChangeTo(row.kind), row.result) << row.number << " to " << row.kind;
-        if (row.result == S_OK) {
-            ASSERT_EQ(number.ChangeTo(VT_I8), S_OK);
-            EXPECT_EQ(number->llVal, row.value) << row.number << " to " << row.kind;
-        }
-    }
-}
-
-TEST(Variant, IntegersKeepValueOrOverflow) {
+        const wchar_t* text; // null: overflow; halves go to the even number
+    } reals[] = {{0.5, VT_I4, L"0"},
+                 {1.5, VT_I4, L"2"},
+                 {2.5, VT_I4, L"2"},
+                 {-1.5, VT_I4, L"-2"},
+                 {2147483647.0, VT_I4, L"2147483647"},
+                 {2147483647.5, VT_I4, nullptr},
+                 {-2147483648.5, VT_I4, L"-2147483648"},
+                 {127.4, VT_I1, L"127"},
+                 {127.5, VT_I1, nullptr},
+                 {-128.5, VT_I1, L"-128"},
+                 {255.5, VT_UI1, nullptr},
+                 {-0.5, VT_UI1, L"0"},
+                 {-0.51, VT_UI1, nullptr},
+                 {-32768.5, VT_I2, L"-32768"},
+                 {65535.5, VT_UI2, nullptr},
+                 {4294967295.4, VT_UI4, L"4294967295"},
+                 {4294967295.4, VT_UINT, L"4294967295"},
+                 {4294967295.5, VT_I8, L"4294967296"},
+                 {9223372036854775808.0, VT_I8, nullptr},
+                 {-9223372036854775808.0, VT_I8, L"-9223372036854775808"},
+                 {1e39, VT_R4, nullptr},
+                 {3000000.0, VT_DATE, nullptr},
+                 {std::numeric_limits<double>::infinity(), VT_I8, nullptr}};
     const struct {
         VARTYPE from;
         LONGLONG number;
-        VARTYPE to;
-        const wchar_t* text; // null: overflow
-    } rows[] = {
-        {VT_UI1, 200, VT_I2, L"200"},
-        {VT_I2, 200, VT_I1, nullptr},
-        {VT_I2, -1, VT_UI1, nullptr},
-        {VT_I4, -1, VT_UI8, nullptr},
-        {VT_I4, -1, VT_UI4, L"4294967295"}, // of one width: bits stay
-        {VT_UI2, 65535, VT_I2, L"-1"},
-        {VT_I8, 4294967296, VT_UI4, nullptr},
-        {VT_I8, std::numeric_limits<LONGLONG>::min(), VT_I8, L"-9223372036854775808"},
-        {VT_UI8, -1, VT_UI8, L"18446744073709551615"},
-        {VT_UI8, -1, VT_R8, L"1.84467440737096E+19"},
-        {VT_INT, -5, VT_I1, L"-5"},
-        {VT_BOOL, -1, VT_UI2, L"65535"},
-        {VT_BOOL, -1, VT_I4, L"-1"},
-        {VT_I4, 77, VT_BOOL, L"-1"},
-        {VT_EMPTY, 0, VT_I4, L"0"},
-        {VT_EMPTY, 0, VT_BSTR, L""},
-    };
-    for (const auto& row : rows) {
-        Value number(row.from, row.number);
-        const HRESULT result = number.ChangeTo(row.to);
-        ASSERT_EQ(result, row.text == nullptr ? DISP_E_OVERFLOW : S_OK)
-            << row.from << " " << row.number << " to " << row.to;
-        if (row.text != nullptr) {
+        VARTYPE kind;
+        const wchar_t* text; // null: overflow; between kinds of one width the bits stay
+    } integers[] = {{VT_UI1, 200, VT_I2, L"200"},
+                    {VT_I2, 200, VT_I1, nullptr},
+                    {VT_I2, -1, VT_UI1, nullptr},
+                    {VT_I4, -1, VT_UI8, nullptr},
+                    {VT_I4, -1, VT_UI4, L"4294967295"},
+                    {VT_UI2, 65535, VT_I2, L"-1"},
+                    {VT_I8, 4294967296, VT_UI4, nullptr},
+                    {VT_UI8, -1, VT_UI8, L"18446744073709551615"},
+                    {VT_UI8, -1, VT_R8, L"1.84467440737096E+19"},
+                    {VT_INT, -5, VT_I1, L"-5"},
+                    {VT_BOOL, -1, VT_UI2, L"65535"},
+                    {VT_BOOL, -1, VT_I4, L"-1"},
+                    {VT_I4, 77, VT_BOOL, L"-1"},
+                    {VT_EMPTY, 0, VT_I4, L"0"},
+                    {VT_EMPTY, 0, VT_BSTR, L""}};
+    const auto check = [](Value& number, VARTYPE kind, const wchar_t* text) {
+        ASSERT_EQ(number.ChangeTo(kind), text == nullptr ? DISP_E_OVERFLOW : S_OK) << kind;
+        if (text != nullptr) {
             ASSERT_EQ(number.ChangeTo(VT_BSTR), S_OK);
-            EXPECT_EQ(number.Text(), row.text);
+            EXPECT_EQ(number.Text(), text) << kind;
         }
+    };
+    for (const auto& row : reals) {
+        SCOPED_TRACE(row.number);
+        Value number(row.number);
+        check(number, row.kind, row.text);
+    }
+    for (const auto& row : integers) {
+        SCOPED_TRACE(row.number);
+        Value number(row.from, row.number);
+        check(number, row.kind, row.text);
     }
     Value nothing(VT_NULL, 0);
     EXPECT_EQ(nothing.ChangeTo(VT_I4), DISP_E_TYPEMISMATCH);
@@ -248,57 +234,47 @@ TEST(Variant, BooleansHaveWordsOnDemand) {
 }
 
 TEST(Variant, TextIsReadAsNumbers) {
+    for (const wchar_t* const text :
+         {L" ", L"12abc", L"1 2", L"1.2.3", L"--12", L"1e", L".", L"INF", L"", L"0x10", L"&O8", L"True"}) {
+        EXPECT_EQ(Value(text).ChangeTo(VT_R8), DISP_E_TYPEMISMATCH) << text;
+        EXPECT_EQ(Value(text).ChangeTo(VT_I4), DISP_E_TYPEMISMATCH) << text;
+    }
+    EXPECT_EQ(Value(L"yes").ChangeTo(VT_BOOL), DISP_E_TYPEMISMATCH);
     const struct {
         const wchar_t* text;
         VARTYPE kind;
-        HRESULT result;
+    } large[] = {{L"1e400", VT_R8}, {L"3.4e39", VT_R4},     {L"256", VT_UI1},
+                 {L"-1", VT_UI4},   {L"2147483648", VT_I4}, {L"99999999999999999999", VT_I8}};
+    for (const auto& row : large) {
+        EXPECT_EQ(Value(row.text).ChangeTo(row.kind), DISP_E_OVERFLOW) << row.text;
+    }
+    const struct {
+        const wchar_t* text;
+        VARTYPE kind;
         double number;
-    } rows[] = {
-        {L"", VT_I4, DISP_E_TYPEMISMATCH, 0},
-        {L" ", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L"12abc", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L"1 2", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L"1.2.3", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L"--12", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L"1e", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L".", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L"INF", VT_R8, DISP_E_TYPEMISMATCH, 0},
-        {L"0x10", VT_I4, DISP_E_TYPEMISMATCH, 0},
-        {L"&O8", VT_I4, DISP_E_TYPEMISMATCH, 0},
-        {L"yes", VT_BOOL, DISP_E_TYPEMISMATCH, 0},
-        {L"True", VT_I4, DISP_E_TYPEMISMATCH, 0},
-        {L"1e400", VT_R8, DISP_E_OVERFLOW, 0},
-        {L"3.4e39", VT_R4, DISP_E_OVERFLOW, 0},
-        {L"256", VT_UI1, DISP_E_OVERFLOW, 0},
-        {L"-1", VT_UI4, DISP_E_OVERFLOW, 0},
-        {L"2147483648", VT_I4, DISP_E_OVERFLOW, 0},
-        {L"99999999999999999999", VT_I8, DISP_E_OVERFLOW, 0},
-        {L"\t12\n", VT_I4, S_OK, 12},
-        {L"- 12", VT_I4, S_OK, -12},
-        {L"12-", VT_I4, S_OK, -12},
-        {L"+.5", VT_R8, S_OK, 0.5},
-        {L"5.", VT_R8, S_OK, 5},
-        {L"1E+3", VT_R8, S_OK, 1000},
-        {L"1e-400", VT_R8, S_OK, 0},
-        {L"5e-324", VT_R8, S_OK, 5e-324},
-        {L"0.30000000000000004", VT_R8, S_OK, 0.30000000000000004},
-        {L"1,234.5", VT_R8, S_OK, 1234.5},
-        {L"1.5", VT_I4, S_OK, 2},
-        {L"2.5", VT_I4, S_OK, 2},
-        {L"9007199254740993", VT_I8, S_OK, 9007199254740992.0},
-        {L"&H1f", VT_I4, S_OK, 31},
-        {L"&O17", VT_I4, S_OK, 15},
-        {L"true", VT_BOOL, S_OK, -1},
-        {L"#FALSE#", VT_BOOL, S_OK, 0},
-        {L"-0.4", VT_BOOL, S_OK, -1},
-    };
+    } rows[] = {{L"\t12\n", VT_I4, 12},
+                {L"- 12", VT_I4, -12},
+                {L"12-", VT_I4, -12},
+                {L"+.5", VT_R8, 0.5},
+                {L"5.", VT_R8, 5},
+                {L"1E+3", VT_R8, 1000},
+                {L"1e-400", VT_R8, 0},
+                {L"5e-324", VT_R8, 5e-324},
+                {L"0.30000000000000004", VT_R8, 0.30000000000000004},
+                {L"1,234.5", VT_R8, 1234.5},
+                {L"1.5", VT_I4, 2},
+                {L"2.5", VT_I4, 2},
+                {L"9007199254740993", VT_I8, 9007199254740992.0},
+                {L"&H1f", VT_I4, 31},
+                {L"&O17", VT_I4, 15},
+                {L"true", VT_BOOL, -1},
+                {L"#FALSE#", VT_BOOL, 0},
+                {L"-0.4", VT_BOOL, -1}};
     for (const auto& row : rows) {
         Value value(row.text);
-        ASSERT_EQ(value.ChangeTo(row.kind), row.result) << row.text << " to " << row.kind;
-        if (row.result == S_OK) {
-            ASSERT_EQ(value.ChangeTo(VT_R8), S_OK);
-            EXPECT_EQ(value->dblVal, row.number) << row.text;
-        }
+        ASSERT_EQ(value.ChangeTo(row.kind), S_OK) << row.text;
+        ASSERT_EQ(value.ChangeTo(VT_R8), S_OK);
+        EXPECT_EQ(value->dblVal, row.number) << row.text;
     }
     Value exact(L"9007199254740993");
     ASSERT_EQ(exact.ChangeTo(VT_I8), S_OK);
@@ -331,13 +307,12 @@ TEST(Variant, RefusesWhatItDoesNotSupport) {
     EXPECT_EQ(VariantChangeTypeEx(&number, &number, 0x407, 0, VT_BSTR), E_INVALIDARG);
     EXPECT_EQ(number.ChangeTo(VT_BSTR, 8), E_INVALIDARG);
     EXPECT_EQ(number.ChangeTo(VT_CY), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(Value(L"&HFFFFFFFFFFFFFFFFF").ChangeTo(VT_R8), DISP_E_TYPEMISMATCH); // beyond 64 bits
     ASSERT_EQ(number.ChangeTo(VT_DATE), S_OK);
     EXPECT_EQ(number.ChangeTo(VT_BSTR), DISP_E_TYPEMISMATCH);
     Value notANumber(std::numeric_limits<double>::quiet_NaN());
     EXPECT_EQ(notANumber.ChangeTo(VT_I4), DISP_E_OVERFLOW);
 }
 #else
-TEST(Variant, RefusesWhatItDoesNotSupport) {
-    GTEST_SKIP() << "the system supports it";
-}
+SKIPPED_TEST(Variant, RefusesWhatItDoesNotSupport, "the system supports it")
 #endif

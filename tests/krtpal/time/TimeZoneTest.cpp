@@ -1,9 +1,10 @@
 #include "krtpal/error.h"
 #include "krtpal/time.h"
+#include "support/Expect.h"
 
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <iomanip>
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -45,20 +46,21 @@ std::string Text(const SYSTEMTIME& time) {
     return text.str();
 }
 
-std::string ToLocal(const TIME_ZONE_INFORMATION* zone, const std::string& utc) {
-    const SYSTEMTIME from = Parse(utc);
+using Conversion = decltype(&SystemTimeToTzSpecificLocalTime);
+
+std::string Convert(Conversion convert, const TIME_ZONE_INFORMATION* zone, const std::string& text) {
+    const SYSTEMTIME from = Parse(text);
     SYSTEMTIME to{};
     SetLastError(0);
-    return SystemTimeToTzSpecificLocalTime(zone, &from, &to) ? Text(to)
-                                                             : "error " + std::to_string(GetLastError());
+    return convert(zone, &from, &to) ? Text(to) : "error " + std::to_string(GetLastError());
+}
+
+std::string ToLocal(const TIME_ZONE_INFORMATION* zone, const std::string& utc) {
+    return Convert(&SystemTimeToTzSpecificLocalTime, zone, utc);
 }
 
 std::string ToUtc(const TIME_ZONE_INFORMATION* zone, const std::string& local) {
-    const SYSTEMTIME from = Parse(local);
-    SYSTEMTIME to{};
-    SetLastError(0);
-    return TzSpecificLocalTimeToSystemTime(zone, &from, &to) ? Text(to)
-                                                             : "error " + std::to_string(GetLastError());
+    return Convert(&TzSpecificLocalTimeToSystemTime, zone, local);
 }
 
 } // namespace
@@ -138,29 +140,20 @@ TEST(TimeZone, ProcessZoneIsTheOneThatIsReported) {
 #ifndef _WIN32
 namespace {
 
-/// Sets the zone of the process.
+/// Sets the zone of the process, and takes it back to that of the machine.
 class ProcessZone {
 public:
-    explicit ProcessZone(const char* name) {
-        const char* const before = std::getenv("TZ");
-        m_had = before != nullptr;
-        m_before = m_had ? before : "";
-        setenv("TZ", name, 1);
-    }
+    explicit ProcessZone(const char* name) { setenv("TZ", name, 1); }
     ProcessZone(const ProcessZone&) = delete;
     ProcessZone& operator=(const ProcessZone&) = delete;
     ~ProcessZone() {
-        if (m_had) {
-            setenv("TZ", m_before.c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
+        m_before ? setenv("TZ", m_before->c_str(), 1) : unsetenv("TZ");
         tzset();
     }
 
 private:
-    bool m_had;
-    std::string m_before;
+    std::optional<std::string> m_before =
+        std::getenv("TZ") == nullptr ? std::nullopt : std::optional<std::string>(std::getenv("TZ"));
 };
 
 } // namespace
@@ -196,10 +189,7 @@ TEST(TimeZone, ProcessZoneWithoutDaylightSavingHasNoRules) {
     EXPECT_EQ(ToLocal(nullptr, "1601/01/01 00:00:00.000"), "1601/01/01 05:30:00.000");
 }
 #else
-TEST(TimeZone, ProcessZoneFollowsItsVariable) {
-    GTEST_SKIP() << "the zone of the machine cannot be set for a test";
-}
-TEST(TimeZone, ProcessZoneWithoutDaylightSavingHasNoRules) {
-    GTEST_SKIP() << "the zone of the machine cannot be set for a test";
-}
+SKIPPED_TEST(TimeZone, ProcessZoneFollowsItsVariable, "the zone of the machine can't be set for a test")
+SKIPPED_TEST(TimeZone, ProcessZoneWithoutDaylightSavingHasNoRules,
+             "the zone of the machine can't be set for a test")
 #endif
