@@ -5,8 +5,7 @@
 #include "krtpal/error.h"
 #include "krtpal/message.h"
 #include "support/Blocked.h"
-
-#include <gtest/gtest.h>
+#include "support/Expect.h"
 
 #include <limits>
 #include <memory>
@@ -39,26 +38,17 @@ public:
 };
 
 TEST(SyncObject, WithoutHandleNothingIsHadAndUnlockDoesNothing) {
-    class Bare : public WSyncObject {
-    public:
-        Bare() : WSyncObject(nullptr) {}
-        using WSyncObject::Unlock;
-        bool Unlock() override { return WSyncObject::Unlock(3, nullptr); }
-    } bare;
+    Recorder bare;
     EXPECT_EQ(static_cast<void*>(bare), nullptr);
-    EXPECT_FALSE(bare.Lock(0));
-    EXPECT_FALSE(bare.LockEx(0, QS_ALLINPUT));
-    EXPECT_TRUE(bare.Unlock());
+    EXPECT_FALSE(bare.WSyncObject::Lock(0) || bare.WSyncObject::LockEx(0, QS_ALLINPUT));
+    EXPECT_TRUE(bare.WSyncObject::Unlock(3, nullptr));
 }
 
 TEST(SyncObject, KernelObjectsLockAndUnlock) {
     WEvent event;
+    EXPECT_TRUE(event.Unlock() && event.Unlock(1, nullptr)); // no effect
     EXPECT_FALSE(event.Lock(0));
-    EXPECT_TRUE(event.Unlock()); // no effect
-    EXPECT_TRUE(event.Unlock(1, nullptr));
-    EXPECT_FALSE(event.Lock(0));
-    EXPECT_TRUE(event.SetEvent());
-    EXPECT_TRUE(event.Lock(0));
+    EXPECT_TRUE(event.SetEvent() && event.Lock(0));
     EXPECT_FALSE(event.Lock(0));
     EXPECT_TRUE(event.SetEvent() && event.ResetEvent());
     EXPECT_FALSE(event.Lock(0));
@@ -68,11 +58,10 @@ TEST(SyncObject, KernelObjectsLockAndUnlock) {
     EXPECT_TRUE(manual.Lock(0) && manual.Lock(0));
 
     WMutex mutex(true);
-    EXPECT_TRUE(mutex.Lock(0));
-    EXPECT_TRUE(mutex.Unlock() && mutex.Unlock());
+    EXPECT_TRUE(mutex.Lock(0) && mutex.Unlock() && mutex.Unlock());
     EXPECT_FALSE(mutex.Unlock());
     std::thread([&] { EXPECT_TRUE(mutex.Lock(0)); }).join();
-    EXPECT_FALSE(mutex.Lock(0)); // abandoned: owned, but told as false
+    EXPECT_FALSE(mutex.Lock(0)); // abandoned: owned, but reported as false
     EXPECT_TRUE(mutex.Unlock());
 
     WSemaphore binary; // free at first
@@ -88,8 +77,8 @@ TEST(SyncObject, KernelObjectsLockAndUnlock) {
     EXPECT_EQ(previous, 1);
     if (std::numeric_limits<long>::max() > 0x7FFFFFFFL) {
         EXPECT_TRUE(many.Lock(0));
-        EXPECT_FALSE(many.Unlock(static_cast<long>(0x100000001LL), nullptr)); // not cut to 1
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+        EXPECT_FAILS(many.Unlock(static_cast<long>(0x100000001LL), nullptr), // not cut to 1
+                     ERROR_INVALID_PARAMETER);
     }
 }
 
@@ -112,23 +101,21 @@ TEST(SyncObject, EveryTimeOutFrom32BitsOfOnesUpIsForEver) {
 
 TEST(SyncObject, FailureToMakeOneThrows) {
     const std::wstring name = L"krtbss-thread-test-" + std::to_wstring(GetCurrentProcessId());
-    const auto failure = [](auto make) -> std::string {
+    const std::wstring second = name + L"-e";
+    const auto expect = [](const char* text, auto make) {
         try {
             make();
-            return "none";
+            ADD_FAILURE() << text;
         } catch (const std::runtime_error& error) {
-            return error.what();
+            EXPECT_STREQ(error.what(), text);
         }
     };
     const WMutex mutex(false, name.c_str());
-    EXPECT_EQ(failure([&] { WEvent(false, false, name.c_str()); }),
-              "Critical Error: failed to create Event.");
-    EXPECT_EQ(failure([&] { WSemaphore(1, 1, name.c_str()); }),
-              "Critical Error: failed to create Semaphore.");
-    EXPECT_EQ(failure([&] { WSemaphore(2, 1); }), "Critical Error: failed to create Semaphore.");
-    const WEvent event(false, false, (name + L"-e").c_str());
-    EXPECT_EQ(failure([&] { WMutex(false, (name + L"-e").c_str()); }),
-              "Critical Error: failed to create Mutex.");
+    const WEvent event(false, false, second.c_str());
+    expect("Critical Error: failed to create Event.", [&] { WEvent(false, false, name.c_str()); });
+    expect("Critical Error: failed to create Semaphore.", [&] { WSemaphore(1, 1, name.c_str()); });
+    expect("Critical Error: failed to create Semaphore.", [] { WSemaphore(2, 1); });
+    expect("Critical Error: failed to create Mutex.", [&] { WMutex(false, second.c_str()); });
 }
 
 LRESULT CALLBACK Count(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -155,7 +142,6 @@ TEST(SyncObject, WaitWithMessagesDispatchesThemAndEndsAtQuit) {
     PostMessageW(window, WM_APP, 0, argument);
     EXPECT_FALSE(event.LockEx(50, QS_ALLINPUT));
     EXPECT_EQ(count, 1);
-
     std::thread other([&] {
         for (int i = 0; i < 3; ++i) {
             Sleep(20);
@@ -165,11 +151,7 @@ TEST(SyncObject, WaitWithMessagesDispatchesThemAndEndsAtQuit) {
     });
     EXPECT_TRUE(event.LockEx(longMs, QS_ALLINPUT));
     other.join();
-    EXPECT_FALSE(event.Lock(0));
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        DispatchMessageW(&message);
-    }
+    EXPECT_FALSE(event.LockEx(0, QS_ALLINPUT)); // dispatches the rest
     EXPECT_EQ(count, 4);
 
     PostQuitMessage(0);
@@ -292,13 +274,17 @@ TEST(MultiLock, GivesUnitsToSemaphoresOnlyAndWaitsForMessages) {
     PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // makes the queue
     PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
     WEvent never;
-    WSyncObject* one[] = {&never};
-    WMultiLock waiting(one, 1, false);
-    EXPECT_EQ(waiting.Lock(longMs, false, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
-    EXPECT_FALSE(waiting.IsLocked(0));
-    EXPECT_EQ(waiting.Lock(0, true, QS_ALLINPUT), WAIT_TIMEOUT); // needs the object and messages
+    WSyncObject* one[] = {&never, &never, &never, &never, &never, &never, &never, &never};
+    WMultiLock waiting(one, 8, false);
+    EXPECT_EQ(waiting.Lock(longMs, false, QS_ALLINPUT), WAIT_OBJECT_0 + 8); // no object, but input
+    EXPECT_FALSE(waiting.IsLocked(0) || waiting.IsLocked(7));
+    WMultiLock single(one, 1, false);
+    EXPECT_EQ(single.Lock(0, true, QS_ALLINPUT), WAIT_TIMEOUT); // needs the object and input
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
     }
+    never.SetEvent();
+    EXPECT_EQ(waiting.Lock(0, false, 0), WAIT_OBJECT_0);
+    EXPECT_TRUE(waiting.Unlock());
     WMultiLock none(nullptr, 0, false);
     EXPECT_TRUE(none.Unlock());
 }

@@ -65,10 +65,8 @@ TEST_F(Messages, GoThroughTheQueueToTheReceiver) {
     EXPECT_TRUE(t_received.empty());
     ASSERT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
     ASSERT_TRUE(PeekMessageW(&message, m_window, 0, 0, PM_REMOVE));
-    EXPECT_EQ(message.hwnd, m_window);
-    EXPECT_EQ(message.message, WM_APP + 1);
-    EXPECT_EQ(message.wParam, 7U);
-    EXPECT_EQ(message.lParam, -2);
+    EXPECT_TRUE(message.hwnd == m_window && message.message == WM_APP + 1 && message.wParam == 7 &&
+                message.lParam == -2);
     EXPECT_EQ(DispatchMessageW(&message), 5);
     EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
     message.hwnd = nullptr;
@@ -175,24 +173,22 @@ TEST_F(Messages, EndAWait) {
     Drain();
 }
 
-TEST_F(Messages, OfManyThreadsAllArrive) {
+TEST_F(Messages, OfManyThreadsAllArriveInTheOrderOfEach) {
     constexpr int threads = 4;
     constexpr int each = 500;
     std::vector<std::jthread> posters;
-    for (int i = 0; i < threads; ++i) {
-        posters.emplace_back([&, i] {
+    for (WPARAM i = 0; i < threads; ++i) {
+        posters.emplace_back([this, i] {
             for (int j = 0; j < each; ++j) {
-                EXPECT_TRUE(PostMessageW(m_window, WM_APP, static_cast<WPARAM>(i), j));
+                EXPECT_TRUE(PostMessageW(m_window, WM_APP, i, j));
             }
         });
     }
-    std::vector<LPARAM> next(threads);
+    LPARAM next[threads] = {};
     for (int count = 0; count < threads * each;) {
         ASSERT_EQ(MsgWaitForMultipleObjects(0, nullptr, FALSE, kLongMs, QS_ALLINPUT), WAIT_OBJECT_0) << count;
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            EXPECT_EQ(message.lParam, next[message.wParam]++); // each thread's in its order
-            ++count;
+        for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE); ++count) {
+            EXPECT_EQ(message.lParam, next[message.wParam]++);
         }
     }
 }

@@ -74,44 +74,34 @@ TEST(Names, ObjectLivesAsLongAsAnyHandle) {
 
 TEST(Names, BelongToOneKind) {
     const std::wstring name = OwnName(L"kind");
-    using Maker = HANDLE (*)(const wchar_t*);
-    const Maker make[] = {[](const wchar_t* n) { return CreateEventW(nullptr, FALSE, FALSE, n); },
-                          [](const wchar_t* n) { return CreateMutexW(nullptr, FALSE, n); },
-                          [](const wchar_t* n) { return CreateSemaphoreW(nullptr, 0, 1, n); }};
-    const Maker open[] = {[](const wchar_t* n) { return OpenEventW(EVENT_ALL_ACCESS, FALSE, n); },
-                          [](const wchar_t* n) { return OpenMutexW(MUTEX_ALL_ACCESS, FALSE, n); },
-                          [](const wchar_t* n) { return OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, n); }};
-    for (std::size_t i = 0; i < 3; ++i) {
-        const Handle object = make[i](name.c_str());
-        ASSERT_NE(static_cast<HANDLE>(object), nullptr);
-        for (std::size_t j = 0; j < 3; ++j) {
-            const Handle made = make[j](name.c_str());
-            EXPECT_EQ(GetLastError(), i == j ? ERROR_ALREADY_EXISTS : ERROR_INVALID_HANDLE) << i << j;
-            EXPECT_EQ(made != nullptr, i == j) << i << j;
-            const Handle opened = open[j](name.c_str());
-            EXPECT_EQ(opened != nullptr, i == j) << i << j;
-            if (i != j) {
-                EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE) << i << j;
-            }
-        }
+    const auto check = [&](auto call, bool opens) {
+        const Handle handle = call();
+        EXPECT_EQ(handle != nullptr, opens);
+        EXPECT_TRUE(opens || GetLastError() == ERROR_INVALID_HANDLE) << GetLastError();
+    };
+    for (int kind = 0; kind < 3; ++kind) {
+        SCOPED_TRACE(kind);
+        const wchar_t* const text = name.c_str();
+        const Handle object = kind == 0   ? AutoEvent(false, text)
+                              : kind == 1 ? Mutex(false, text)
+                                          : Semaphore(0, 1, text);
+        check([=] { return AutoEvent(false, text); }, kind == 0);
+        check([=] { return Mutex(false, text); }, kind == 1);
+        check([=] { return Semaphore(0, 1, text); }, kind == 2);
+        check([=] { return OpenEventW(EVENT_ALL_ACCESS, FALSE, text); }, kind == 0);
+        check([=] { return OpenMutexW(MUTEX_ALL_ACCESS, FALSE, text); }, kind == 1);
+        check([=] { return OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, text); }, kind == 2);
     }
 }
 
 TEST(Names, AnyTextIsANameOfItsOwn) {
     const std::wstring base = OwnName(L"");
-    const std::wstring longBeginning(200, L'x');
-    const std::vector<std::wstring> names = {
-        base + L"a",
-        base + L"A",
-        base + L"a b/c%d.*?",
-        base + L"a b_c%25d.*?",
-        base + L"..",
-        base + L"\u00e4\u4e2d",
-        base + L"\U0001F600",
-        base + longBeginning + L"1",
-        base + longBeginning + L"2",
-        L"Global\\" + base + L"a",
-    };
+    const std::wstring many = base + std::wstring(200, L'x');
+    std::vector<std::wstring> names = {many + L"1", many + L"2", L"Global\\" + base + L"a"};
+    for (const wchar_t* const end :
+         {L"a", L"A", L"a b/c%d.*?", L"a b_c%25d.*?", L"..", L"\u00e4\u4e2d", L"\U0001F600"}) {
+        names.push_back(base + end);
+    }
     std::vector<Handle> handles;
     for (const std::wstring& name : names) {
         // Wine has one space for both prefixes.

@@ -86,9 +86,9 @@ TEST_F(DamagedVersion, LengthsAndOffsetsThatLieDoNoHarm) {
             if (at >= headers && at + 0x100 < block) {
                 continue;
             }
-            for (const std::uint16_t lie : {0, 5, 0x7FFF, 0xFFFF}) {
+            for (const char* const lie : {"\0\0", "\5\0", "\xFF\x7F", "\xFF\xFF"}) {
                 std::string damaged = bytes;
-                std::memcpy(&damaged[at], &lie, sizeof(lie));
+                std::memcpy(&damaged[at], lie, 2);
                 EXPECT_GE(QueryAll(TemporaryFile(damaged).Path()), 0);
             }
         }
