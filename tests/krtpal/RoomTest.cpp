@@ -21,12 +21,20 @@
 
 namespace {
 
-/// Fills a buffer that has room for so many characters, bytes or elements.
+/// What a buffer has room for.
+struct Room {
+    DWORD units; ///< characters, bytes or elements
+    int count;   ///< the same
+    DWORD bytes;
+};
+
 template <typename Element>
 struct Writer {
-    const char* name;
-    void (*write)(Element* to, DWORD room);
+    const char* call;
+    void (*write)(Element* to, Room room);
 };
+
+#define WRITER(Element, ...) (Writer<Element>{#__VA_ARGS__, [](Element* to, Room room) { __VA_ARGS__; }})
 
 /// Whether the byte behind any room up to `most` elements is touched.
 template <typename Element>
@@ -34,10 +42,11 @@ void ExpectThatRoomIsKept(const Writer<Element>& writer, DWORD most) {
     constexpr unsigned char sentinel = 0xA5;
     for (DWORD room = 1; room <= most; ++room) {
         std::vector<unsigned char> buffer((most + 100) * sizeof(Element), sentinel);
-        writer.write(reinterpret_cast<Element*>(buffer.data()), room);
+        writer.write(reinterpret_cast<Element*>(buffer.data()),
+                     {room, static_cast<int>(room), room * static_cast<DWORD>(sizeof(Element))});
         ASSERT_EQ(std::count(buffer.begin() + room * sizeof(Element), buffer.end(), sentinel),
                   buffer.size() - room * sizeof(Element))
-            << writer.name << " with room for " << room;
+            << writer.call << " with room for " << room;
     }
 }
 
@@ -51,78 +60,48 @@ void GetUser(void* information, DWORD bytes) {
 }
 
 TEST(Room, OfWideTextIsKept) {
+    const std::wstring folder = std::filesystem::temp_directory_path().wstring();
+    static const wchar_t* path = folder.c_str();
     const Writer<wchar_t> writers[] = {
-        {"GetUserNameW", [](wchar_t* to, DWORD room) { GetUserNameW(to, &room); }},
-        {"GetComputerNameW", [](wchar_t* to, DWORD room) { GetComputerNameW(to, &room); }},
-        {"GetUserObjectInformationW",
-         [](wchar_t* to, DWORD room) {
-             GetUserObjectInformationW(GetThreadDesktop(GetCurrentThreadId()), UOI_NAME, to,
-                                       room * static_cast<DWORD>(sizeof(wchar_t)), nullptr);
-         }},
-        {"GetModuleFileNameW", [](wchar_t* to, DWORD room) { GetModuleFileNameW(nullptr, to, room); }},
-        {"K32GetModuleFileNameExW",
-         [](wchar_t* to, DWORD room) { K32GetModuleFileNameExW(GetCurrentProcess(), nullptr, to, room); }},
-        {"GetShortPathNameW",
-         [](wchar_t* to, DWORD room) {
-             GetShortPathNameW(std::filesystem::temp_directory_path().wstring().c_str(), to, room);
-         }},
-        {"LoadStringW",
-         [](wchar_t* to, DWORD room) { LoadStringW(bss::GetBSSHandle(), 1001, to, static_cast<int>(room)); }},
-        {"FormatMessageW",
-         [](wchar_t* to, DWORD room) {
-             FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                            ERROR_FILE_NOT_FOUND, 0, to, room, nullptr);
-         }},
-        {"MultiByteToWideChar",
-         [](wchar_t* to, DWORD room) {
-             MultiByteToWideChar(CP_UTF8, 0, "twelve bytes", 12, to, static_cast<int>(room));
-         }},
-        {"StringFromGUID2",
-         [](wchar_t* to, DWORD room) { StringFromGUID2(GUID{}, to, static_cast<int>(room)); }},
-        {"_wsplitpath_s",
-         [](wchar_t* to, DWORD room) {
-             _wsplitpath_s(L"/folder/name", nullptr, 0, to, room, nullptr, 0, nullptr, 0);
-         }},
+        WRITER(wchar_t, GetUserNameW(to, &room.units)),
+        WRITER(wchar_t, GetComputerNameW(to, &room.units)),
+        WRITER(wchar_t, GetUserObjectInformationW(GetThreadDesktop(GetCurrentThreadId()), UOI_NAME, to,
+                                                  room.bytes, nullptr)),
+        WRITER(wchar_t, GetModuleFileNameW(nullptr, to, room.units)),
+        WRITER(wchar_t, K32GetModuleFileNameExW(GetCurrentProcess(), nullptr, to, room.units)),
+        WRITER(wchar_t, GetShortPathNameW(path, to, room.units)),
+        WRITER(wchar_t, LoadStringW(bss::GetBSSHandle(), 1001, to, room.count)),
+        WRITER(wchar_t, FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                       ERROR_FILE_NOT_FOUND, 0, to, room.units, nullptr)),
+        WRITER(wchar_t, MultiByteToWideChar(CP_UTF8, 0, "twelve bytes", 12, to, room.count)),
+        WRITER(wchar_t, StringFromGUID2(GUID{}, to, room.count)),
+        WRITER(wchar_t, _wsplitpath_s(L"/folder/name", nullptr, 0, to, room.units, nullptr, 0, nullptr, 0)),
     };
     for (const Writer<wchar_t>& writer : writers) {
         ExpectThatRoomIsKept(writer, 60);
     }
     if (!RunsUnderWine()) { // which does not look at the room
-        ExpectThatRoomIsKept<wchar_t>(
-            {"_wcserror_s", [](wchar_t* to, DWORD room) { _wcserror_s(to, room, ENOENT); }}, 60);
+        ExpectThatRoomIsKept<wchar_t>(WRITER(wchar_t, _wcserror_s(to, room.units, ENOENT)), 60);
     }
 }
 
 TEST(Room, OfBytesAndArraysIsKept) {
+    static const std::wstring module = ModuleFilePath("version_plain").wstring();
+    static TOKEN_USER user[8];
+    GetUser(user, sizeof(user));
     const Writer<char> writers[] = {
-        {"strerror_s", [](char* to, DWORD room) { strerror_s(to, room, ENOENT); }},
-        {"WideCharToMultiByte",
-         [](char* to, DWORD room) {
-             WideCharToMultiByte(CP_UTF8, 0, L"\u20AC\u00FC\u20AC\u20AC\u20AC", 5, to, static_cast<int>(room),
-                                 nullptr, nullptr);
-         }},
-        {"GetTokenInformation", [](char* to, DWORD room) { GetUser(to, room); }},
-        {"CopySid",
-         [](char* to, DWORD room) {
-             TOKEN_USER user[8];
-             GetUser(user, sizeof(user));
-             CopySid(room, to, user[0].User.Sid);
-         }},
-        {"GetFileVersionInfoW",
-         [](char* to, DWORD room) {
-             GetFileVersionInfoW(ModuleFilePath("version_plain").wstring().c_str(), 0, room, to);
-         }},
+        WRITER(char, strerror_s(to, room.units, ENOENT)),
+        WRITER(char, WideCharToMultiByte(CP_UTF8, 0, L"\u20AC\u00FC\u20AC\u20AC", 4, to, room.count, nullptr,
+                                         nullptr)),
+        WRITER(char, GetUser(to, room.units)),
+        WRITER(char, CopySid(room.units, to, user[0].User.Sid)),
+        WRITER(char, GetFileVersionInfoW(module.c_str(), 0, room.units, to)),
     };
     for (const Writer<char>& writer : writers) {
         ExpectThatRoomIsKept(writer, 100);
     }
-    ExpectThatRoomIsKept<HMODULE>({"K32EnumProcessModules",
-                                   [](HMODULE* to, DWORD room) {
-                                       DWORD needed = 0;
-                                       K32EnumProcessModules(GetCurrentProcess(), to,
-                                                             room * static_cast<DWORD>(sizeof(HMODULE)),
-                                                             &needed);
-                                   }},
+    ExpectThatRoomIsKept<HMODULE>(WRITER(HMODULE, DWORD needed = 0;
+                                         K32EnumProcessModules(GetCurrentProcess(), to, room.bytes, &needed)),
                                   20);
 }
 

@@ -6,6 +6,9 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -136,45 +139,6 @@ TEST(Variant, NumbersReadAsTheSystemWritesThem) {
 }
 
 TEST(Variant, NumbersBecomeIntegersOfTheirValueOrOverflow) {
-    const struct {
-        double number;
-        VARTYPE kind;
-        const wchar_t* text; // null: overflow; halves go to the even number
-    } reals[] = {{0.5, VT_I4, L"0"},
-                 {1.5, VT_I4, L"2"},
-                 {2.5, VT_I4, L"2"},
-                 {2147483647.5, VT_I4, nullptr},
-                 {-2147483648.5, VT_I4, L"-2147483648"},
-                 {127.5, VT_I1, nullptr},
-                 {-128.5, VT_I1, L"-128"},
-                 {255.5, VT_UI1, nullptr},
-                 {-0.5, VT_UI1, L"0"},
-                 {-0.51, VT_UI1, nullptr},
-                 {65535.5, VT_UI2, nullptr},
-                 {4294967295.4, VT_UINT, L"4294967295"},
-                 {9223372036854775808.0, VT_I8, nullptr},
-                 {-9223372036854775808.0, VT_I8, L"-9223372036854775808"},
-                 {1e39, VT_R4, nullptr},
-                 {3000000.0, VT_DATE, nullptr},
-                 {std::numeric_limits<double>::infinity(), VT_I8, nullptr}};
-    const struct {
-        VARTYPE from;
-        LONGLONG number;
-        VARTYPE kind;
-        const wchar_t* text; // null: overflow; between kinds of one width the bits stay
-    } integers[] = {{VT_UI1, 200, VT_I2, L"200"},
-                    {VT_I2, 200, VT_I1, nullptr},
-                    {VT_I2, -1, VT_UI1, nullptr},
-                    {VT_I4, -1, VT_UI8, nullptr},
-                    {VT_I4, -1, VT_UI4, L"4294967295"},
-                    {VT_UI2, 65535, VT_I2, L"-1"},
-                    {VT_I8, 4294967296, VT_UI4, nullptr},
-                    {VT_UI8, -1, VT_UI8, L"18446744073709551615"},
-                    {VT_UI8, -1, VT_R8, L"1.84467440737096E+19"},
-                    {VT_BOOL, -1, VT_UI2, L"65535"},
-                    {VT_I4, 77, VT_BOOL, L"-1"},
-                    {VT_EMPTY, 0, VT_I4, L"0"},
-                    {VT_EMPTY, 0, VT_BSTR, L""}};
     const auto check = [](Value& number, VARTYPE kind, const wchar_t* text) {
         ASSERT_EQ(number.ChangeTo(kind), text == nullptr ? DISP_E_OVERFLOW : S_OK) << kind;
         if (text != nullptr) {
@@ -182,15 +146,43 @@ TEST(Variant, NumbersBecomeIntegersOfTheirValueOrOverflow) {
             EXPECT_EQ(number.Text(), text) << kind;
         }
     };
-    for (const auto& row : reals) {
-        SCOPED_TRACE(row.number);
-        Value number(row.number);
-        check(number, row.kind, row.text);
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    // Halves go to the even number; null: overflow
+    const std::vector<std::pair<VARTYPE, std::vector<std::pair<double, const wchar_t*>>>> reals = {
+        {VT_I4,
+         {{0.5, L"0"}, {1.5, L"2"}, {2.5, L"2"}, {2147483647.5, nullptr}, {-2147483648.5, L"-2147483648"}}},
+        {VT_I1, {{127.5, nullptr}, {-128.5, L"-128"}}},
+        {VT_UI1, {{255.5, nullptr}, {-0.5, L"0"}, {-0.51, nullptr}}},
+        {VT_UI2, {{65535.5, nullptr}}},
+        {VT_UINT, {{4294967295.4, L"4294967295"}}},
+        {VT_I8, {{0x1p63, nullptr}, {-0x1p63, L"-9223372036854775808"}, {infinity, nullptr}}},
+        {VT_R4, {{1e39, nullptr}}},
+        {VT_DATE, {{3000000.0, nullptr}}}};
+    for (const auto& [kind, rows] : reals) {
+        for (const auto& [real, text] : rows) {
+            SCOPED_TRACE(real);
+            Value number(real);
+            check(number, kind, text);
+        }
     }
-    for (const auto& row : integers) {
-        SCOPED_TRACE(row.number);
-        Value number(row.from, row.number);
-        check(number, row.kind, row.text);
+    // Between kinds of one width the bits stay.
+    const std::vector<std::pair<VARTYPE, std::vector<std::tuple<VARTYPE, LONGLONG, const wchar_t*>>>>
+        integers = {{VT_I1, {{VT_I2, 200, nullptr}}},
+                    {VT_UI1, {{VT_I2, -1, nullptr}}},
+                    {VT_I2, {{VT_UI1, 200, L"200"}, {VT_UI2, 65535, L"-1"}}},
+                    {VT_UI2, {{VT_BOOL, -1, L"65535"}}},
+                    {VT_I4, {{VT_EMPTY, 0, L"0"}}},
+                    {VT_UI4, {{VT_I4, -1, L"4294967295"}, {VT_I8, 4294967296, nullptr}}},
+                    {VT_UI8, {{VT_I4, -1, nullptr}, {VT_UI8, -1, L"18446744073709551615"}}},
+                    {VT_R8, {{VT_UI8, -1, L"1.84467440737096E+19"}}},
+                    {VT_BOOL, {{VT_I4, 77, L"-1"}}},
+                    {VT_BSTR, {{VT_EMPTY, 0, L""}}}};
+    for (const auto& [kind, rows] : integers) {
+        for (const auto& [from, integer, text] : rows) {
+            SCOPED_TRACE(integer);
+            Value number(from, integer);
+            check(number, kind, text);
+        }
     }
     Value nothing(VT_NULL, 0);
     EXPECT_EQ(nothing.ChangeTo(VT_I4), DISP_E_TYPEMISMATCH);
@@ -207,46 +199,42 @@ TEST(Variant, BooleansHaveWordsOnDemand) {
 
 TEST(Variant, TextIsReadAsNumbers) {
     for (const wchar_t* const text :
-         {L" ", L"12abc", L"1 2", L"1.2.3", L"--12", L"1e", L".", L"INF", L"", L"0x10", L"&O8", L"True"}) {
+         {L"", L" ", L"12abc", L"1 2", L"1.2.3", L"--12", L"1e", L".", L"INF", L"0x10", L"&O8", L"True"}) {
         EXPECT_EQ(Value(text).ChangeTo(VT_R8), DISP_E_TYPEMISMATCH) << text;
         EXPECT_EQ(Value(text).ChangeTo(VT_I4), DISP_E_TYPEMISMATCH) << text;
     }
     EXPECT_EQ(Value(L"yes").ChangeTo(VT_BOOL), DISP_E_TYPEMISMATCH);
-    const struct {
-        const wchar_t* text;
-        VARTYPE kind;
-    } large[] = {{L"1e400", VT_R8}, {L"3.4e39", VT_R4},     {L"256", VT_UI1},
-                 {L"-1", VT_UI4},   {L"2147483648", VT_I4}, {L"99999999999999999999", VT_I8}};
-    for (const auto& row : large) {
-        EXPECT_EQ(Value(row.text).ChangeTo(row.kind), DISP_E_OVERFLOW) << row.text;
+    const std::vector<std::pair<VARTYPE, const wchar_t*>> large = {
+        {VT_R8, L"1e400"}, {VT_R4, L"3.4e39"},     {VT_UI1, L"256"},
+        {VT_UI4, L"-1"},   {VT_I4, L"2147483648"}, {VT_I8, L"99999999999999999999"}};
+    for (const auto& [kind, text] : large) {
+        EXPECT_EQ(Value(text).ChangeTo(kind), DISP_E_OVERFLOW) << text;
     }
-    const struct {
-        const wchar_t* text;
-        VARTYPE kind;
-        double number;
-    } rows[] = {{L"\t12\n", VT_I4, 12},
-                {L"- 12", VT_I4, -12},
-                {L"12-", VT_I4, -12},
-                {L"+.5", VT_R8, 0.5},
-                {L"5.", VT_R8, 5},
-                {L"1E+3", VT_R8, 1000},
-                {L"1e-400", VT_R8, 0},
-                {L"5e-324", VT_R8, 5e-324},
-                {L"0.30000000000000004", VT_R8, 0.30000000000000004},
-                {L"1,234.5", VT_R8, 1234.5},
-                {L"1.5", VT_I4, 2},
-                {L"2.5", VT_I4, 2},
-                {L"9007199254740993", VT_I8, 9007199254740992.0},
-                {L"&H1f", VT_I4, 31},
-                {L"&O17", VT_I4, 15},
-                {L"true", VT_BOOL, -1},
-                {L"#FALSE#", VT_BOOL, 0},
-                {L"-0.4", VT_BOOL, -1}};
-    for (const auto& row : rows) {
-        Value value(row.text);
-        ASSERT_EQ(value.ChangeTo(row.kind), S_OK) << row.text;
-        ASSERT_EQ(value.ChangeTo(VT_R8), S_OK);
-        EXPECT_EQ(value->dblVal, row.number) << row.text;
+    const std::vector<std::pair<VARTYPE, std::vector<std::pair<const wchar_t*, double>>>> numbers = {
+        {VT_I4,
+         {{L"\t12\n", 12},
+          {L"- 12", -12},
+          {L"12-", -12},
+          {L"1.5", 2},
+          {L"2.5", 2},
+          {L"&H1f", 31},
+          {L"&O17", 15}}},
+        {VT_R8,
+         {{L"+.5", 0.5},
+          {L"5.", 5},
+          {L"1E+3", 1000},
+          {L"1e-400", 0},
+          {L"5e-324", 5e-324},
+          {L"1,234.5", 1234.5},
+          {L"0.30000000000000004", 0.30000000000000004}}},
+        {VT_BOOL, {{L"true", -1}, {L"#FALSE#", 0}, {L"-0.4", -1}}}};
+    for (const auto& [kind, rows] : numbers) {
+        for (const auto& [text, number] : rows) {
+            Value value(text);
+            ASSERT_EQ(value.ChangeTo(kind), S_OK) << text;
+            ASSERT_EQ(value.ChangeTo(VT_R8), S_OK);
+            EXPECT_EQ(value->dblVal, number) << text;
+        }
     }
     Value exact(L"9007199254740993");
     ASSERT_EQ(exact.ChangeTo(VT_I8), S_OK);
