@@ -6,6 +6,7 @@
 #include "krtpal/sync.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <thread>
 
@@ -21,6 +22,12 @@ public:
             Sleep(1);
         }
         Sleep(100); // nothing tells that it reached its wait
+    }
+    /// A thread that waits on and on can't be joined: it ends the program.
+    ~Blocked() {
+        if (!EndsSoon()) {
+            std::abort();
+        }
     }
     bool HasEnded() const { return m_ended; }
     bool EndsSoon() const {
