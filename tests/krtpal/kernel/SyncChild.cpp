@@ -42,14 +42,13 @@ int Answer(const std::wstring& name) {
     return 0;
 }
 
-/// Waits on an event and a semaphore until it is killed.
-int WaitForEver(const std::wstring& name) {
+/// Waits on an event and a semaphore. Exit status 0 if the event came.
+int WaitForEvent(const std::wstring& name) {
     const Handle event = AutoEvent(false, (name + L"-e").c_str());
     const Handle semaphore = Semaphore(0, 5, (name + L"-s").c_str());
     const HANDLE handles[] = {event, semaphore};
     Say("waiting");
-    WaitForMultipleObjects(2, handles, FALSE, INFINITE);
-    return 0;
+    return WaitForMultipleObjects(2, handles, FALSE, kLongMs) == WAIT_OBJECT_0 ? 0 : 1;
 }
 
 /// Opens, locks, writes, releases and closes until it is killed.
@@ -153,7 +152,7 @@ int main(int argc, char** argv) {
     const std::wstring name(narrow.begin(), narrow.end());
     return role == "hold"       ? Hold(name)
            : role == "answer"   ? Answer(name)
-           : role == "wait"     ? WaitForEver(name)
+           : role == "wait"     ? WaitForEvent(name)
            : role == "work"     ? Work(name)
            : role == "check"    ? Check(name)
            : role == "distrust" ? Distrust(name)
