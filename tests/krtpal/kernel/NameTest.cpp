@@ -35,41 +35,30 @@ std::vector<std::string> FilesLeftOf(const std::string& name) {
     return left;
 }
 
-TEST(Names, SecondHandleIsToTheSameObject) {
+TEST(Names, SecondHandleIsToTheSameObjectWhichLivesAsLongAsAny) {
     const std::wstring name = OwnName(L"same");
-    const Handle first = AutoEvent(false, name.c_str());
+    const auto open = [&] { return OpenEventW(EVENT_ALL_ACCESS, FALSE, name.c_str()); };
+    EXPECT_FAILS(open(), ERROR_FILE_NOT_FOUND);
+    Handle first = AutoEvent(false, name.c_str());
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    const Handle second = ManualEvent(true, (L"Local\\" + name).c_str());
+    Handle second = ManualEvent(true, (L"Local\\" + name).c_str());
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     EXPECT_EQ(Poll(first), WAIT_TIMEOUT); // the arguments of the second did not count
+    Handle opened = open();
+    first.Close();
     SetEvent(second);
-    EXPECT_EQ(Poll(first), WAIT_OBJECT_0);
-    EXPECT_EQ(Poll(second), WAIT_TIMEOUT);
+    second.Close();
+    EXPECT_EQ(Poll(opened), WAIT_OBJECT_0);
+    EXPECT_EQ(Poll(opened), WAIT_TIMEOUT);
+    opened.Close();
+    EXPECT_EQ(FilesLeftOf(Narrow(name)), std::vector<std::string>{});
+    EXPECT_FAILS(open(), ERROR_FILE_NOT_FOUND);
 
-    const Handle owned = Mutex(true, OwnName(L"mutex").c_str());
-    const Handle notOwned = Mutex(true, OwnName(L"mutex").c_str());
-    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    const Handle owned = Mutex(true, name.c_str()); // the name is free for other kinds, too
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    const Handle notOwned = Mutex(true, name.c_str());
     EXPECT_TRUE(ReleaseMutex(notOwned)); // owned once, through either handle
     EXPECT_FALSE(ReleaseMutex(owned));
-}
-
-TEST(Names, ObjectLivesAsLongAsAnyHandle) {
-    const std::wstring name = OwnName(L"life");
-    EXPECT_FAILS(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str()), ERROR_FILE_NOT_FOUND);
-    Handle made = Semaphore(2, 5, name.c_str());
-    Handle opened = OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str());
-    ASSERT_NE(static_cast<HANDLE>(opened), nullptr);
-    made.Close();
-    EXPECT_EQ(Poll(opened), WAIT_OBJECT_0);
-    Handle again = Semaphore(0, 1, name.c_str());
-    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
-    EXPECT_EQ(Poll(again), WAIT_OBJECT_0);
-    opened.Close();
-    again.Close();
-    EXPECT_EQ(FilesLeftOf(Narrow(name)), std::vector<std::string>{});
-    EXPECT_FAILS(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str()), ERROR_FILE_NOT_FOUND);
-    const Handle another = Mutex(false, name.c_str()); // the name is free for other kinds, too
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
 }
 
 TEST(Names, BelongToOneKind) {

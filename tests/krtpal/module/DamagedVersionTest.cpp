@@ -24,18 +24,23 @@ int QueryAll(const std::filesystem::path& path) {
         return 0;
     }
     int found = 0;
-    for (const wchar_t* const name :
-         {L"\\", L"\\VarFileInfo\\Translation", L"\\StringFileInfo", L"\\StringFileInfo\\040704e4",
-          L"\\StringFileInfo\\040704e4\\ProductName", L"\\StringFileInfo\\040704e4\\KRTIOVer",
-          L"\\StringFileInfo\\040c04b0\\ProductVersion"}) {
+    const struct {
+        const wchar_t* name;
+        std::size_t unit; ///< of the length, in bytes
+    } queries[] = {{L"\\", 1},
+                   {L"\\VarFileInfo\\Translation", 1},
+                   {L"\\StringFileInfo", 1},
+                   {L"\\StringFileInfo\\040704e4", 1},
+                   {L"\\StringFileInfo\\040704e4\\ProductName", sizeof(wchar_t)},
+                   {L"\\StringFileInfo\\040704e4\\KRTIOVer", sizeof(wchar_t)},
+                   {L"\\StringFileInfo\\040c04b0\\ProductVersion", sizeof(wchar_t)}};
+    for (const auto& query : queries) {
         void* value = nullptr;
         UINT length = 0;
-        if (VerQueryValueW(block.data(), name, &value, &length)) {
+        if (VerQueryValueW(block.data(), query.name, &value, &length)) {
             ++found;
-            const bool isText =
-                std::wcschr(name + 1, L'\\') != nullptr && name[1] == L'S' && std::wcslen(name) > 25;
             const auto at = static_cast<std::size_t>(static_cast<unsigned char*>(value) - block.data());
-            EXPECT_LE(at + length * (isText ? sizeof(wchar_t) : 1), block.size()) << name;
+            EXPECT_LE(at + length * query.unit, block.size()) << query.name;
         }
     }
     return found;
