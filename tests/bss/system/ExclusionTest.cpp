@@ -104,7 +104,6 @@ TEST(Exclusion, CopiesHoldItTooAndMovesHandItOver) {
     }
     EXPECT_TRUE(isHeld());
     bss::WExclusion fourth(std::move(second));
-    second.ReleaseExclusion(); // NOLINT(bugprone-use-after-move): nothing is left there
     EXPECT_TRUE(isHeld());
     bss::WExclusion fifth;
     fifth = std::move(fourth);
