@@ -116,7 +116,9 @@ public:
         kill(m_process, SIGSTOP);
         waitpid(m_process, nullptr, WUNTRACED);
     }
-    void Continue() { kill(m_process, SIGCONT); }
+    void Continue() {
+        kill(m_process, SIGCONT);
+    }
     void CloseInput() {
         if (m_input >= 0) {
             close(m_input);
