@@ -111,6 +111,14 @@ public:
     }
 
 #ifndef _WIN32
+    /// Returns when the child runs no more, until it is told to continue.
+    void Stop() {
+        kill(m_process, SIGSTOP);
+        waitpid(m_process, nullptr, WUNTRACED);
+    }
+    void Continue() {
+        kill(m_process, SIGCONT);
+    }
     void CloseInput() {
         if (m_input >= 0) {
             close(m_input);

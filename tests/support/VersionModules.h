@@ -8,11 +8,14 @@
 #include "krtpal/sync.h"
 #include "krtpal/text.h"
 
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 inline std::filesystem::path ModuleFilePath(const std::string& name) {
     return std::filesystem::path(MODULE_FOLDER) / (name + MODULE_SUFFIX);
@@ -35,6 +38,14 @@ inline std::size_t FindBlock(const std::string& bytes) {
         throw std::runtime_error("the module has no version block");
     }
     return at - 6;
+}
+
+/// The bytes of version_plain with other 32-bit fields of the fixed part, from the byte `at` on.
+inline std::string WithFixedFields(std::size_t at, const std::vector<std::uint32_t>& fields) {
+    constexpr std::size_t fixedPart = 40; // behind the header, the key and its padding
+    std::string bytes = ReadBytes(ModuleFilePath("version_plain"));
+    std::memcpy(&bytes[FindBlock(bytes) + fixedPart + at], fields.data(), fields.size() * 4);
+    return bytes;
 }
 
 /// A file that is there as long as the object.

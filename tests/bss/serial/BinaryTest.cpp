@@ -2,7 +2,7 @@
 #include "bss/serial/WBinarySerializer.h"
 #include "bss/serial/WPersistentObject.h"
 #include "bss/serial/WVersion.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 #include "support/Hex.h"
 
 #include <gtest/gtest.h>

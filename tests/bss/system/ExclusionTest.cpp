@@ -66,33 +66,42 @@ TEST(Exclusion, ScopesHaveNamesOfTheirOwn) {
     EXPECT_EQ(names.Name(nullptr, 0), L"Global\\");
 }
 
-TEST(Exclusion, SetAnewOnTheSameObjectGivesUpTheFormer) {
+TEST(Exclusion, GivesUpTheFormerWhenSetOrAssignedAnew) {
     const std::wstring name = OwnName();
+    const std::wstring second = name + L"2";
+    const auto isFree = [](const std::wstring& text) {
+        return bss::WExclusion().SetExclusion(text.c_str(), bss::WExclusion::User);
+    };
     bss::WExclusion exclusion;
     EXPECT_TRUE(exclusion.SetExclusion(name.c_str(), bss::WExclusion::User));
     EXPECT_TRUE(exclusion.SetExclusion(name.c_str(), bss::WExclusion::User));
+    EXPECT_FALSE(isFree(name));
+    EXPECT_TRUE(exclusion.SetExclusion(second.c_str(), bss::WExclusion::User));
+    EXPECT_TRUE(isFree(name));
     bss::WExclusion other;
-    EXPECT_FALSE(other.SetExclusion(name.c_str(), bss::WExclusion::User));
-    EXPECT_TRUE(exclusion.SetExclusion((name + L"2").c_str(), bss::WExclusion::User));
-    other.ReleaseExclusion();
-    other.ReleaseExclusion();
     EXPECT_TRUE(other.SetExclusion(name.c_str(), bss::WExclusion::User));
-    // A name that can't be one
-    EXPECT_FALSE(other.SetExclusion(L"a\\b", bss::WExclusion::Machine));
+    const bss::WExclusion& same = other;
+    other = same; // keeps it
+    EXPECT_FALSE(isFree(name));
+    other = exclusion;
+    EXPECT_TRUE(isFree(name));
+    exclusion.ReleaseExclusion();
+    EXPECT_FALSE(isFree(second));
+    EXPECT_FALSE(other.SetExclusion(L"a\\b", bss::WExclusion::Machine)); // can't be a name
+    EXPECT_TRUE(isFree(second));
 }
 
 TEST(Exclusion, CopiesHoldItTooAndMovesHandItOver) {
     const std::wstring name = OwnName();
-    const auto isHeld = [&] {
-        bss::WExclusion probe;
-        return !probe.SetExclusion(name.c_str(), bss::WExclusion::Logon);
-    };
+    const auto isHeld = [&] { return !bss::WExclusion().SetExclusion(name.c_str(), bss::WExclusion::Logon); };
     bss::WExclusion second;
     {
         bss::WExclusion first;
         EXPECT_TRUE(first.SetExclusion(name.c_str(), bss::WExclusion::Logon));
-        second = first;
         const bss::WExclusion third(first);
+        first.ReleaseExclusion();
+        EXPECT_TRUE(isHeld());
+        second = third;
     }
     EXPECT_TRUE(isHeld());
     bss::WExclusion fourth(std::move(second));

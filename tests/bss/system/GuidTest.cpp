@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <barrier>
 #include <set>
 #include <string>
 #include <thread>
@@ -47,6 +49,8 @@ TEST(Guid, HostileTextGivesWhatItsGroupsHold) {
         {L"xyz-12zz-0x12-ff g-1}9", L"{00000000-0012-0000-00FF-000000000001}"},
         {L"{{1-2-3-4-5}}", L"{00000000-0002-0003-0004-000000000005}"},
         {L" 1-2-3-4-5", L"{00000000-0002-0003-0004-000000000005}"},
+        {L"1/-2:-3@-4G-5`", L"{00000001-0002-0003-0004-000000000005}"}, // beside the digits
+        {L"9g-AG-f/-0:", L"{00000009-000A-000F-0000-000000000000}"},
         {L"1-2-3-4-5-6-7", L"{00000001-0002-0003-0004-000000000005}"},
         {L"\u0661-\U0001F600-1-1-1", L"{00000000-0000-0001-0001-000000000001}"},
     };
@@ -110,9 +114,12 @@ TEST(Guid, OrdersCompareFieldsWithoutSign) {
 }
 
 TEST(Guid, TextNeedsItsRoom) {
-    wchar_t text[40];
+    wchar_t text[40] = {};
+    text[38] = text[39] = L'#';
     EXPECT_EQ(StringFromGUID2(kSample, text, 38), 0);
+    EXPECT_EQ(text[38], L'#');
     EXPECT_EQ(StringFromGUID2(kSample, text, 39), 39);
+    EXPECT_EQ(text[39], L'#');
 }
 
 TEST(IDDispenser, GivesEachNumberOnce) {
@@ -127,22 +134,21 @@ TEST(IDDispenser, GivesEachNumberOnce) {
     EXPECT_EQ(copy.GetCurrentID(), -4);
 
     bss::WIDDispenser shared(0);
-    std::vector<std::vector<long>> taken(4);
-    std::vector<std::thread> threads;
-    for (std::vector<long>& mine : taken) {
+    constexpr int each = 20'000;
+    std::vector<std::atomic<int>> taken(4 * each + 1);
+    std::barrier start(4);
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
-            for (int i = 0; i < 2000; ++i) {
-                mine.push_back(shared.GetNewID());
+            start.arrive_and_wait();
+            for (int j = 0; j < each; ++j) {
+                ++taken[static_cast<std::size_t>(shared.GetNewID())];
             }
         });
     }
-    std::set<long> all;
-    for (std::size_t i = 0; i < threads.size(); ++i) {
-        threads[i].join();
-        all.insert(taken[i].begin(), taken[i].end());
-    }
-    EXPECT_EQ(all.size(), 8000U);
-    EXPECT_EQ(shared.GetCurrent(), 8000);
+    threads.clear();
+    EXPECT_EQ(std::count(taken.begin() + 1, taken.end(), 1), 4 * each);
+    EXPECT_EQ(shared.GetCurrent(), 4 * each);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <ctime>
 
 namespace {
@@ -76,6 +75,8 @@ TEST(VersionResource, LeavesOutWhatTheModuleDoesNotSay) {
     const WVersionResource special(specialModule.Handle());
     EXPECT_STREQ(special.GetProductVersion(), L"1.2.3.4 (Y)");
     EXPECT_STREQ(special.GetDisplayProductVersion(), L"1.2.3.4 (Y)");
+    EXPECT_STREQ(special.GetFileType(), L"Sound driver");
+    EXPECT_STREQ(special.GetFileOS(), L"Windows NT");
 
     const LoadedModule bareModule(ModuleFilePath("version_none"));
     const WVersionResource bare(bareModule.Handle());
@@ -90,59 +91,52 @@ TEST(VersionResource, LeavesOutWhatTheModuleDoesNotSay) {
 }
 
 TEST(VersionResource, NamesEveryKindOfFileAndOfSystem) {
-    struct Row {
+    constexpr std::size_t systemAt = 32;
+    const struct {
         const wchar_t* type;
+        std::vector<std::uint32_t> numbers; ///< system, type, subtype
         const wchar_t* system;
+    } rows[] = {
+        {L"Unknown type", {0, 0, 0}, L"Unknown OS"},
+        {L"Application", {1, 1, 0}, L"16-bit windows"},
+        {L"Dynamic link library", {2, 2, 0}, L"16-bit Presentation manager"},
+        {L"Unknown driver", {3, 3, 0}, L"32-bit Presentation manager"},
+        {L"Printer driver", {4, 3, 1}, L"Win32 API"},
+        {L"Keyboard driver", {0x10000, 3, 2}, L"MS-DOS"},
+        {L"Language driver", {0x10001, 3, 3}, L"16-bit windows running on MS-DOS"},
+        {L"Display driver", {0x10004, 3, 4}, L"Win32 API running on MS-DOS"},
+        {L"Mouse driver", {0x20000, 3, 5}, L"16-bit OS/2"},
+        {L"Network driver", {0x20002, 3, 6}, L"16-bit Presentation manager running on 16-bit OS/2"},
+        {L"System driver", {0x30000, 3, 7}, L"32-bit OS/2"},
+        {L"Installable driver", {0x30003, 3, 8}, L"32-bit Presentation manager running on 32-bit OS/2"},
+        {L"Sound driver", {0x40000, 3, 9}, L"Windows NT"},
+        {L"Unknown font", {0x40004, 4, 0}, L"Win32 API on Windows NT"},
+        {L"Raster font", {4, 4, 1}, L"Win32 API"},
+        {L"Vector font", {4, 4, 2}, L"Win32 API"},
+        {L"Truetype font", {4, 4, 3}, L"Win32 API"},
+        {L"Virtual device", {4, 5, 0}, L"Win32 API"},
+        {L"Static link library", {4, 7, 0}, L"Win32 API"},
+        {L"", {0x50000, 3, 11}, L""}, // numbers of no kind
     };
-    const Row rows[] = {
-        {L"Unknown type", L"Unknown OS"},
-        {L"Application", L"16-bit windows"},
-        {L"Dynamic link library", L"16-bit Presentation manager"},
-        {L"Unknown driver", L"32-bit Presentation manager"},
-        {L"Printer driver", L"Win32 API"},
-        {L"Keyboard driver", L"MS-DOS"},
-        {L"Language driver", L"16-bit windows running on MS-DOS"},
-        {L"Display driver", L"Win32 API running on MS-DOS"},
-        {L"Mouse driver", L"16-bit OS/2"},
-        {L"Network driver", L"16-bit Presentation manager running on 16-bit OS/2"},
-        {L"System driver", L"32-bit OS/2"},
-        {L"Installable driver", L"32-bit Presentation manager running on 32-bit OS/2"},
-        {L"Sound driver", L"Windows NT"},
-        {L"Unknown font", L"Win32 API on Windows NT"},
-        {L"Raster font", L"Win32 API"},
-        {L"Vector font", L"Win32 API"},
-        {L"Truetype font", L"Win32 API"},
-        {L"Virtual device", L"Win32 API"},
-        {L"Static link library", L"Win32 API"},
-        {L"", L""}, // numbers of no kind
-    };
-    int number = 0;
-    for (const Row& row : rows) {
-        const LoadedModule module(ModuleFilePath(std::string("version_row_").append(std::to_string(number))));
+    for (const auto& row : rows) {
+        const TemporaryFile file(WithFixedFields(systemAt, row.numbers));
+        const LoadedModule module(file.Path());
         const WVersionResource resource(module.Handle());
-        EXPECT_STREQ(resource.GetFileType(), row.type) << number;
-        EXPECT_STREQ(resource.GetFileOS(), row.system) << number;
-        EXPECT_STREQ(resource.GetModuleVersion(), L"1.0.0.0") << number;
-        ++number;
+        EXPECT_STREQ(resource.GetFileType(), row.type);
+        EXPECT_STREQ(resource.GetFileOS(), row.system);
     }
 }
 
 /// The resource compilers leave the date empty.
 TEST(VersionResource, PrintsTheDateOfTheFixedPart) {
-    std::string bytes = ReadBytes(ModuleFilePath("version_plain"));
-    constexpr std::size_t dateAt = 40 + 44;
-    const std::uint32_t halves[] = {0x01C3FFBB, 0x3C67D980}; // of a FILETIME, high one first
-    std::memcpy(&bytes[FindBlock(bytes) + dateAt], halves, sizeof(halves));
-    const TemporaryFile dated(bytes);
-    {
-        const LoadedModule module(dated.Path());
-        EXPECT_STREQ(WVersionResource(module.Handle()).GetFileCreationDate(), L"03/01/2004  18:30:13");
-    }
-    const std::uint32_t beyond[] = {0xFFFFFFFF, 0};
-    std::memcpy(&bytes[FindBlock(bytes) + dateAt], beyond, sizeof(beyond));
-    const TemporaryFile undated(bytes);
-    const LoadedModule module(undated.Path());
-    EXPECT_STREQ(WVersionResource(module.Handle()).GetFileCreationDate(), L"");
+    constexpr std::size_t dateAt = 44;
+    const auto date = [](const std::vector<std::uint32_t>& halves) { // of a FILETIME, high one first
+        const TemporaryFile file(WithFixedFields(dateAt, halves));
+        const LoadedModule module(file.Path());
+        return std::wstring(WVersionResource(module.Handle()).GetFileCreationDate());
+    };
+    EXPECT_EQ(date({0x01C3FFBB, 0x3C67D980}), L"03/01/2004  18:30:13");
+    EXPECT_EQ(date({0xFFFFFFFF, 0}), L""); // no date
 }
 
 TEST(VersionResource, ServesTheLibraryAndTheProgram) {

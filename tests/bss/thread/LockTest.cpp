@@ -2,12 +2,11 @@
 #include "bss/thread/WEvent.h"
 #include "bss/thread/WSingleLock.h"
 
-#include "Blocked.h"
 #include "krtpal/error.h"
 #include "krtpal/message.h"
 #include "krtpal/process.h"
-
-#include <gtest/gtest.h>
+#include "support/Blocked.h"
+#include "support/Expect.h"
 
 #include <limits>
 #include <memory>
@@ -26,22 +25,12 @@ class Recorder : public WSyncObject {
 public:
     Recorder() : WSyncObject(L"recorder") {}
     bool Lock(unsigned long timeoutMs) override {
-        ++locks;
         lastTimeout = timeoutMs;
-        return answer;
+        return ++locks, answer;
     }
-    bool LockEx(unsigned long, unsigned long) override {
-        ++locks;
-        return answer;
-    }
-    bool Unlock(long, long*) override {
-        ++unlocks;
-        return answer;
-    }
-    bool Unlock() override {
-        ++unlocks;
-        return answer;
-    }
+    bool LockEx(unsigned long, unsigned long) override { return ++locks, answer; }
+    bool Unlock(long, long*) override { return ++unlocks, answer; }
+    bool Unlock() override { return ++unlocks, answer; }
 
     int locks = 0;
     int unlocks = 0;
@@ -50,26 +39,17 @@ public:
 };
 
 TEST(SyncObject, WithoutHandleNothingIsHadAndUnlockDoesNothing) {
-    class Bare : public WSyncObject {
-    public:
-        Bare() : WSyncObject(nullptr) {}
-        using WSyncObject::Unlock;
-        bool Unlock() override { return WSyncObject::Unlock(3, nullptr); }
-    } bare;
+    Recorder bare;
     EXPECT_EQ(static_cast<void*>(bare), nullptr);
-    EXPECT_FALSE(bare.Lock(0));
-    EXPECT_FALSE(bare.LockEx(0, QS_ALLINPUT));
-    EXPECT_TRUE(bare.Unlock());
+    EXPECT_FALSE(bare.WSyncObject::Lock(0) || bare.WSyncObject::LockEx(0, QS_ALLINPUT));
+    EXPECT_TRUE(bare.WSyncObject::Unlock(3, nullptr));
 }
 
 TEST(SyncObject, KernelObjectsLockAndUnlock) {
     WEvent event;
+    EXPECT_TRUE(event.Unlock() && event.Unlock(1, nullptr)); // no effect
     EXPECT_FALSE(event.Lock(0));
-    EXPECT_TRUE(event.Unlock()); // no effect
-    EXPECT_TRUE(event.Unlock(1, nullptr));
-    EXPECT_FALSE(event.Lock(0));
-    EXPECT_TRUE(event.SetEvent());
-    EXPECT_TRUE(event.Lock(0));
+    EXPECT_TRUE(event.SetEvent() && event.Lock(0));
     EXPECT_FALSE(event.Lock(0));
     EXPECT_TRUE(event.SetEvent() && event.ResetEvent());
     EXPECT_FALSE(event.Lock(0));
@@ -79,11 +59,10 @@ TEST(SyncObject, KernelObjectsLockAndUnlock) {
     EXPECT_TRUE(manual.Lock(0) && manual.Lock(0));
 
     WMutex mutex(true);
-    EXPECT_TRUE(mutex.Lock(0));
-    EXPECT_TRUE(mutex.Unlock() && mutex.Unlock());
+    EXPECT_TRUE(mutex.Lock(0) && mutex.Unlock() && mutex.Unlock());
     EXPECT_FALSE(mutex.Unlock());
     std::thread([&] { EXPECT_TRUE(mutex.Lock(0)); }).join();
-    EXPECT_FALSE(mutex.Lock(0)); // abandoned: owned, but told as false
+    EXPECT_FALSE(mutex.Lock(0)); // abandoned: owned, but reported as false
     EXPECT_TRUE(mutex.Unlock());
 
     WSemaphore binary; // free at first
@@ -99,40 +78,45 @@ TEST(SyncObject, KernelObjectsLockAndUnlock) {
     EXPECT_EQ(previous, 1);
     if (std::numeric_limits<long>::max() > 0x7FFFFFFFL) {
         EXPECT_TRUE(many.Lock(0));
-        EXPECT_FALSE(many.Unlock(static_cast<long>(0x100000001LL), nullptr)); // not cut to 1
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+        EXPECT_FAILS(many.Unlock(static_cast<long>(0x100000001LL), nullptr), // not cut to 1
+                     ERROR_INVALID_PARAMETER);
     }
 }
 
 TEST(SyncObject, EveryTimeOutFrom32BitsOfOnesUpIsForEver) {
-    for (const unsigned long timeout : {0xFFFFFFFFUL, std::numeric_limits<unsigned long>::max()}) {
-        WEvent event;
-        Blocked waiter([&] { EXPECT_TRUE(event.Lock(timeout)); });
-        EXPECT_FALSE(waiter.HasEnded());
-        event.SetEvent();
-        EXPECT_TRUE(waiter.EndsSoon());
+    constexpr auto most = std::numeric_limits<unsigned long>::max();
+    const unsigned long beyond = most > 0xFFFFFFFFUL ? 0xFFFFFFFFUL + 1 : most; // 2^32, where it exists
+    for (const unsigned long timeout : {0xFFFFFFFFUL, beyond, most}) {
+        WEvent one;
+        WEvent another;
+        WSyncObject* objects[] = {&one};
+        WMultiLock lock(objects, 1, false);
+        Blocked waiter([&] { EXPECT_EQ(lock.Lock(timeout, true, 0), WAIT_OBJECT_0); });
+        Blocked other([&] { EXPECT_TRUE(another.Lock(timeout)); });
+        EXPECT_FALSE(waiter.HasEnded() || other.HasEnded()) << timeout;
+        one.SetEvent();
+        another.SetEvent();
+        EXPECT_TRUE(waiter.EndsSoon() && other.EndsSoon());
     }
 }
 
 TEST(SyncObject, FailureToMakeOneThrows) {
     const std::wstring name = L"krtbss-thread-test-" + std::to_wstring(GetCurrentProcessId());
-    const auto failure = [](auto make) -> std::string {
+    const std::wstring second = name + L"-e";
+    const auto expect = [](const char* text, auto make) {
         try {
             make();
-            return "none";
+            ADD_FAILURE() << text;
         } catch (const std::runtime_error& error) {
-            return error.what();
+            EXPECT_STREQ(error.what(), text);
         }
     };
     const WMutex mutex(false, name.c_str());
-    EXPECT_EQ(failure([&] { WEvent(false, false, name.c_str()); }),
-              "Critical Error: failed to create Event.");
-    EXPECT_EQ(failure([&] { WSemaphore(1, 1, name.c_str()); }),
-              "Critical Error: failed to create Semaphore.");
-    EXPECT_EQ(failure([&] { WSemaphore(2, 1); }), "Critical Error: failed to create Semaphore.");
-    const WEvent event(false, false, (name + L"-e").c_str());
-    EXPECT_EQ(failure([&] { WMutex(false, (name + L"-e").c_str()); }),
-              "Critical Error: failed to create Mutex.");
+    const WEvent event(false, false, second.c_str());
+    expect("Critical Error: failed to create Event.", [&] { WEvent(false, false, name.c_str()); });
+    expect("Critical Error: failed to create Semaphore.", [&] { WSemaphore(1, 1, name.c_str()); });
+    expect("Critical Error: failed to create Semaphore.", [] { WSemaphore(2, 1); });
+    expect("Critical Error: failed to create Mutex.", [&] { WMutex(false, second.c_str()); });
 }
 
 LRESULT CALLBACK Count(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -159,7 +143,6 @@ TEST(SyncObject, WaitWithMessagesDispatchesThemAndEndsAtQuit) {
     PostMessageW(window, WM_APP, 0, argument);
     EXPECT_FALSE(event.LockEx(50, QS_ALLINPUT));
     EXPECT_EQ(count, 1);
-
     std::thread other([&] {
         for (int i = 0; i < 3; ++i) {
             Sleep(20);
@@ -169,11 +152,7 @@ TEST(SyncObject, WaitWithMessagesDispatchesThemAndEndsAtQuit) {
     });
     EXPECT_TRUE(event.LockEx(longMs, QS_ALLINPUT));
     other.join();
-    EXPECT_FALSE(event.Lock(0));
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        DispatchMessageW(&message);
-    }
+    EXPECT_FALSE(event.LockEx(0, QS_ALLINPUT)); // dispatches the rest
     EXPECT_EQ(count, 4);
 
     PostQuitMessage(0);
@@ -235,26 +214,28 @@ TEST(SingleLock, HoldsForItsScopeAndTouchesNothingItDoesNotHold) {
 }
 
 TEST(MultiLock, HoldsWhatItTook) {
-    for (const unsigned count : {1U, 8U, 9U, 20U}) { // with arrays of its own and on the heap
+    for (const unsigned count : {1U, 8U, 9U}) { // with arrays of its own and on the heap
         std::vector<std::unique_ptr<WSemaphore>> semaphores;
         std::vector<WSyncObject*> objects;
         for (unsigned i = 0; i < count; ++i) {
             semaphores.push_back(std::make_unique<WSemaphore>(0, 2));
             objects.push_back(semaphores.back().get());
         }
+        WSemaphore& first = *semaphores.front();
+        WSemaphore& last = *semaphores.back();
         {
             WMultiLock lock(objects.data(), count, false);
             EXPECT_EQ(lock.Lock(0, true, 0), WAIT_TIMEOUT);
             EXPECT_FALSE(lock.Unlock(1, nullptr)); // nothing is held
-            semaphores[count - 1]->Unlock();
+            last.Unlock();
             EXPECT_EQ(lock.Lock(longMs, false, 0), WAIT_OBJECT_0 + count - 1);
             for (unsigned i = 0; i < count; ++i) {
                 EXPECT_EQ(lock.IsLocked(i), i == count - 1);
             }
             EXPECT_TRUE(lock.Unlock());
             EXPECT_FALSE(lock.IsLocked(count - 1));
-            EXPECT_TRUE(semaphores[count - 1]->Lock(0)); // given back once
-            EXPECT_FALSE(semaphores[count - 1]->Lock(0));
+            EXPECT_TRUE(last.Lock(0)); // given back once
+            EXPECT_FALSE(last.Lock(0));
             for (const auto& semaphore : semaphores) {
                 semaphore->Unlock();
             }
@@ -262,18 +243,17 @@ TEST(MultiLock, HoldsWhatItTook) {
         {
             WMultiLock lock(objects.data(), count, true);
             EXPECT_TRUE(lock.IsLocked(0) && lock.IsLocked(count - 1));
-            EXPECT_FALSE(semaphores[0]->Lock(0));
+            EXPECT_FALSE(first.Lock(0));
             long previous = -1;
             EXPECT_TRUE(lock.Unlock(3, &previous)); // too many: still held, yet a semaphore was met
             EXPECT_TRUE(lock.IsLocked(0));
             EXPECT_TRUE(lock.Unlock(2, &previous));
             EXPECT_EQ(previous, 0);
             EXPECT_FALSE(lock.IsLocked(0));
-            EXPECT_TRUE(semaphores[0]->Lock(0) && semaphores[0]->Lock(0));
-            EXPECT_TRUE(semaphores[0]->Unlock(1, nullptr));
+            EXPECT_TRUE(first.Lock(0));
         }
-        EXPECT_TRUE(semaphores[0]->Lock(0));
-        EXPECT_FALSE(semaphores[0]->Lock(0)); // the end of the holder gave nothing back twice
+        EXPECT_TRUE(first.Lock(0));
+        EXPECT_FALSE(first.Lock(0)); // the end of the holder gave nothing back twice
     }
 }
 
@@ -281,25 +261,31 @@ TEST(MultiLock, GivesUnitsToSemaphoresOnlyAndWaitsForMessages) {
     WMutex mutex;
     WSemaphore semaphore(1, 3);
     WSyncObject* objects[] = {&mutex, &semaphore};
-    WMultiLock lock(objects, 2, true);
-    EXPECT_TRUE(lock.Unlock(2, nullptr));
-    EXPECT_TRUE(lock.IsLocked(0));
-    EXPECT_FALSE(lock.IsLocked(1));
-    EXPECT_FALSE(lock.Unlock(1, nullptr)); // the mutex is no semaphore
-    std::thread([&] { EXPECT_FALSE(mutex.Lock(0)); }).join();
-    EXPECT_TRUE(lock.Unlock());
+    {
+        WMultiLock lock(objects, 2, true);
+        EXPECT_TRUE(lock.Unlock(2, nullptr));
+        EXPECT_TRUE(lock.IsLocked(0));
+        EXPECT_FALSE(lock.IsLocked(1));
+        EXPECT_FALSE(lock.Unlock(1, nullptr)); // the mutex is no semaphore
+        std::thread([&] { EXPECT_FALSE(mutex.Lock(0)); }).join();
+    }
+    std::thread([&] { EXPECT_TRUE(mutex.Lock(0) && mutex.Unlock()); }).join();
 
-    PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
     MSG message;
     PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // makes the queue
     PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
     WEvent never;
-    WSyncObject* one[] = {&never};
-    WMultiLock waiting(one, 1, false);
-    EXPECT_EQ(waiting.Lock(longMs, false, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
-    EXPECT_FALSE(waiting.IsLocked(0));
+    WSyncObject* one[] = {&never, &never, &never, &never, &never, &never, &never, &never};
+    WMultiLock waiting(one, 8, false);
+    EXPECT_EQ(waiting.Lock(longMs, false, QS_ALLINPUT), WAIT_OBJECT_0 + 8); // no object, but input
+    EXPECT_FALSE(waiting.IsLocked(0) || waiting.IsLocked(7));
+    WMultiLock single(one, 1, false);
+    EXPECT_EQ(single.Lock(0, true, QS_ALLINPUT), WAIT_TIMEOUT); // needs the object and input
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
     }
+    never.SetEvent();
+    EXPECT_EQ(waiting.Lock(0, false, 0), WAIT_OBJECT_0);
+    EXPECT_TRUE(waiting.Unlock());
     WMultiLock none(nullptr, 0, false);
     EXPECT_TRUE(none.Unlock());
 }

@@ -1,8 +1,7 @@
 #include "krtpal/path.h"
 #include "krtpal/error.h"
 #include "krtpal/text.h"
-
-#include <gtest/gtest.h>
+#include "support/Expect.h"
 
 #include <cerrno>
 #include <string>
@@ -50,11 +49,9 @@ TEST(SplitPath, PartsAreThoseOfTheLastSlashAndPoint) {
 
 TEST(ShortPath, IsThatOfAFileThatExists) {
     wchar_t path[MAX_PATH] = {};
-    EXPECT_EQ(GetShortPathNameW(L"there-is-no-such-file", path, MAX_PATH), 0U);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
-    const DWORD length = GetShortPathNameW(L".", path, MAX_PATH);
-    EXPECT_EQ(std::wstring(path), L".");
-    EXPECT_EQ(length, 1U);
+    EXPECT_FAILS(GetShortPathNameW(L"there-is-no-such-file", path, MAX_PATH), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(GetShortPathNameW(L".", path, MAX_PATH), 1U);
+    EXPECT_STREQ(path, L".");
     EXPECT_EQ(GetShortPathNameW(L".", path, 1), 2U); // with the NUL
 }
 

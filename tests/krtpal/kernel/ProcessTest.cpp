@@ -3,13 +3,11 @@
 #include "krtpal/module.h"
 #include "krtpal/sync.h"
 #include "krtpal/user.h"
+#include "support/Expect.h"
 #include "support/Wine.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -29,10 +27,8 @@ std::wstring PathOf(HANDLE process, HMODULE module) {
 }
 
 TEST(Process, OnlyRunningOnesOpen) {
-    EXPECT_EQ(OpenProcess(kRights, FALSE, 0), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-    EXPECT_EQ(OpenProcess(kRights, FALSE, 0x7FFFFFF0), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_FAILS(OpenProcess(kRights, FALSE, 0), ERROR_INVALID_PARAMETER);
+    EXPECT_FAILS(OpenProcess(kRights, FALSE, 0x7FFFFFF0), ERROR_INVALID_PARAMETER);
     HMODULE module = nullptr;
     DWORD needed = 0;
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
@@ -44,30 +40,24 @@ TEST(Process, OnlyRunningOnesOpen) {
 TEST(Process, ModulesOfThisOneAreListedBothWays) {
     wchar_t programPath[1000] = {};
     GetModuleFileNameW(nullptr, programPath, 1000);
+    const HMODULE program = ModuleOf(reinterpret_cast<const void*>(&PathOf));
     const HANDLE opened = OpenProcess(kRights, FALSE, GetCurrentProcessId());
     ASSERT_NE(opened, nullptr);
     for (const HANDLE process : {opened, GetCurrentProcess()}) {
         HMODULE modules[256] = {};
         DWORD needed = 0;
         ASSERT_TRUE(K32EnumProcessModules(process, modules, sizeof(modules), &needed));
-        const std::size_t count = needed / sizeof(HMODULE);
-        ASSERT_LE(count, 256U);
-        const HMODULE program = ModuleOf(reinterpret_cast<const void*>(&PathOf));
+        ASSERT_LE(needed, sizeof(modules));
         EXPECT_EQ(modules[0], program);
         EXPECT_EQ(PathOf(process, program), programPath);
         EXPECT_EQ(PathOf(process, nullptr), programPath);
-        bool hasLibrary = false;
-        for (std::size_t i = 0; i < count; ++i) {
-            hasLibrary = hasLibrary || PathOf(process, modules[i]).find(L"krtbss") != std::wstring::npos;
-        }
-        EXPECT_TRUE(hasLibrary);
-        HMODULE first = nullptr;
+        EXPECT_TRUE(std::any_of(modules, modules + needed / sizeof(HMODULE), [&](HMODULE module) {
+            return PathOf(process, module).find(L"krtbss") != std::wstring::npos;
+        }));
         DWORD neededAgain = 0;
-        EXPECT_TRUE(K32EnumProcessModules(process, &first, sizeof(first), &neededAgain)); // as many as fit
-        EXPECT_EQ(first, program);
-        EXPECT_EQ(neededAgain, needed);
-        int local = 0;
-        EXPECT_EQ(PathOf(process, reinterpret_cast<HMODULE>(&local)), L"");
+        EXPECT_TRUE(K32EnumProcessModules(process, modules, sizeof(HMODULE), &neededAgain));
+        EXPECT_EQ(neededAgain, needed); // though one fits
+        EXPECT_EQ(PathOf(process, reinterpret_cast<HMODULE>(&neededAgain)), L"");
     }
     wchar_t cut[5] = {};
     if (!RunsUnderWine()) { // which answers one less

@@ -9,6 +9,7 @@
 #include "krtpal/sync.h"
 #include "krtpal/unqualified.h"
 
+#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -53,6 +54,12 @@ inline Handle Semaphore(LONG count, LONG maximum, const wchar_t* name = nullptr)
 
 inline DWORD Poll(HANDLE handle) {
     return WaitForSingleObject(handle, 0);
+}
+
+/// A count from the environment; otherwise the short one, or the long one where KRTBSS_TEST_LONG is set.
+inline long CountFrom(const char* variable, long shortCount, long longCount) {
+    const char* const wanted = std::getenv(variable);
+    return wanted != nullptr ? std::atol(wanted) : std::getenv("KRTBSS_TEST_LONG") ? longCount : shortCount;
 }
 
 /// A name for this process alone.

@@ -2,8 +2,7 @@
 
 #include "krtpal/error.h"
 #include "krtpal/version.h"
-
-#include <gtest/gtest.h>
+#include "support/Expect.h"
 
 #include <vector>
 
@@ -52,22 +51,20 @@ TEST(VersionFile, AnswersByKey) {
     EXPECT_EQ(TextOf(block, L"\\stringfileinfo\\040C04B0\\productname"), name);
     EXPECT_EQ(TextOf(block, L"\\StringFileInfo\\040704e4\\ProductNam"), L"(none)");
     EXPECT_EQ(TextOf(block, L"\\StringFileInfo\\04110000\\ProductName"), L"(none)");
-    SetLastError(0);
-    EXPECT_FALSE(VerQueryValueW(block.data(), L"\\Nothing", &value, &length));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_RESOURCE_TYPE_NOT_FOUND));
+    EXPECT_FAILS(VerQueryValueW(block.data(), L"\\Nothing", &value, &length), ERROR_RESOURCE_TYPE_NOT_FOUND);
 }
 
 TEST(VersionFile, FilesWithoutAResourceAreRefused) {
-    const auto errorOf = [](const std::filesystem::path& path) {
-        SetLastError(0);
-        EXPECT_EQ(GetFileVersionInfoSizeW(path.wstring().c_str(), nullptr), 0U) << path;
-        return GetLastError();
+    const auto size = [](const std::filesystem::path& path) {
+        return GetFileVersionInfoSizeW(path.wstring().c_str(), nullptr);
     };
-    EXPECT_EQ(errorOf("there-is-no-such-file"), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    EXPECT_FAILS(size("there-is-no-such-file"), ERROR_FILE_NOT_FOUND);
     const TemporaryFile empty("");
     const TemporaryFile text("MZ is how some files begin, and ELF how others");
     for (const std::filesystem::path& path : {ModuleFilePath("version_none"), empty.Path(), text.Path()}) {
-        EXPECT_NE(errorOf(path), 0U) << path;
+        SetLastError(0);
+        EXPECT_EQ(size(path), 0U) << path;
+        EXPECT_NE(GetLastError(), 0U) << path;
     }
     unsigned char block[4] = {1, 2, 3, 4};
     EXPECT_FALSE(GetFileVersionInfoW(empty.Path().wstring().c_str(), 0, sizeof(block), block));

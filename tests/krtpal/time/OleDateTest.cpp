@@ -1,23 +1,37 @@
 #include "krtpal/time.h"
+#include "support/Wine.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 
-TEST(OleDate, FieldsOutOfRangeAreRefused) {
-    SYSTEMTIME rows[] = {{10000, 1, 0, 1, 0, 0, 0, 0},
-                         {40000, 1, 0, 1, 0, 0, 0, 0},
-                         {2001, 13, 0, 1, 0, 0, 0, 0},
-                         {2001, 1, 0, 32, 0, 0, 0, 0}};
-    for (SYSTEMTIME& row : rows) {
-        double date = -7.0;
-        EXPECT_FALSE(SystemTimeToVariantTime(&row, &date)) << row.wYear;
-        EXPECT_EQ(date, -7.0);
-    }
+namespace {
+
+void ExpectNoDate(SYSTEMTIME time) {
+    double date = -7.0;
+    EXPECT_FALSE(SystemTimeToVariantTime(&time, &date)) << time.wYear;
+    EXPECT_EQ(date, -7.0);
+}
+
+void ExpectNoTime(double date) {
+    SYSTEMTIME time{};
+    EXPECT_FALSE(VariantTimeToSystemTime(date, &time)) << date;
+}
+
+TEST(OleDate, FieldsAndDatesOutOfRangeAreRefused) {
+    ExpectNoDate({10000, 1, 0, 1, 0, 0, 0, 0});
+    ExpectNoDate({40000, 1, 0, 1, 0, 0, 0, 0});
+    ExpectNoDate({2001, 13, 0, 1, 0, 0, 0, 0});
+    ExpectNoDate({2001, 1, 0, 32, 0, 0, 0, 0});
     for (const double date :
          {-657435.0, -657435.5, 2958466.0, 1e300, -1e300, std::numeric_limits<double>::infinity()}) {
-        SYSTEMTIME time{};
-        EXPECT_FALSE(VariantTimeToSystemTime(date, &time)) << date;
+        ExpectNoTime(date);
+    }
+    if (!RunsUnderWine()) { // which goes beyond both ends by the time of the day
+        ExpectNoDate({9999, 12, 0, 31, 24, 0, 0, 0});
+        ExpectNoDate({100, 1, 0, 0, 0, 0, 0, 0});
+        ExpectNoTime(2958465.999999);
     }
 }
 
@@ -86,22 +100,12 @@ TEST(OleDate, DatesBecomeFieldsRoundedToSeconds) {
         SYSTEMTIME time{};
         ASSERT_TRUE(VariantTimeToSystemTime(row.date, &time)) << row.date;
         const WORD fields[6] = {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
-        for (int i = 0; i < 6; ++i) {
-            EXPECT_EQ(fields[i], row.fields[i]) << row.date << " field " << i;
-        }
+        EXPECT_TRUE(std::ranges::equal(fields, row.fields)) << row.date;
         EXPECT_EQ(time.wMilliseconds, 0);
     }
 }
 
-TEST(OleDate, EveryDayAndSecondsAcrossDayZeroComeBack) {
-    for (int day = -657434; day <= 2958465; day += 17) {
-        SYSTEMTIME time{};
-        double back = 0.5;
-        ASSERT_TRUE(VariantTimeToSystemTime(day, &time)) << day;
-        ASSERT_EQ(time.wDayOfWeek, ((day + 6) % 7 + 7) % 7) << day;
-        ASSERT_TRUE(SystemTimeToVariantTime(&time, &back));
-        ASSERT_EQ(back, day);
-    }
+TEST(OleDate, SecondsAcrossDayZeroComeBack) {
     for (WORD second = 0; second < 60; ++second) {
         for (const WORD hour : {WORD{0}, WORD{11}, WORD{23}}) {
             for (const WORD day : {WORD{29}, WORD{30}}) {
@@ -117,3 +121,5 @@ TEST(OleDate, EveryDayAndSecondsAcrossDayZeroComeBack) {
         }
     }
 }
+
+} // namespace

@@ -1,105 +1,86 @@
 #include "krtpal/error.h"
 #include "krtpal/time.h"
+#include "support/Expect.h"
 
+#include <cstdio>
 #include <cstdlib>
-#include <gtest/gtest.h>
-#include <iomanip>
-#include <sstream>
+#include <optional>
 #include <string>
 
 namespace {
 
 TIME_ZONE_INFORMATION Zone(LONG bias, SYSTEMTIME daylight, SYSTEMTIME standard) {
-    TIME_ZONE_INFORMATION zone{};
-    zone.Bias = bias;
-    zone.DaylightBias = -60;
-    zone.DaylightDate = daylight;
-    zone.StandardDate = standard;
-    return zone;
+    return {bias, L"", standard, 0, L"", daylight, -60};
 }
 
 // Month, day of week, week of the month, hour
-TIME_ZONE_INFORMATION Berlin() {
-    return Zone(-60, {0, 3, 0, 5, 2, 0, 0, 0}, {0, 10, 0, 5, 3, 0, 0, 0});
-}
-TIME_ZONE_INFORMATION NewYork() {
-    return Zone(300, {0, 3, 0, 2, 2, 0, 0, 0}, {0, 11, 0, 1, 2, 0, 0, 0});
-}
-TIME_ZONE_INFORMATION Sydney() {
-    return Zone(-600, {0, 10, 0, 1, 2, 0, 0, 0}, {0, 4, 0, 1, 3, 0, 0, 0});
-}
+const TIME_ZONE_INFORMATION kBerlin = Zone(-60, {0, 3, 0, 5, 2, 0, 0, 0}, {0, 10, 0, 5, 3, 0, 0, 0});
+const TIME_ZONE_INFORMATION kNewYork = Zone(300, {0, 3, 0, 2, 2, 0, 0, 0}, {0, 11, 0, 1, 2, 0, 0, 0});
+const TIME_ZONE_INFORMATION kSydney = Zone(-600, {0, 10, 0, 1, 2, 0, 0, 0}, {0, 4, 0, 1, 3, 0, 0, 0});
 
 SYSTEMTIME Parse(const std::string& text) {
     SYSTEMTIME time{};
-    char mark = ' ';
-    std::istringstream(text) >> time.wYear >> mark >> time.wMonth >> mark >> time.wDay >> time.wHour >>
-        mark >> time.wMinute >> mark >> time.wSecond >> mark >> time.wMilliseconds;
+    EXPECT_EQ(std::sscanf(text.c_str(), "%hu/%hu/%hu %hu:%hu:%hu.%hu", &time.wYear, &time.wMonth, &time.wDay,
+                          &time.wHour, &time.wMinute, &time.wSecond, &time.wMilliseconds),
+              7);
     return time;
 }
 
 std::string Text(const SYSTEMTIME& time) {
-    std::ostringstream text;
-    text << std::setfill('0') << time.wYear << '/' << std::setw(2) << time.wMonth << '/' << std::setw(2)
-         << time.wDay << ' ' << std::setw(2) << time.wHour << ':' << std::setw(2) << time.wMinute << ':'
-         << std::setw(2) << time.wSecond << '.' << std::setw(3) << time.wMilliseconds;
-    return text.str();
+    char text[60];
+    std::snprintf(text, sizeof(text), "%04u/%02u/%02u %02u:%02u:%02u.%03u", time.wYear, time.wMonth,
+                  time.wDay, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
+    return text;
+}
+
+using Conversion = decltype(&SystemTimeToTzSpecificLocalTime);
+
+std::string Convert(Conversion convert, const TIME_ZONE_INFORMATION* zone, const std::string& text) {
+    const SYSTEMTIME from = Parse(text);
+    SYSTEMTIME to{};
+    SetLastError(0);
+    return convert(zone, &from, &to) ? Text(to) : "error " + std::to_string(GetLastError());
 }
 
 std::string ToLocal(const TIME_ZONE_INFORMATION* zone, const std::string& utc) {
-    const SYSTEMTIME from = Parse(utc);
-    SYSTEMTIME to{};
-    SetLastError(0);
-    return SystemTimeToTzSpecificLocalTime(zone, &from, &to) ? Text(to)
-                                                             : "error " + std::to_string(GetLastError());
+    return Convert(&SystemTimeToTzSpecificLocalTime, zone, utc);
 }
 
 std::string ToUtc(const TIME_ZONE_INFORMATION* zone, const std::string& local) {
-    const SYSTEMTIME from = Parse(local);
-    SYSTEMTIME to{};
-    SetLastError(0);
-    return TzSpecificLocalTimeToSystemTime(zone, &from, &to) ? Text(to)
-                                                             : "error " + std::to_string(GetLastError());
+    return Convert(&TzSpecificLocalTimeToSystemTime, zone, local);
 }
 
 } // namespace
 
 TEST(TimeZone, BadTimesAndRulesAreRefused) {
-    const TIME_ZONE_INFORMATION berlin = Berlin();
-    EXPECT_EQ(ToLocal(&berlin, "2021/13/01 00:00:00.000"), "error 87");
-    EXPECT_EQ(ToUtc(&berlin, "2021/02/30 00:00:00.000"), "error 87");
-    TIME_ZONE_INFORMATION bad = Berlin();
+    EXPECT_EQ(ToLocal(&kBerlin, "2021/13/01 00:00:00.000"), "error 87");
+    EXPECT_EQ(ToUtc(&kBerlin, "2021/02/30 00:00:00.000"), "error 87");
+    TIME_ZONE_INFORMATION bad = kBerlin;
     bad.StandardDate.wMonth = 0;
     EXPECT_EQ(ToLocal(&bad, "2021/03/01 00:00:00.000"), "error 87");
-    bad = Berlin();
+    bad = kBerlin;
     bad.DaylightDate.wDay = 6;
     EXPECT_EQ(ToLocal(&bad, "2021/03/01 00:00:00.000"), "error 87");
 }
 
 TEST(TimeZone, RulesHoldToTheSecondInBothHemispheres) {
-    const TIME_ZONE_INFORMATION berlin = Berlin();
-    const TIME_ZONE_INFORMATION newYork = NewYork();
-    const TIME_ZONE_INFORMATION sydney = Sydney();
     const struct {
         const TIME_ZONE_INFORMATION* zone;
         const char* utc;
         const char* local;
     } rows[] = {
-        {&berlin, "2021/03/28 00:59:59.999", "2021/03/28 01:59:59.999"},
-        {&berlin, "2021/03/28 01:00:00.000", "2021/03/28 03:00:00.000"},
-        {&berlin, "2021/10/31 00:59:59.999", "2021/10/31 02:59:59.999"},
-        {&berlin, "2021/10/31 01:00:00.000", "2021/10/31 02:00:00.000"},
-        {&berlin, "2021/12/31 23:30:00.000", "2022/01/01 00:30:00.000"},
-        {&berlin, "1601/01/01 00:00:00.000", "1601/01/01 01:00:00.000"},
-        {&newYork, "2021/03/14 06:59:59.000", "2021/03/14 01:59:59.000"},
-        {&newYork, "2021/03/14 07:00:00.000", "2021/03/14 03:00:00.000"},
-        {&newYork, "2021/11/07 05:59:59.000", "2021/11/07 01:59:59.000"},
-        {&newYork, "2021/11/07 06:00:00.000", "2021/11/07 01:00:00.000"},
-        {&newYork, "2021/01/01 03:00:00.000", "2020/12/31 22:00:00.000"},
-        {&sydney, "2021/10/02 15:59:59.000", "2021/10/03 01:59:59.000"},
-        {&sydney, "2021/10/02 16:00:00.000", "2021/10/03 03:00:00.000"},
-        {&sydney, "2021/04/03 15:59:59.000", "2021/04/04 02:59:59.000"},
-        {&sydney, "2021/04/03 16:00:00.000", "2021/04/04 02:00:00.000"},
-        {&sydney, "2021/12/31 20:00:00.000", "2022/01/01 07:00:00.000"},
+        {&kBerlin, "2021/03/28 00:59:59.999", "2021/03/28 01:59:59.999"},
+        {&kBerlin, "2021/03/28 01:00:00.000", "2021/03/28 03:00:00.000"},
+        {&kBerlin, "2021/10/31 00:59:59.999", "2021/10/31 02:59:59.999"},
+        {&kBerlin, "2021/10/31 01:00:00.000", "2021/10/31 02:00:00.000"},
+        {&kBerlin, "1601/01/01 00:00:00.000", "1601/01/01 01:00:00.000"},
+        {&kNewYork, "2021/03/14 07:00:00.000", "2021/03/14 03:00:00.000"},
+        {&kNewYork, "2021/11/07 06:00:00.000", "2021/11/07 01:00:00.000"},
+        {&kNewYork, "2021/01/01 03:00:00.000", "2020/12/31 22:00:00.000"},
+        {&kSydney, "2021/10/02 15:59:59.000", "2021/10/03 01:59:59.000"},
+        {&kSydney, "2021/10/02 16:00:00.000", "2021/10/03 03:00:00.000"},
+        {&kSydney, "2021/04/03 15:59:59.000", "2021/04/04 02:59:59.000"},
+        {&kSydney, "2021/04/03 16:00:00.000", "2021/04/04 02:00:00.000"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(ToLocal(row.zone, row.utc), row.local);
@@ -107,18 +88,13 @@ TEST(TimeZone, RulesHoldToTheSecondInBothHemispheres) {
 }
 
 TEST(TimeZone, LocalTimesGoBackToUtc) {
-    const TIME_ZONE_INFORMATION berlin = Berlin();
-    const TIME_ZONE_INFORMATION sydney = Sydney();
-    EXPECT_EQ(ToUtc(&berlin, "2021/03/28 01:59:59.000"), "2021/03/28 00:59:59.000");
-    EXPECT_EQ(ToUtc(&berlin, "2021/03/28 03:00:00.000"), "2021/03/28 01:00:00.000");
-    EXPECT_EQ(ToUtc(&berlin, "2021/10/31 02:30:00.000"), "2021/10/31 00:30:00.000"); // the first of the two
-    EXPECT_EQ(ToUtc(&berlin, "2021/10/31 03:00:00.000"), "2021/10/31 02:00:00.000");
-    EXPECT_EQ(ToUtc(&sydney, "2021/01/15 12:00:00.000"), "2021/01/15 01:00:00.000");
-    EXPECT_EQ(ToUtc(&sydney, "2021/06/15 12:00:00.000"), "2021/06/15 02:00:00.000");
-}
-
-TEST(TimeZone, WithoutRulesTheBiasAloneHolds) {
-    TIME_ZONE_INFORMATION india{};
+    EXPECT_EQ(ToUtc(&kBerlin, "2021/03/28 01:59:59.000"), "2021/03/28 00:59:59.000");
+    EXPECT_EQ(ToUtc(&kBerlin, "2021/03/28 03:00:00.000"), "2021/03/28 01:00:00.000");
+    EXPECT_EQ(ToUtc(&kBerlin, "2021/10/31 02:30:00.000"), "2021/10/31 00:30:00.000"); // the first of the two
+    EXPECT_EQ(ToUtc(&kBerlin, "2021/10/31 03:00:00.000"), "2021/10/31 02:00:00.000");
+    EXPECT_EQ(ToUtc(&kSydney, "2021/01/15 12:00:00.000"), "2021/01/15 01:00:00.000");
+    EXPECT_EQ(ToUtc(&kSydney, "2021/06/15 12:00:00.000"), "2021/06/15 02:00:00.000");
+    TIME_ZONE_INFORMATION india{}; // without rules the bias alone holds
     india.Bias = -330;
     india.StandardBias = 999;
     EXPECT_EQ(ToLocal(&india, "2021/06/15 20:00:00.000"), "2021/06/16 01:30:00.000");
@@ -138,36 +114,27 @@ TEST(TimeZone, ProcessZoneIsTheOneThatIsReported) {
 #ifndef _WIN32
 namespace {
 
-/// Sets the zone of the process.
+/// Sets the zone of the process, and takes it back to that of the machine.
 class ProcessZone {
 public:
-    explicit ProcessZone(const char* name) {
-        const char* const before = std::getenv("TZ");
-        m_had = before != nullptr;
-        m_before = m_had ? before : "";
-        setenv("TZ", name, 1);
-    }
+    explicit ProcessZone(const char* name) { setenv("TZ", name, 1); }
     ProcessZone(const ProcessZone&) = delete;
     ProcessZone& operator=(const ProcessZone&) = delete;
     ~ProcessZone() {
-        if (m_had) {
-            setenv("TZ", m_before.c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
+        m_before ? setenv("TZ", m_before->c_str(), 1) : unsetenv("TZ");
         tzset();
     }
 
 private:
-    bool m_had;
-    std::string m_before;
+    std::optional<std::string> m_before =
+        std::getenv("TZ") == nullptr ? std::nullopt : std::optional<std::string>(std::getenv("TZ"));
 };
 
 } // namespace
 
 // The zones are given by rule, so that no zone database is needed.
 TEST(TimeZone, ProcessZoneFollowsItsVariable) {
-    const ProcessZone berlin("CET-1CEST,M3.5.0,M10.5.0/3");
+    const ProcessZone zoneOfTest("CET-1CEST,M3.5.0,M10.5.0/3");
     EXPECT_EQ(ToLocal(nullptr, "2021/03/28 00:59:59.999"), "2021/03/28 01:59:59.999");
     EXPECT_EQ(ToLocal(nullptr, "2021/03/28 01:00:00.000"), "2021/03/28 03:00:00.000");
     EXPECT_EQ(ToUtc(nullptr, "2021/07/01 12:00:00.007"), "2021/07/01 10:00:00.007");
@@ -176,14 +143,13 @@ TEST(TimeZone, ProcessZoneFollowsItsVariable) {
     TIME_ZONE_INFORMATION zone{};
     const DWORD id = GetTimeZoneInformation(&zone);
     EXPECT_TRUE(id == TIME_ZONE_ID_STANDARD || id == TIME_ZONE_ID_DAYLIGHT);
-    const TIME_ZONE_INFORMATION expected = Berlin();
     EXPECT_EQ(zone.Bias, -60);
     EXPECT_EQ(zone.DaylightBias, -60);
     EXPECT_EQ(zone.StandardBias, 0);
     EXPECT_STREQ(zone.StandardName, L"CET");
     EXPECT_STREQ(zone.DaylightName, L"CEST");
-    EXPECT_EQ(Text(zone.DaylightDate), Text(expected.DaylightDate));
-    EXPECT_EQ(Text(zone.StandardDate), Text(expected.StandardDate));
+    EXPECT_EQ(Text(zone.DaylightDate), Text(kBerlin.DaylightDate));
+    EXPECT_EQ(Text(zone.StandardDate), Text(kBerlin.StandardDate));
 }
 
 TEST(TimeZone, ProcessZoneWithoutDaylightSavingHasNoRules) {
@@ -196,10 +162,7 @@ TEST(TimeZone, ProcessZoneWithoutDaylightSavingHasNoRules) {
     EXPECT_EQ(ToLocal(nullptr, "1601/01/01 00:00:00.000"), "1601/01/01 05:30:00.000");
 }
 #else
-TEST(TimeZone, ProcessZoneFollowsItsVariable) {
-    GTEST_SKIP() << "the zone of the machine cannot be set for a test";
-}
-TEST(TimeZone, ProcessZoneWithoutDaylightSavingHasNoRules) {
-    GTEST_SKIP() << "the zone of the machine cannot be set for a test";
-}
+SKIPPED_TEST(TimeZone, ProcessZoneFollowsItsVariable, "the zone of the machine can't be set for a test")
+SKIPPED_TEST(TimeZone, ProcessZoneWithoutDaylightSavingHasNoRules,
+             "the zone of the machine can't be set for a test")
 #endif

@@ -1,11 +1,12 @@
 // A thread that is expected to wait: told apart from one that went on.
 
-#ifndef TESTS_BSS_THREAD_BLOCKED_H
-#define TESTS_BSS_THREAD_BLOCKED_H
+#ifndef TESTS_SUPPORT_BLOCKED_H
+#define TESTS_SUPPORT_BLOCKED_H
 
 #include "krtpal/sync.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <thread>
 
@@ -22,7 +23,12 @@ public:
         }
         Sleep(100); // nothing tells that it reached its wait
     }
-    ~Blocked() { Join(); }
+    /// A thread that waits on and on can't be joined: it ends the program.
+    ~Blocked() {
+        if (!EndsSoon()) {
+            std::abort();
+        }
+    }
     bool HasEnded() const { return m_ended; }
     bool EndsSoon() const {
         for (int i = 0; i < 20'000 && !m_ended; ++i) {
@@ -30,16 +36,11 @@ public:
         }
         return m_ended;
     }
-    void Join() {
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-    }
 
 private:
     std::atomic<bool> m_started{false};
     std::atomic<bool> m_ended{false};
-    std::thread m_thread;
+    std::jthread m_thread;
 };
 
 #endif
