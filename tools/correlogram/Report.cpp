@@ -1,6 +1,9 @@
 #include "Report.h"
 
+#include "common/Json.h"
+
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace correlogram {
@@ -114,6 +117,36 @@ std::string Notes(const Analysis& analysis) {
                    "chi-squared is above 1.\n";
 }
 
+// In 8 significant digits.
+tools::Json JsonNumber(double value) {
+    return std::isfinite(value) ? tools::Token(FormatGeneral(value, 8)) : tools::Json();
+}
+
+tools::Json JsonValue(const std::optional<Measured>& measured) {
+    return measured ? JsonNumber(measured->value) : tools::Json();
+}
+
+tools::Json JsonFit(const FitResult& fit) {
+    tools::Json coefficients = tools::Json::array();
+    for (const Coefficient& coefficient : fit.coefficients) {
+        coefficients.push_back({{"name", coefficient.name},
+                                {"value", JsonNumber(coefficient.fitted.value)},
+                                {"standard_error", JsonNumber(coefficient.fitted.error)}});
+    }
+    const bool hasConverged = fit.HasConverged();
+    return {{"name", fit.name},
+            {"coefficients", coefficients},
+            {"chi_squared", hasConverged ? JsonNumber(fit.chiSquared) : tools::Json()},
+            {"r_squared", hasConverged ? JsonNumber(fit.rSquared) : tools::Json()},
+            {"iterations", fit.iterations},
+            {"stop_test", fit.stopTest},
+            {"decay_rate_per_s", JsonValue(fit.decayRate)},
+            {"polydispersity_index", JsonValue(fit.polydispersity)},
+            {"diffusion_m2_per_s", JsonValue(fit.diffusion)},
+            {"radius_m", JsonValue(fit.radius)},
+            {"radius_error_m", fit.radius ? JsonNumber(fit.radius->error) : tools::Json()}};
+}
+
 } // namespace
 
 std::string TableReport(const Analysis& analysis) {
@@ -131,6 +164,16 @@ std::string TableReport(const Analysis& analysis) {
                     [](const FitResult& fit) { return FormatMeasured(fit.diffusion); });
     table.AddResult("hydrodynamic radius (nm)", [](const FitResult& fit) { return Scaled(fit.radius, 1e9); });
     return Heading(analysis) + table.Text() + Notes(analysis);
+}
+
+std::string JsonReport(const Analysis& analysis) {
+    tools::Json fits = tools::Json::array();
+    for (const FitResult& fit : analysis.fits) {
+        fits.push_back(JsonFit(fit));
+    }
+    return tools::Indented(
+               {{"file", ValidUtf8(analysis.curve.file)}, {"points", analysis.count}, {"fits", fits}}) +
+           "\n";
 }
 
 std::string VerboseReport(const Analysis& analysis) {
