@@ -7,11 +7,10 @@
 #include "bss/serial/database/WChecksum.h"
 #include "tools/Support.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cmath>
 #include <functional>
 #include <numbers>
+#include <numeric>
 
 namespace {
 
@@ -26,6 +25,9 @@ protected:
     Correlograms() {
         std::filesystem::create_directory("data");
         std::filesystem::copy(KRTBSS_SOURCE_DIR "/data/correlograms", "data/correlograms");
+        for (const char* const name : {"flat.csv", "mixture.csv", "short.csv"}) {
+            Write(name, Golden(std::string("correlogram/") + name));
+        }
     }
 };
 
@@ -41,45 +43,24 @@ std::vector<std::string> With(std::vector<std::string> arguments, const std::str
     return arguments;
 }
 
-/// Lags are equally spaced by logarithm, noise is normally distributed.
+/// 180 lags over seven decades, equally spaced by logarithm, with normally distributed noise.
 Curve MakeCurve(const std::function<double(double)>& signal, double noise = 0.0, unsigned seed = 1,
-                int count = 180, double firstLag = 1e-7, double lastLag = 1.0) {
+                double firstLag = 1e-7) {
     Curve curve;
     curve.file = "made-up.csv";
     std::mt19937 random(seed);
     std::normal_distribution<double> deviation(0.0, 1.0);
-    for (int i = 0; i < count; ++i) {
-        curve.lag.push_back(firstLag * std::pow(lastLag / firstLag, static_cast<double>(i) / (count - 1)));
+    for (int i = 0; i < 180; ++i) {
+        curve.lag.push_back(firstLag * std::pow(1e7, i / 179.0));
         curve.signal.push_back(signal(curve.lag.back()) + noise * deviation(random));
         curve.line.push_back(static_cast<std::size_t>(i) + 2);
     }
     return curve;
 }
 
-std::string CsvText(const Curve& curve) {
-    std::string text = "lag_seconds,g2_minus_1\n";
-    for (std::size_t i = 0; i < curve.lag.size(); ++i) {
-        text += FormatGeneral(curve.lag[i], 9) + "," + FormatGeneral(curve.signal[i], 9) + "\n";
-    }
-    return text;
-}
-
-double SingleRate(double t) {
-    return 0.9 * std::exp(-2000.0 * t);
-}
-
 /// A cumulant expansion with decay rate 1000/s and polydispersity index 0.06.
 double CumulantDecay(double t) {
     return -0.002 + 0.9 * std::exp(-2000.0 * t) * std::pow(1.0 + 0.06e6 * t * t / 2.0, 2);
-}
-
-/// Rates over three decades: the fit of the cumulants function uses up its iterations.
-std::string HopelessMixture() {
-    return CsvText(MakeCurve([](double t) {
-        return 0.9 *
-               std::pow(
-                   0.4 * std::exp(-30000.0 * t) + 0.3 * std::exp(-1000.0 * t) + 0.3 * std::exp(-30.0 * t), 2);
-    }));
 }
 
 std::size_t Count(const std::string& text, const std::string& part) {
@@ -108,7 +89,7 @@ TEST(CorrelogramAnalysis, FindsKnownDecaysInAnyUnitOfTime) {
     const Conditions conditions{5e-7, 60.0, 300.0, 0.002, 1.4};
     const Analysis slow = Analyse(MakeCurve(CumulantDecay), conditions, 0.0);
     const auto fast = [](double t) { return CumulantDecay(t * 1e4); };
-    const Analysis quick = Analyse(MakeCurve(fast, 0.0, 1, 180, 1e-11, 1e-4), conditions, 0.0);
+    const Analysis quick = Analyse(MakeCurve(fast, 0.0, 1, 1e-11), conditions, 0.0);
     const FitResult& cumulants = slow.fits[1];
     // Stokes and Einstein, Bragg's q, written down anew.
     const double q = 4.0 * std::numbers::pi * 1.4 * std::sin(std::numbers::pi / 6.0) / 5e-7;
@@ -116,11 +97,9 @@ TEST(CorrelogramAnalysis, FindsKnownDecaysInAnyUnitOfTime) {
     EXPECT_NEAR(cumulants.radius->value / radius, 1.0, 1e-5);
     EXPECT_NEAR(cumulants.diffusion->value / (1000.0 / q / q), 1.0, 1e-5);
     EXPECT_NEAR(cumulants.polydispersity->value, 0.06, 1e-5);
-    const double expected[] = {-0.002, 0.9, std::sqrt(1000.0), 0.06e6};
-    for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_NEAR(cumulants.coefficients[i].fitted.value / expected[i], 1.0, 1e-4);
-    }
+    const double expected[] = {-0.002, 0.9, std::sqrt(1000.0)};
     for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(cumulants.coefficients[i].fitted.value / expected[i], 1.0, 1e-4);
         EXPECT_EQ(slow.fits[i].iterations, quick.fits[i].iterations);
         EXPECT_NEAR(quick.fits[i].decayRate->value / slow.fits[i].decayRate->value, 1e4, 1e-2);
     }
@@ -131,33 +110,35 @@ TEST(CorrelogramAnalysis, StandardErrorsAreTheScatterOfRepeatedMeasurements) {
     constexpr int kRuns = 60;
     for (const double sigma : {0.0, 1.0}) { // 1 would be the fit's sign for "none"
         const double scale = sigma > 0.0 ? 250.0 : 1.0;
-        double sums[3] = {};
-        double squares[3] = {};
+        std::vector<double> values[3];
         double errors[3] = {};
         for (unsigned run = 0; run < kRuns; ++run) {
-            Curve curve =
-                MakeCurve([scale](double t) { return scale * CumulantDecay(t); }, 4e-3 * scale, 100U + run);
+            const auto signal = [scale](double t) { return scale * CumulantDecay(t); };
+            Curve curve = MakeCurve(signal, 4e-3 * scale, 100U + run);
             curve.sigma.assign(sigma > 0.0 ? curve.lag.size() : 0, sigma);
             const Analysis analysis = Analyse(std::move(curve), {}, 0.0);
             const FitResult& fit = analysis.fits[1];
             ASSERT_TRUE(fit.HasConverged());
-            const Measured values[3] = {*fit.radius, *fit.polydispersity, fit.coefficients[1].fitted};
-            for (int i = 0; i < 3; ++i) {
-                sums[i] += values[i].value;
-                squares[i] += values[i].value * values[i].value;
-                errors[i] += values[i].error / kRuns;
+            int i = 0;
+            for (const Measured& each : {*fit.radius, *fit.polydispersity, fit.coefficients[1].fitted}) {
+                values[i].push_back(each.value);
+                errors[i++] += each.error / kRuns;
             }
         }
         for (int i = 0; i < 3; ++i) {
-            const double scatter = std::sqrt((squares[i] - sums[i] * sums[i] / kRuns) / (kRuns - 1));
-            EXPECT_NEAR(errors[i] / scatter, 1.0, 0.3)
-                << i << " " << sigma; // 3 standard errors of the scatter
+            const double mean = std::accumulate(values[i].begin(), values[i].end(), 0.0) / kRuns;
+            double sum = 0.0;
+            for (const double value : values[i]) {
+                sum += (value - mean) * (value - mean) / (kRuns - 1);
+            }
+            EXPECT_NEAR(errors[i] / std::sqrt(sum), 1.0, 0.3) << i; // 3 standard errors of it
         }
     }
 }
 
 TEST(CorrelogramAnalysis, ParticlesOfOneSizeEndWithATiedWidth) {
-    const Analysis analysis = Analyse(MakeCurve(SingleRate, 1e-3), {}, 0.0);
+    const Analysis analysis =
+        Analyse(MakeCurve([](double t) { return std::exp(-2000.0 * t); }, 1e-3), {}, 0.0);
     const FitResult& fit = analysis.fits[2];
     ASSERT_TRUE(fit.HasConverged());
     EXPECT_EQ(fit.coefficients.size(), 3U);
@@ -172,10 +153,6 @@ TEST(CorrelogramFormat, BytesThatAreOfNoCharacterAreReplacedOneByOne) {
     EXPECT_EQ(ValidUtf8("a\xC3\xA4\xF0\x9F\x98\x80\xC3"), "a\xC3\xA4\xF0\x9F\x98\x80" + mark); // cut off
     EXPECT_EQ(ValidUtf8("\xC0\xAF\xED\xA0\x80"), mark + mark + mark + mark + mark); // overlong, surrogate
     EXPECT_EQ(ValidUtf8("\xF4\x90\x80\x80z"), mark + mark + mark + mark + "z");     // beyond U+10FFFF
-    EXPECT_EQ(FormatMeasured(Measured{16970.0, 2068.0}), "(1.70 +/- 0.21)e+04");
-    EXPECT_EQ(FormatMeasured(Measured{99996.0, 30.0}), "99996 +/- 30");
-    EXPECT_EQ(FormatMeasured(Measured{2.5, std::nan("")}), "2.5");
-    EXPECT_EQ(FormatMeasured(Measured{std::nan(""), 1.0}), "-");
 }
 
 // Files of one set serve all targets: the digits that are printed have to be the same everywhere.
@@ -203,12 +180,11 @@ TEST_F(Correlograms, PlotsHaveEveryPointAndCurve) {
                                           static_cast<unsigned long>(plot.size()), 0),
               2987689867U);
 
-    EXPECT_EQ(RunHere({Write("a&\xE2\x82\xAC.csv", HopelessMixture()), "--plot=mixture.svg"}).status, 1);
+    EXPECT_EQ(RunHere({Write("a&\xE2\x82\xAC.csv", BytesOf("mixture.csv")), "--plot=mixture.svg"}).status, 1);
     plot = BytesOf("mixture.svg");
     EXPECT_EQ(Count(plot, "<title>a&amp;\xE2\x82\xAC.csv</title>"), 1U);
     EXPECT_EQ(Count(plot, ">cumulants: failed<"), 1U);
     EXPECT_EQ(Count(plot, "<path"), 4U);
-    EXPECT_EQ(Count(plot, "nan"), 0U);
 }
 
 TEST_F(Correlograms, ProgramsEndWithTheStatusOfTheWorstFit) {
@@ -217,19 +193,15 @@ TEST_F(Correlograms, ProgramsEndWithTheStatusOfTheWorstFit) {
     EXPECT_EQ(sound.errors, "");
     EXPECT_EQ(sound.output, Golden("correlogram/measured.txt"));
 
-    const Outcome failed =
-        RunProgram(CORRELOGRAM_PROGRAM, {Write("mixture.csv", HopelessMixture()), "--json"});
+    // Rates over three decades: the fit of the cumulants function uses up its iterations.
+    const Outcome failed = RunProgram(CORRELOGRAM_PROGRAM, {"mixture.csv", "--json"});
     EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.output, Golden("correlogram/mixture.json"));
     EXPECT_EQ(failed.errors,
               "******** MINOR    LocalHost::correlogram  ********\n"
               "3.3714 WNEFitFailed           : Fit failed in module correlogram, cumulants.\n"
               "3.3714 WNEFitFailed           : Fit failed in module Nonlinear least squares fit.\n");
-    const auto fits = nlohmann::json::parse(failed.output).at("fits");
-    EXPECT_EQ(fits[1]["stop_test"], "forced-off");
-    EXPECT_EQ(fits[1]["iterations"], 500);
-    EXPECT_TRUE(fits[1]["coefficients"].empty() && fits[1]["r_squared"].is_null() &&
-                fits[1]["radius_m"].is_null());
-    EXPECT_GT(fits[0]["radius_m"], 0.0); // the others are reported all the same
+    EXPECT_EQ(RunHere({"mixture.csv"}).output, Golden("correlogram/mixture.txt"));
 
     // Arguments are UTF-8 behind the entry point of every system.
     const std::string name = "Gr\xC3\xB6\xC3\x9F\x65 \xE2\x82\xAC \xF0\x9F\x98\x80.csv";
@@ -240,32 +212,25 @@ TEST_F(Correlograms, ProgramsEndWithTheStatusOfTheWorstFit) {
 }
 
 TEST_F(Correlograms, WrongCommandLinesAndFilesAreOneSentence) {
-    Write("flat.csv", CsvText(MakeCurve([](double) { return 0.5; })));
-    Write("short.csv",
-          CsvText(MakeCurve([](double t) { return std::exp(-t / 3e-7); }, 0.0, 1, 40, 1e-7, 1e5)));
     Write("large.csv", "");
     std::filesystem::resize_file("large.csv", std::uintmax_t{1} << 30U);
-    ExpectRefusals("correlogram", "correlogram/wrong.txt", RunHere);
-    for (const GoldenRow& row : GoldenRows("correlogram/refused.txt")) {
-        const Outcome outcome = RunHere({Write("curve.csv", row.input), "--plot=plot.svg"});
-        EXPECT_EQ(outcome.errors, "correlogram: " + row.expected + "\n");
-        EXPECT_EQ(outcome.status, 2) << row.input;
-    }
+    ExpectRefusals("correlogram", "correlogram/wrong.json", RunHere);
+    ExpectRefusals("correlogram", "correlogram/refused.json", [](const std::vector<std::string>& bytes) {
+        return RunHere({Write("curve.csv", bytes[0]), "--plot=plot.svg"});
+    });
     // Nothing was drawn over data, into a folder, or beside a failure.
     EXPECT_EQ(BytesOf(kMeasured[0]), BytesOf(KRTBSS_SOURCE_DIR "/" + kMeasured[0]));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 5);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 6);
     EXPECT_EQ(RunHere(With(kMeasured, "--plot=flat.csv")).status, 0);
     EXPECT_TRUE(BytesOf("flat.csv").starts_with("<?xml")); // another file is replaced
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 5);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 6);
 }
 
 class CorrelogramStore : public BackendTest {
 protected:
     std::string Name() const { return IsFile() ? m_path.string() : krtpal::NarrowText(m_backend.source); }
     Outcome RunAt(std::vector<std::string> arguments) const {
-        IsFile() ? arguments.push_back("--store=" + Name())
-                 : static_cast<void>(
-                       arguments.insert(arguments.end(), {"--data-source=" + Name(), "--user=krtbss"}));
+        arguments.push_back((IsFile() ? "--store=" : "--data-source=") + Name());
         return RunHere(arguments);
     }
 };
@@ -274,7 +239,7 @@ INSTANTIATE_TEST_SUITE_P(, CorrelogramStore, testing::Values(kSqlite, kPostgresq
                          testing::PrintToStringParamName());
 
 TEST_P(CorrelogramStore, ShowsTheDigitsThatWerePrinted) {
-    const std::string mixture = Write("mixture \xC3\xA9.csv", HopelessMixture());
+    const std::string mixture = Write("mixture \xC3\xA9.csv", Golden("correlogram/mixture.csv"));
     const Outcome stored = RunAt({mixture});
     EXPECT_TRUE(stored.errors.starts_with("correlogram: stored as analysis 1.\n"));
     const Outcome json = RunAt({mixture, "--json"});
@@ -283,9 +248,7 @@ TEST_P(CorrelogramStore, ShowsTheDigitsThatWerePrinted) {
     EXPECT_EQ(shown.status, 1);
     EXPECT_EQ(shown.output, stored.output);
     EXPECT_EQ(RunAt({"--show", "2", "--json"}).output, json.output);
-    const Outcome list = RunAt({"--list"});
-    EXPECT_EQ(list.status, 0);
-    EXPECT_EQ(Count(list.output, "  " + mixture + "  165 points\n"), 2U) << list.output;
+    EXPECT_EQ(Count(RunAt({"--list"}).output, "  " + mixture + "  165 points\n"), 2U);
     EXPECT_EQ(RunAt({"--show=7"}).errors, "correlogram: There is no analysis 7 in '" + Name() + "'.\n");
 
     ASSERT_TRUE(Execute(L"UPDATE [StoredFit] SET [m_nIterations] = 99 WHERE [objectID] = 2"));

@@ -8,15 +8,18 @@
 #include "bss/serial/database/Fixture.h"
 #include "tools/Support.h"
 
-#include <nlohmann/json.hpp>
-
 #include <limits>
 #include <regex>
 
 namespace {
 
-Outcome RunHere(const std::vector<std::string>& arguments, bool hasTerminal = false) {
-    return Capture(krtstore::Run, arguments, hasTerminal);
+Outcome RunHere(const std::vector<std::string>& arguments) {
+    return Capture(krtstore::Run, arguments, false);
+}
+
+/// Those are made at random.
+std::string WithoutIdentifiers(const std::string& text) {
+    return std::regex_replace(text, std::regex("(RecID[\": ]+)\\{[0-9A-F-]{36}\\}"), "$1{...}");
 }
 
 class Sample : public Persistent {
@@ -58,11 +61,15 @@ protected:
     explicit Stored(const Backend& backend = kSqlite) : DatabaseTest(backend) {}
 
     std::string Name() const { return m_path.string(); }
-    Outcome RunOn(const std::string& command, const std::vector<std::string>& rest = {},
-                  bool hasTerminal = false) const {
+    Outcome RunOn(const std::string& command, const std::vector<std::string>& rest = {}) const {
         std::vector<std::string> arguments = {command, Name()};
         arguments.insert(arguments.end(), rest.begin(), rest.end());
-        return RunHere(arguments, hasTerminal);
+        return RunHere(arguments);
+    }
+    void ExecuteAll(const std::vector<std::string>& statements) const {
+        for (const std::string& statement : statements) {
+            ASSERT_TRUE(Execute(krtpal::WidenText(statement))) << statement;
+        }
     }
     template <class Object>
     void Store(Object object, long version = 0) {
@@ -82,8 +89,7 @@ protected:
 };
 
 TEST(Krtstore, WrongCommandLinesAreOneSentence) {
-    const auto run = [](const std::vector<std::string>& arguments) { return RunHere(arguments); };
-    ExpectRefusals("krtstore", "krtstore/wrong.txt", run);
+    ExpectRefusals("krtstore", "krtstore/wrong.json", RunHere);
     EXPECT_EQ(RunHere({"--help", "and", "--output", "anything"}).output, Golden("krtstore/help.txt"));
 }
 
@@ -99,26 +105,13 @@ TEST_F(Stored, EveryValueIsListedShownAndExported) {
     Store(Sample(3, std::numeric_limits<double>::quiet_NaN()));
     Store(Sample(4, std::numeric_limits<double>::infinity()));
     EXPECT_EQ(RunOn("verify").output, "8 rows, 0 faults\n");
-    for (const wchar_t* const statement :
-         {L"UPDATE Sample SET counts = x'010203', names = 7 WHERE objectID = 4",
-          L"CREATE TABLE numbers (a integer, b double, c double, d TEXT, e BLOB)",
-          L"INSERT INTO numbers VALUES (9007199254740993, -1e999, 1.2345678901234567e-300, 'a\nb', x'')",
-          L"INSERT INTO numbers VALUES (NULL, 5e-324, 3.0, '', x'0AFF')",
-          L"CREATE TABLE Broken AS SELECT m_nVersion, groupID, objectID FROM Sample WHERE groupID = 0",
-          L"CREATE TABLE \"a \"\"b\"\" select\" (RecID GUID, m_nVersion integer, groupID integer, objectID "
-          L"integer, "
-          L"checkSum LONGCHAR, \"order\" integer)",
-          L"INSERT INTO \"a \"\"b\"\" select\" VALUES (NULL, 84083200, 1, 2, 'x', 3)"}) {
-        ASSERT_TRUE(Execute(statement));
-    }
+    ExecuteAll(GoldenRows("krtstore/tables.json")[0].first);
     m_database.Disconnect();
     const std::string before = BytesOf(Name());
     const auto text = [&](const std::string& command, const std::vector<std::string>& rest = {}) {
         const Outcome outcome = RunOn(command, rest);
         EXPECT_EQ(outcome.errors, "");
-        // Identifiers are made at random.
-        static const std::regex recID("(RecID[\": ]+)\\{[0-9A-F-]{36}\\}");
-        return std::regex_replace(outcome.output, recID, "$1{...}");
+        return WithoutIdentifiers(outcome.output);
     };
     EXPECT_EQ(text("ls"), Golden("krtstore/ls.txt"));
     EXPECT_EQ(text("show", {"Everything", "7"}) + text("show", {"Sample", "3", "1"}) +
@@ -127,7 +120,7 @@ TEST_F(Stored, EveryValueIsListedShownAndExported) {
               Golden("krtstore/show.txt"));
     EXPECT_EQ(text("export"), Golden("krtstore/export.json"));
     EXPECT_EQ(text("verify"), Golden("krtstore/verify.txt"));
-    ExpectRefusals("krtstore", "krtstore/refused.txt", [this](std::vector<std::string> arguments) {
+    ExpectRefusals("krtstore", "krtstore/refused.json", [this](std::vector<std::string> arguments) {
         arguments.insert(arguments.begin() + 1, Name());
         Outcome outcome = RunHere(arguments);
         outcome.errors = std::regex_replace(outcome.errors, std::regex(Name()), "DB");
@@ -141,21 +134,17 @@ TEST_F(Stored, VerifyNamesEachKindOfDamageInOneLine) {
     StoreEverything();
     m_database.Disconnect();
     const std::string pristine = BytesOf(Name());
-    for (const GoldenRow& row : GoldenRows("krtstore/damage.txt")) {
+    for (const auto& [statements, line] : GoldenRows("krtstore/damage.json")) {
         Write(Name(), pristine);
-        std::istringstream statements(row.input);
-        for (std::string statement; std::getline(statements, statement, ';');) {
-            ASSERT_TRUE(Execute(krtpal::WidenText(statement))) << statement;
-        }
+        ExecuteAll(statements);
         const Outcome outcome = RunOn("verify");
-        EXPECT_EQ(outcome.status, 1) << row.input;
-        EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')), row.expected);
+        EXPECT_EQ(outcome.status, 1) << line;
+        EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')), line);
     }
 }
 
 TEST_F(Stored, VerifyKnowsTheOrderOfMembersFromTheLibraryOrFromOtherRows) {
-    bss::WVersion::SetDefaultFileSerializationVersion(
-        bss::WVersion(5, 3, 2, 0)); // as applications do at their start
+    bss::WVersion::SetDefaultFileSerializationVersion(bss::WVersion(5, 3, 2, 0)); // as applications do
     bss::WVersionInfo info(L"Control.exe");
     info.SetGroupID(1);
     info.SetObjectID(1);
@@ -188,10 +177,9 @@ TEST_F(Stored, DamagedPagesAreReadAroundAndChecksumsMayHoldSurrogatePairs) {
     Store(Sample(640, 160.0));
     Store(Sample(744, 186.0));
     const std::string shown = RunOn("show", {"Sample"}).output;
-    EXPECT_NE(shown.find("  checkSum    8977fc09db6add80"),
-              std::string::npos); // a read may make one character of two
+    EXPECT_NE(shown.find("  checkSum    8977fc09db6add80"), std::string::npos); // one character or two
     EXPECT_NE(shown.find("  checkSum    da50df3a"), std::string::npos);
-    const Outcome sound = RunOn("verify", {}, true);
+    const Outcome sound = Capture(krtstore::Run, {"verify", Name()}, true);
     EXPECT_EQ(sound.output, "2 rows, 0 faults\n");
     const std::string half = "[####################                    ]  50 % Sample";
     EXPECT_NE(sound.errors.find(half + "\r" + std::string(half.size(), ' ') + "\r"), std::string::npos);
@@ -208,10 +196,8 @@ TEST_F(Stored, DamagedPagesAreReadAroundAndChecksumsMayHoldSurrogatePairs) {
     Write(Name(), bytes.replace(bytes.find("toluene", bytes.size() / 2) / 4096 * 4096, 100, 100, '\xEE'));
     const Outcome damaged = RunOn("verify");
     EXPECT_EQ(damaged.status, 1) << damaged.errors;
-    EXPECT_TRUE(std::regex_search(damaged.output,
-                                  std::regex("^Sample: its rows cannot be read behind the first [0-9]+: "
-                                             "\\[SQLite\\]database disk image is malformed \\(11\\)\n")))
-        << damaged.output;
+    EXPECT_TRUE(damaged.output.starts_with("Sample: its rows cannot be read behind the first "));
+    EXPECT_NE(damaged.output.find(": [SQLite]database disk image is malformed (11)\n"), std::string::npos);
     const std::string file = Write("krtstore-export.json", "old");
     EXPECT_EQ(RunOn("export", {"--output", file}).status, 2);
     EXPECT_EQ(BytesOf(file), "old");
@@ -224,10 +210,9 @@ TEST_F(Stored, RowsThatAreReadInTurnsAreAllThereOnce) {
     for (const long object : {1L, 2L, 3L, 5L, 8L}) {
         Store(Sample(object));
     }
-    Execute(L"DROP INDEX Sample_groupID_objectID");
-    Execute(L"UPDATE Sample SET objectID = 3 WHERE objectID = 5");
-    Execute(L"UPDATE Sample SET groupID = -1 WHERE objectID = 8");
-    Execute(L"UPDATE Sample SET groupID = 'x' WHERE objectID = 1");
+    ExecuteAll({"DROP INDEX Sample_groupID_objectID", "UPDATE Sample SET objectID = 3 WHERE objectID = 5",
+                "UPDATE Sample SET groupID = -1 WHERE objectID = 8",
+                "UPDATE Sample SET groupID = 'x' WHERE objectID = 1"});
     krtstore::Arguments arguments;
     arguments.file = Name();
     krtstore::Connection connection(arguments);
@@ -264,8 +249,6 @@ TEST_F(Stored, ProgramsEndWithTheirStatus) {
     const Outcome source = RunHere({"ls", "--data-source=there-is-none", "--verbose"});
     EXPECT_EQ(source.status, 2);
     EXPECT_TRUE(source.errors.starts_with("SqlState: IM002\n")) << source.errors;
-    EXPECT_EQ(RunHere({"ls", "--data-source", "x", "--password-from", "none"}).errors,
-              "krtstore: No password can be read from 'none'.\n");
 }
 
 class Server : public Stored {
@@ -274,26 +257,21 @@ protected:
 };
 
 TEST_F(Server, IsReadAsAFileIs) {
-    const auto there = [](const std::string& command) {
-        return RunHere({command, "--data-source=krtbss-postgresql", "--user", "krtbss", "--password-from",
-                        Write("krtstore-password.txt", "secret\r\nsecond line\n")});
+    Write("krtstore-password.txt", "secret\r\nsecond line\n");
+    const auto there = [](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--data-source=krtbss-postgresql", "--user", "krtbss",
+                                           "--password-from", "krtstore-password.txt"});
+        return WithoutIdentifiers(RunHere(arguments).output);
     };
     StoreEverything();
     m_database.Disconnect();
     m_database.ConnectFile(L"", L"", m_path.wstring());
     StoreEverything();
-    const auto rows = [](const Outcome& outcome) {
-        auto all = nlohmann::json::parse(outcome.output).at("tables").at(0).at("rows");
-        for (auto& row : all) {
-            row.erase("RecID"); // made at random
-        }
-        return all;
-    };
-    EXPECT_EQ(rows(there("export")), rows(RunOn("export")));
-    EXPECT_EQ(there("ls").output, RunOn("ls").output);
-    EXPECT_EQ(there("verify").output, "4 rows, 0 faults\n");
+    EXPECT_EQ(there({"show", "Everything"}), WithoutIdentifiers(RunOn("show", {"Everything"}).output));
+    EXPECT_EQ(there({"ls"}), RunOn("ls").output);
+    EXPECT_EQ(there({"verify"}), "4 rows, 0 faults\n");
     ASSERT_TRUE(Execute(L"UPDATE [Everything] SET [m_4] = 5 WHERE [objectID] = 2"));
-    EXPECT_EQ(there("verify").output,
+    EXPECT_EQ(there({"verify"}),
               "Everything (7, 2) checkSum: the checksum differs: the row was changed or damaged\n"
               "4 rows, 1 fault\n");
     std::filesystem::remove("krtstore-password.txt");

@@ -8,6 +8,7 @@
 #include "krtpal/text.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cstdlib>
 #include <filesystem>
@@ -45,7 +46,9 @@ inline std::string Write(const std::string& name, const std::string& bytes) {
     return name;
 }
 
-inline std::string WithoutReturns(std::string text) {
+/// A text as it was printed, whatever ends its lines.
+inline std::string TextOf(const std::string& path) {
+    std::string text = BytesOf(path);
     std::erase(text, '\r');
     return text;
 }
@@ -64,8 +67,7 @@ inline Outcome RunProgram(const std::string& program, const std::vector<std::str
     const int result = std::system(command.c_str());
     const int status = (result & 0xFF) != 0 ? result : result >> 8; // the second byte
 #endif
-    const Outcome outcome{status, WithoutReturns(BytesOf("program.out")),
-                          WithoutReturns(BytesOf("program.err"))};
+    const Outcome outcome{status, TextOf("program.out"), TextOf("program.err")};
     std::filesystem::remove("program.out");
     std::filesystem::remove("program.err");
     return outcome;
@@ -73,48 +75,25 @@ inline Outcome RunProgram(const std::string& program, const std::vector<std::str
 
 /// A file of tests/data.
 inline std::string Golden(const std::string& name) {
-    std::string text = WithoutReturns(BytesOf(KRTBSS_SOURCE_DIR "/tests/data/" + name));
+    std::string text = TextOf(KRTBSS_SOURCE_DIR "/tests/data/" + name);
     EXPECT_NE(text, "") << name;
     return text;
 }
 
-/// The lines "input => expected" of a golden file; in the input, \n, \t and \xNN stand for bytes.
-struct GoldenRow {
-    std::string input;
-    std::string expected;
-};
-inline std::vector<GoldenRow> GoldenRows(const std::string& name) {
-    std::istringstream lines(Golden(name));
-    std::vector<GoldenRow> rows;
-    for (std::string line; std::getline(lines, line);) {
-        const std::size_t sign = line.find(" => ");
-        rows.push_back({"", line.substr(sign + 4)});
-        for (std::size_t i = 0; i < sign; ++i) {
-            const bool isEscape = line[i] == '\\';
-            const bool isByte = isEscape && line[i + 1] == 'x';
-            rows.back().input += isByte ? static_cast<char>(std::stoi(line.substr(i + 2, 2), nullptr, 16))
-                                 : !isEscape          ? line[i]
-                                 : line[i + 1] == 'n' ? '\n'
-                                                      : '\t';
-            i += isByte ? 3 : isEscape ? 1 : 0;
-        }
-    }
-    return rows;
+/// The rows of a golden file: what goes in, and what is expected.
+using Rows = std::vector<std::pair<std::vector<std::string>, std::string>>;
+inline Rows GoldenRows(const std::string& name) {
+    return nlohmann::json::parse(Golden(name)).get<Rows>();
 }
 
-/// Runs each row of a golden file, words with blanks between ('' is an empty one), which has to be refused.
+/// Runs the arguments of each row, which have to be refused by its sentence.
 template <class Run>
 void ExpectRefusals(const std::string& tool, const std::string& name, Run run) {
-    for (const GoldenRow& row : GoldenRows(name)) {
-        std::vector<std::string> arguments;
-        std::istringstream words(row.input);
-        for (std::string word; std::getline(words, word, ' ');) {
-            arguments.push_back(word == "''" ? "" : word);
-        }
+    for (const auto& [arguments, sentence] : GoldenRows(name)) {
         const Outcome outcome = run(arguments);
-        EXPECT_EQ(outcome.errors, tool + ": " + row.expected + "\n") << row.input;
-        EXPECT_EQ(outcome.output, "") << row.input;
-        EXPECT_EQ(outcome.status, 2) << row.input;
+        EXPECT_EQ(outcome.errors, tool + ": " + sentence + "\n") << testing::PrintToString(arguments);
+        EXPECT_EQ(outcome.output, "") << sentence;
+        EXPECT_EQ(outcome.status, 2) << sentence;
     }
 }
 
