@@ -1,6 +1,7 @@
 // correlogram from end to end: what it finds, prints, draws, stores and refuses, and how it ends.
 
 #include "correlogram/Analysis.h"
+#include "correlogram/Models.h"
 #include "correlogram/Program.h"
 
 #include "bss/serial/database/Fixture.h"
@@ -119,6 +120,7 @@ TEST(CorrelogramAnalysis, StandardErrorsAreTheScatterOfRepeatedMeasurements) {
             const Analysis analysis = Analyse(std::move(curve), {}, 0.0);
             const FitResult& fit = analysis.fits[1];
             ASSERT_TRUE(fit.HasConverged());
+            EXPECT_NEAR(fit.reducedChiSquared, sigma > 0.0 ? 1.0 : 0.16, sigma > 0.0 ? 0.5 : 0.08);
             int i = 0;
             for (const Measured& each : {*fit.radius, *fit.polydispersity, fit.coefficients[1].fitted}) {
                 values[i].push_back(each.value);
@@ -145,7 +147,17 @@ TEST(CorrelogramAnalysis, ParticlesOfOneSizeEndWithATiedWidth) {
     EXPECT_FALSE(fit.polydispersity.has_value());
     EXPECT_NE(fit.note, "");
     EXPECT_NEAR(fit.decayRate->value, 1000.0, 5.0);
-    EXPECT_LE(fit.iterations, 6U); // with wrong derivatives it creeps
+
+    NarrowGaussian function;
+    const auto at = [&function](double root) {
+        function.SetCoefficients({0.1, 0.8, root});
+        return function.Evaluate(0.5);
+    };
+    const double slope = (at(0.7 + 1e-5) - at(0.7 - 1e-5)) / 2e-5;
+    std::vector<double> derivatives;
+    at(0.7);
+    function.ComputeDerivatives(0.5, derivatives);
+    EXPECT_NEAR(derivatives[2], slope, 1e-6);
 }
 
 TEST(CorrelogramFormat, BytesThatAreOfNoCharacterAreReplacedOneByOne) {
