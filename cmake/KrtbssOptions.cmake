@@ -31,7 +31,7 @@ if(WIN32)
     # The cross compilers use Debian's header-only libraries through a folder that contains nothing else.
     set(cross_include "${CMAKE_BINARY_DIR}/cross-include")
     file(MAKE_DIRECTORY "${cross_include}")
-    foreach(library IN ITEMS boost)
+    foreach(library IN ITEMS boost CLI nlohmann)
         file(CREATE_LINK "/usr/include/${library}" "${cross_include}/${library}" SYMBOLIC)
     endforeach()
     target_include_directories(krtbss_options SYSTEM INTERFACE "${cross_include}")

@@ -12,7 +12,7 @@ fail() {
 # The Debian packages behind each job.
 packages_of() {
     case $1 in
-    build) echo g++ cmake ninja-build ccache libboost-dev zlib1g-dev libfftw3-dev libssl-dev unixodbc-dev libsqliteodbc googletest nlohmann-json3-dev ;;
+    build) echo g++ cmake ninja-build ccache libboost-dev zlib1g-dev libfftw3-dev libssl-dev unixodbc-dev libsqliteodbc googletest libcli11-dev nlohmann-json3-dev ;;
     test) echo pkg-config python3 postgresql odbc-postgresql binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     lint) echo clang-format clang-tidy python3 git ;;

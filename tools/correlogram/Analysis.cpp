@@ -1,11 +1,11 @@
 #include "Analysis.h"
 
-#include "InputError.h"
 #include "Models.h"
-#include "TellingFit.h"
+#include "common/Failure.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/math/WLinearLeastSquaresFit.h"
+#include "bss/math/WNonLinearLeastSquaresFit.h"
 #include "bss/math/model/WPolynomialFunction.h"
 
 #include <algorithm>
@@ -14,6 +14,9 @@
 #include <numeric>
 
 namespace correlogram {
+
+using tools::Failure;
+using tools::QuoteStart;
 
 namespace {
 
@@ -24,6 +27,29 @@ constexpr std::size_t kLeastFitted = 10;
 constexpr double kEndOfDecay = 0.02;
 constexpr double kRangeBehindDecay = 10.0;
 constexpr double kBoltzmann = 1.380649e-23; // J/K, exact (SI of 2019)
+
+// A non-linear fit that tells which stop test ended it. The fit keeps the name of the test to itself, but
+// lets a derived class run the bare iteration, which returns it. So PerformFit runs the iteration once to
+// learn the test, puts the starting coefficients back and performs the fit; the same arithmetic takes the
+// same way. Coefficients that are held fixed and a lambda other than the default are not supported.
+class TellingFit : public bss::WNonLinearLeastSquaresFit {
+public:
+    int PerformFit() override {
+        static const char* const kNames[] = {"forced-off", "gamma-lambda", "gamma-epsilon", "epsilon"};
+        const std::vector<double> start = GetFunction()->GetCoefficients();
+        m_sStopTest = kNames[0];
+        m_sStopTest = kNames[static_cast<unsigned>(Fit())];
+        GetFunction()->SetCoefficients(start);
+        InitializeFit();
+        return WNonLinearLeastSquaresFit::PerformFit();
+    }
+
+    // "forced-off" for a fit that failed; empty before PerformFit.
+    const std::string& StopTest() const { return m_sStopTest; }
+
+private:
+    std::string m_sStopTest;
+};
 
 // The fitted points, the lag in units of the decay time. Near one in size, the coefficients suit the
 // tolerances of the fit, which are absolute for small values; and the same sample measured at another angle
@@ -36,7 +62,7 @@ struct FitData {
 };
 
 std::string At(const Curve& curve, std::size_t point) {
-    return Quote(curve.file) + ", line " + std::to_string(curve.line[point]) + ": ";
+    return QuoteStart(curve.file) + ", line " + std::to_string(curve.line[point]) + ": ";
 }
 
 double Mean(const double* values, std::size_t count) {
@@ -69,7 +95,7 @@ void SelectRange(Analysis& analysis, double firstLag) {
     analysis.first = static_cast<std::size_t>(begin - curve.lag.begin());
     const std::size_t available = size - analysis.first;
     if (available < kLeastPoints) {
-        throw InputError(
+        throw Failure(
             At(curve, size - 1) + "the file ends with only " + std::to_string(available) +
             (available == 1 ? " point" : " points") +
             (firstLag > 0.0 ? " from the lag " + FormatGeneral(firstLag, 6) + " s on" : std::string()) +
@@ -80,17 +106,17 @@ void SelectRange(Analysis& analysis, double firstLag) {
     analysis.intercept = Mean(curve.signal.data() + analysis.first, kInterceptPoints) - analysis.baseline;
     const double noise = Deviation(tail, kBaselinePoints, analysis.baseline);
     if (!(analysis.intercept > 3.0 * noise && std::isfinite(analysis.intercept))) {
-        throw InputError(At(curve, analysis.first) +
-                         "no decay begins here, the signal does not rise above the noise of the last " +
-                         std::to_string(kBaselinePoints) + " points.");
+        throw Failure(At(curve, analysis.first) +
+                      "no decay begins here, the signal does not rise above the noise of the last " +
+                      std::to_string(kBaselinePoints) + " points.");
     }
     const double lastLag = kRangeBehindDecay * curve.lag[FallenTo(analysis, kEndOfDecay)];
     const auto end = std::upper_bound(begin, curve.lag.end(), lastLag);
     analysis.count = static_cast<std::size_t>(end - begin);
     if (analysis.count < kLeastFitted) {
-        throw InputError(At(curve, analysis.first + analysis.count - 1) + "the decay ends after only " +
-                         std::to_string(analysis.count) + " points, where at least " +
-                         std::to_string(kLeastFitted) + " are needed.");
+        throw Failure(At(curve, analysis.first + analysis.count - 1) + "the decay ends after only " +
+                      std::to_string(analysis.count) + " points, where at least " +
+                      std::to_string(kLeastFitted) + " are needed.");
     }
     analysis.decayTime = curve.lag[FallenTo(analysis, 1.0 / std::numbers::e)];
 }

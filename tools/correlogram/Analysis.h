@@ -69,7 +69,7 @@ struct Analysis {
 };
 
 // Does everything. A failing fit is told in its FitResult and does not keep the others from running.
-// Throws InputError where the curve has too few points or does not decay.
+// Throws tools::Failure where the curve has too few points or does not decay.
 Analysis Analyse(Curve curve, const Conditions& conditions, double firstLag);
 
 } // namespace correlogram

@@ -1,15 +1,20 @@
 #include "Curve.h"
 
-#include "InputError.h"
 #include "TextFormat.h"
+#include "common/Failure.h"
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 
 namespace correlogram {
+
+using tools::Failure;
+using tools::PathOf;
+using tools::QuoteStart;
 
 namespace {
 
@@ -20,11 +25,11 @@ struct Table {
 };
 
 std::string At(const std::string& file, std::size_t line) {
-    return Quote(file) + ", line " + std::to_string(line) + ": ";
+    return QuoteStart(file) + ", line " + std::to_string(line) + ": ";
 }
 
 std::string TooLarge(const std::string& file, const std::string& size) {
-    return Quote(file) + " is no measured curve: it has " + size + " bytes, and at most " +
+    return QuoteStart(file) + " is no measured curve: it has " + size + " bytes, and at most " +
            std::to_string(kLargestFile) + " are read.";
 }
 
@@ -36,16 +41,16 @@ std::string ReadBytes(const std::string& file) {
     const auto status = std::filesystem::status(path, failure);
     if (!std::filesystem::exists(status)) {
         const bool isMissing = status.type() == std::filesystem::file_type::not_found;
-        throw InputError("Cannot read " + Quote(file) + ": " +
-                         (isMissing ? std::string("there is no such file") : failure.message()) + ".");
+        throw Failure("Cannot read " + QuoteStart(file) + ": " +
+                      (isMissing ? std::string("there is no such file") : failure.message()) + ".");
     }
     if (std::filesystem::is_directory(status)) {
-        throw InputError("Cannot read " + Quote(file) + ": it is a folder.");
+        throw Failure("Cannot read " + QuoteStart(file) + ": it is a folder.");
     }
     if (std::filesystem::is_regular_file(status)) {
         const std::uintmax_t size = std::filesystem::file_size(path, failure);
         if (!failure && size > kLargestFile) {
-            throw InputError(TooLarge(file, std::to_string(size)));
+            throw Failure(TooLarge(file, std::to_string(size)));
         }
     }
     std::ifstream stream(path, std::ios::binary);
@@ -56,13 +61,13 @@ std::string ReadBytes(const std::string& file) {
         bytes.append(block, 0, static_cast<std::size_t>(stream.gcount()));
     }
     if (bytes.size() > kLargestFile) {
-        throw InputError(TooLarge(file, "more"));
+        throw Failure(TooLarge(file, "more"));
     }
     if (!stream.eof()) {
-        throw InputError("Cannot read " + Quote(file) + ".");
+        throw Failure("Cannot read " + QuoteStart(file) + ".");
     }
     if (bytes.empty()) {
-        throw InputError(Quote(file) + " is empty (0 bytes).");
+        throw Failure(QuoteStart(file) + " is empty (0 bytes).");
     }
     return bytes;
 }
@@ -71,8 +76,8 @@ void RefuseBinary(const std::string& file, std::string_view text, std::size_t li
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte < 0x20U && c != '\t') {
-            throw InputError(At(file, line) + "this is no text, it holds a byte of value " +
-                             std::to_string(byte) + ".");
+            throw Failure(At(file, line) + "this is no text, it holds a byte of value " +
+                          std::to_string(byte) + ".");
         }
     }
 }
@@ -92,10 +97,10 @@ std::vector<std::string> SplitCells(std::string_view text) {
 double ParseCell(const std::string& file, std::size_t line, const char* column, const std::string& cell) {
     const auto value = ParseNumber(cell);
     if (!value) {
-        throw InputError(At(file, line) + "the " + column + " " + Quote(cell) + " is not a number.");
+        throw Failure(At(file, line) + "the " + column + " " + QuoteStart(cell) + " is not a number.");
     }
     if (!std::isfinite(*value)) {
-        throw InputError(At(file, line) + "the " + column + " " + Quote(cell) + " is not a finite number.");
+        throw Failure(At(file, line) + "the " + column + " " + QuoteStart(cell) + " is not a finite number.");
     }
     return *value;
 }
@@ -104,9 +109,9 @@ void AppendRow(const std::string& file, std::size_t line, const char* column, st
                Table& table) {
     const std::vector<std::string> cells = SplitCells(text);
     if (cells.size() != 2) {
-        throw InputError(At(file, line) + "there " + (cells.size() == 1 ? "is" : "are") + " " +
-                         std::to_string(cells.size()) + " column" + (cells.size() == 1 ? "" : "s") +
-                         " where 2 are expected, lag and " + column + ".");
+        throw Failure(At(file, line) + "there " + (cells.size() == 1 ? "is" : "are") + " " +
+                      std::to_string(cells.size()) + " column" + (cells.size() == 1 ? "" : "s") +
+                      " where 2 are expected, lag and " + column + ".");
     }
     const bool isHeading = line == 1 && !ParseNumber(cells[0]) && !ParseNumber(cells[1]);
     if (isHeading) {
@@ -115,12 +120,12 @@ void AppendRow(const std::string& file, std::size_t line, const char* column, st
     const double lag = ParseCell(file, line, "lag", cells[0]);
     const double value = ParseCell(file, line, column, cells[1]);
     if (lag <= 0.0) {
-        throw InputError(At(file, line) + "the lag " + FormatGeneral(lag, 6) + " is not above zero.");
+        throw Failure(At(file, line) + "the lag " + FormatGeneral(lag, 6) + " is not above zero.");
     }
     if (!table.first.empty() && lag <= table.first.back()) {
-        throw InputError(At(file, line) + "the lag " + FormatGeneral(lag, 6) + " is not above the lag " +
-                         FormatGeneral(table.first.back(), 6) + " of line " +
-                         std::to_string(table.line.back()) + ".");
+        throw Failure(At(file, line) + "the lag " + FormatGeneral(lag, 6) + " is not above the lag " +
+                      FormatGeneral(table.first.back(), 6) + " of line " + std::to_string(table.line.back()) +
+                      ".");
     }
     table.first.push_back(lag);
     table.second.push_back(value);
@@ -149,16 +154,12 @@ Table ReadTable(const std::string& file, const char* column) {
         }
     }
     if (table.first.empty()) {
-        throw InputError(At(file, line) + "the file ends without a single point.");
+        throw Failure(At(file, line) + "the file ends without a single point.");
     }
     return table;
 }
 
 } // namespace
-
-std::filesystem::path PathOf(const std::string& utf8) {
-    return {std::u8string(utf8.begin(), utf8.end())};
-}
 
 Curve ReadCurve(const std::string& file) {
     Table table = ReadTable(file, "g2 - 1");
@@ -169,23 +170,23 @@ void ReadSigma(const std::string& file, Curve& curve) {
     Table table = ReadTable(file, "standard deviation");
     for (std::size_t i = 0; i < table.first.size(); ++i) {
         if (i == curve.lag.size()) {
-            throw InputError(At(file, table.line[i]) + "there are more points than the " +
-                             std::to_string(curve.lag.size()) + " of " + Quote(curve.file) + ".");
+            throw Failure(At(file, table.line[i]) + "there are more points than the " +
+                          std::to_string(curve.lag.size()) + " of " + QuoteStart(curve.file) + ".");
         }
         if (std::abs(table.first[i] - curve.lag[i]) > 1e-9 * curve.lag[i]) {
-            throw InputError(At(file, table.line[i]) + "the lag " + FormatGeneral(table.first[i], 6) +
-                             " is not the lag " + FormatGeneral(curve.lag[i], 6) + " of " +
-                             Quote(curve.file) + ", line " + std::to_string(curve.line[i]) + ".");
+            throw Failure(At(file, table.line[i]) + "the lag " + FormatGeneral(table.first[i], 6) +
+                          " is not the lag " + FormatGeneral(curve.lag[i], 6) + " of " +
+                          QuoteStart(curve.file) + ", line " + std::to_string(curve.line[i]) + ".");
         }
         if (table.second[i] <= 0.0) {
-            throw InputError(At(file, table.line[i]) + "the standard deviation " +
-                             FormatGeneral(table.second[i], 6) + " is not above zero.");
+            throw Failure(At(file, table.line[i]) + "the standard deviation " +
+                          FormatGeneral(table.second[i], 6) + " is not above zero.");
         }
     }
     if (table.first.size() < curve.lag.size()) {
-        throw InputError(At(file, table.line.back()) + "the file ends after " +
-                         std::to_string(table.first.size()) + " of the " + std::to_string(curve.lag.size()) +
-                         " points of " + Quote(curve.file) + ".");
+        throw Failure(At(file, table.line.back()) + "the file ends after " +
+                      std::to_string(table.first.size()) + " of the " + std::to_string(curve.lag.size()) +
+                      " points of " + QuoteStart(curve.file) + ".");
     }
     curve.sigma = std::move(table.second);
 }

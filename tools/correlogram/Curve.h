@@ -4,7 +4,6 @@
 #define TOOLS_CORRELOGRAM_CURVE_H
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -24,18 +23,15 @@ struct Curve {
 inline constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 24U;
 
 // Reads lag and signal. A line holds two cells, separated by a comma, a semicolon or a tab; line 1 may be a
-// heading; empty lines count but are skipped; CR LF and a byte order mark are fine. Throws InputError naming
-// file and line for whatever is not such a file: missing, a folder, empty, larger than kLargestFile (without
-// reading it), binary, a wrong number of columns, text or a number that is not finite in a cell, a lag that
-// is not above the one before, no points at all.
+// heading; empty lines count but are skipped; CR LF and a byte order mark are fine. Throws tools::Failure
+// naming file and line for whatever is not such a file: missing, a folder, empty, larger than kLargestFile
+// (without reading it), binary, a wrong number of columns, text or a number that is not finite in a cell, a
+// lag that is not above the one before, no points at all.
 Curve ReadCurve(const std::string& file);
 
-// Reads standard deviations and puts them into the curve. Throws InputError as ReadCurve does, and where the
-// lags are not those of the curve or a standard deviation is not above zero.
+// Reads standard deviations and puts them into the curve. Throws tools::Failure as ReadCurve does, and where
+// the lags are not those of the curve or a standard deviation is not above zero.
 void ReadSigma(const std::string& file, Curve& curve);
-
-// The path that a UTF-8 text means, also on systems whose paths are not bytes.
-std::filesystem::path PathOf(const std::string& utf8);
 
 } // namespace correlogram
 

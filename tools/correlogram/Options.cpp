@@ -1,11 +1,15 @@
 #include "Options.h"
 
-#include "InputError.h"
 #include "TextFormat.h"
+#include "common/CommandLine.h"
+#include "common/Failure.h"
 
 #include <cmath>
 
 namespace correlogram {
+
+using tools::Failure;
+using tools::QuoteStart;
 
 namespace {
 
@@ -31,163 +35,88 @@ constexpr NumberOption kNumberOptions[] = {
 double ParseValue(const NumberOption& option, const std::string& text) {
     const auto value = ParseNumber(text);
     if (!value) {
-        throw InputError(std::string(option.name) + " " + Quote(text) + " is not a number.");
+        throw Failure(std::string(option.name) + " " + QuoteStart(text) + " is not a number.");
     }
     if (!(*value >= option.lowest && *value <= option.highest)) {
         const std::string unit = *option.unit != '\0' ? std::string(" ") + option.unit : "";
-        throw InputError(std::string(option.name) + " " + Quote(text) + " is outside " +
-                         FormatGeneral(option.lowest, 6) + " to " + FormatGeneral(option.highest, 6) + unit +
-                         ".");
+        throw Failure(std::string(option.name) + " " + QuoteStart(text) + " is outside " +
+                      FormatGeneral(option.lowest, 6) + " to " + FormatGeneral(option.highest, 6) + unit +
+                      ".");
     }
     return *value;
 }
 
-// Walks over the arguments and hands out the value of an option.
-class ArgumentReader {
-public:
-    explicit ArgumentReader(const std::vector<std::string>& arguments) : m_Arguments(arguments) {}
-
-    bool Next() {
-        if (m_nNext == m_Arguments.size()) {
-            return false;
-        }
-        m_sName = m_Arguments[m_nNext++];
-        m_bValueInside = m_sName.starts_with("--") && m_sName.find('=') != std::string::npos;
-        if (m_bValueInside) {
-            m_sInside = m_sName.substr(m_sName.find('=') + 1);
-            m_sName.resize(m_sName.find('='));
-        }
-        return true;
-    }
-
-    const std::string& Name() const { return m_sName; }
-
-    std::string Value() {
-        if (m_bValueInside) {
-            return m_sInside;
-        }
-        if (m_nNext == m_Arguments.size()) {
-            throw InputError(m_sName + " needs a value behind it.");
-        }
-        return m_Arguments[m_nNext++];
-    }
-
-    void ExpectNoValue() const {
-        if (m_bValueInside) {
-            throw InputError(m_sName + " takes no value.");
-        }
-    }
-
-private:
-    const std::vector<std::string>& m_Arguments;
-    std::size_t m_nNext = 0;
-    std::string m_sName;
-    std::string m_sInside;
-    bool m_bValueInside = false;
-};
-
-std::string ParsePath(ArgumentReader& reader) {
-    std::string path = reader.Value();
+std::string NotEmpty(const std::string& option, const std::string& path) {
     if (path.empty()) {
-        throw InputError(reader.Name() + " needs the name of a file.");
+        throw Failure(option + " needs the name of a file.");
     }
     return path;
 }
 
-bool ParseNumberOption(ArgumentReader& reader, Options& options) {
-    for (const NumberOption& option : kNumberOptions) {
-        if (reader.Name() == option.name) {
-            double& target = option.member != nullptr ? options.conditions.*option.member : options.firstLag;
-            target = ParseValue(option, reader.Value());
-            return true;
-        }
-    }
-    return false;
-}
-
-long ParseAnalysisNumber(ArgumentReader& reader) {
-    const std::string text = reader.Value();
+long ParseAnalysisNumber(const std::string& text) {
     const auto value = ParseNumber(text);
     constexpr double highest = 2147483647.0;
     if (!value || *value < 1.0 || *value > highest || *value != std::floor(*value)) {
-        throw InputError("--show " + Quote(text) + " is not the number of an analysis.");
+        throw Failure("--show " + QuoteStart(text) + " is not the number of an analysis.");
     }
     return static_cast<long>(*value);
 }
 
-bool ParseStoreOption(ArgumentReader& reader, Options& options) {
-    if (reader.Name() == "--store") {
-        options.storeFile = ParsePath(reader);
-    } else if (reader.Name() == "--data-source") {
-        options.dataSource = ParsePath(reader);
-    } else if (reader.Name() == "--user") {
-        options.user = reader.Value();
-    } else if (reader.Name() == "--show") {
-        options.show = ParseAnalysisNumber(reader);
-    } else {
-        return false;
-    }
-    return true;
-}
-
 void CheckTogether(const Options& options) {
     if (!options.storeFile.empty() && !options.dataSource.empty()) {
-        throw InputError("--store and --data-source exclude each other.");
+        throw Failure("--store and --data-source exclude each other.");
     }
     if (options.ReadsStore() && !options.HasStore()) {
-        throw InputError("--list and --show need --store or --data-source.");
+        throw Failure("--list and --show need --store or --data-source.");
     }
     if (!options.user.empty() && options.dataSource.empty()) {
-        throw InputError("--user goes with --data-source.");
+        throw Failure("--user goes with --data-source.");
     }
     if (options.ReadsStore() && !options.file.empty()) {
-        throw InputError("--list and --show take no file: " + Quote(options.file) + " would not be read.");
+        throw Failure("--list and --show take no file: " + QuoteStart(options.file) + " would not be read.");
     }
     if (options.ReadsStore() && !options.plotFile.empty()) {
-        throw InputError("--list and --show draw no plot.");
+        throw Failure("--list and --show draw no plot.");
     }
     if (options.file.empty() && !options.ReadsStore()) {
-        throw InputError("No file is given: see correlogram --help.");
+        throw Failure("No file is given: see correlogram --help.");
     }
-}
-
-bool ParseFlag(const ArgumentReader& reader, Options& options) {
-    bool* flag = reader.Name() == "--json"                            ? &options.json
-                 : reader.Name() == "--verbose"                       ? &options.verbose
-                 : reader.Name() == "--list"                          ? &options.list
-                 : reader.Name() == "--help" || reader.Name() == "-h" ? &options.help
-                                                                      : nullptr;
-    if (flag == nullptr) {
-        return false;
-    }
-    reader.ExpectNoValue();
-    *flag = true;
-    return true;
 }
 
 } // namespace
 
 Options ParseOptions(const std::vector<std::string>& arguments) {
     Options options;
-    ArgumentReader reader(arguments);
-    while (reader.Next()) {
-        if (ParseFlag(reader, options) || ParseNumberOption(reader, options) ||
-            ParseStoreOption(reader, options)) {
-            continue;
-        }
-        if (reader.Name() == "--sigma") {
-            options.sigmaFile = ParsePath(reader);
-        } else if (reader.Name() == "--plot") {
-            options.plotFile = ParsePath(reader);
-        } else if (reader.Name().starts_with("-")) {
-            throw InputError("There is no option " + Quote(reader.Name()) + ": see correlogram --help.");
-        } else if (!options.file.empty()) {
-            throw InputError("Two files are given, " + Quote(options.file) + " and " + Quote(reader.Name()) +
-                             ", where one is fitted at a time.");
-        } else {
-            options.file = reader.Name();
-        }
+    tools::CommandLine line("correlogram");
+    const auto path = [&](const std::string& name, std::string& target) {
+        line.AddValue(name, [name, &target](const std::string& text) { target = NotEmpty(name, text); });
+    };
+    path("--sigma", options.sigmaFile);
+    path("--plot", options.plotFile);
+    path("--store", options.storeFile);
+    path("--data-source", options.dataSource);
+    line.AddValue("--user", [&](const std::string& text) { options.user = text; });
+    line.AddValue("--show", [&](const std::string& text) { options.show = ParseAnalysisNumber(text); });
+    for (const NumberOption& option : kNumberOptions) {
+        double& target = option.member != nullptr ? options.conditions.*option.member : options.firstLag;
+        line.AddValue(option.name,
+                      [&option, &target](const std::string& text) { target = ParseValue(option, text); });
     }
+    line.AddFlag("--json", [&] { options.json = true; });
+    line.AddFlag("--verbose", [&] { options.verbose = true; });
+    line.AddFlag("--list", [&] { options.list = true; });
+    line.AddFlag("-h,--help", [&] { options.help = true; });
+    line.Parse(arguments, [&](const std::string& word) {
+        if (word.starts_with("-")) {
+            const bool isLong = word.starts_with("--");
+            line.RefuseOption(QuoteStart(isLong ? word.substr(0, word.find('=')) : word));
+        }
+        if (!options.file.empty()) {
+            throw Failure("Two files are given, " + QuoteStart(options.file) + " and " + QuoteStart(word) +
+                          ", where one is fitted at a time.");
+        }
+        options.file = word;
+    });
     if (!options.help) {
         CheckTogether(options);
     }

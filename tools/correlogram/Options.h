@@ -38,8 +38,8 @@ struct Options {
 };
 
 // Reads the arguments behind the program's name. An option's value follows as next argument or behind '='.
-// Throws InputError for an unknown option, a missing or impossible value, no file or several, and for options
-// that do not go together.
+// Throws tools::Failure for an unknown option, a missing or impossible value, no file or several, and for
+// options that do not go together.
 Options ParseOptions(const std::vector<std::string>& arguments);
 
 // What --help prints, defaults and units included.

@@ -1,12 +1,15 @@
 #include "Plot.h"
 
 #include "Axis.h"
+#include "common/Failure.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <filesystem>
 
 namespace correlogram {
+
+using tools::PathOf;
 
 namespace {
 

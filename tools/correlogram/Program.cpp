@@ -1,11 +1,12 @@
 #include "Program.h"
 
 #include "Analysis.h"
-#include "InputError.h"
 #include "Options.h"
 #include "Plot.h"
 #include "Report.h"
 #include "Store.h"
+#include "common/Failure.h"
+#include "common/WriteFile.h"
 
 #include "bss/exception/WFileEventLog.h"
 #include "krtpal/common/text.h"
@@ -14,6 +15,10 @@
 #include <sstream>
 
 namespace correlogram {
+
+using tools::Failure;
+using tools::PathOf;
+using tools::QuoteStart;
 
 namespace {
 
@@ -31,8 +36,8 @@ void RefuseToOverwrite(const Options& options) {
         std::error_code ignored;
         if (!options.plotFile.empty() && !input.empty() &&
             std::filesystem::equivalent(PathOf(input), PathOf(options.plotFile), ignored)) {
-            throw InputError("The plot " + Quote(options.plotFile) + " would overwrite the measured file " +
-                             Quote(input) + ".");
+            throw Failure("The plot " + QuoteStart(options.plotFile) + " would overwrite the measured file " +
+                          QuoteStart(input) + ".");
         }
     }
 }
@@ -56,7 +61,8 @@ int RunOptions(const Options& options, std::ostream& output, std::ostream& error
         errors << VerboseReport(analysis);
     }
     if (!options.plotFile.empty()) {
-        SaveWhole(options.plotFile, DrawPlot(analysis));
+        tools::WriteWhole(
+            options.plotFile, [&](std::ostream& file) { file << DrawPlot(analysis); }, QuoteStart);
     }
     if (options.show == 0 && options.HasStore()) {
         const long number = Store(options).Add(analysis);
@@ -64,7 +70,7 @@ int RunOptions(const Options& options, std::ostream& output, std::ostream& error
     }
     output << (options.json ? JsonReport(analysis) : TableReport(analysis)) << std::flush;
     if (!output) {
-        throw InputError("The result cannot be written to the output.");
+        throw Failure("The result cannot be written to the output.");
     }
     for (const FitResult& fit : analysis.fits) {
         if (!fit.HasConverged()) {
@@ -74,29 +80,22 @@ int RunOptions(const Options& options, std::ostream& output, std::ostream& error
     return analysis.HasConverged() ? kSuccess : kFitFailed;
 }
 
-int RunChecked(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors) {
-    const Options options = ParseOptions(arguments);
-    if (options.help) {
-        output << HelpText() << std::flush;
-        return kSuccess;
-    }
-    try {
-        return RunOptions(options, output, errors);
-    } catch (const StoreError& error) {
-        if (options.verbose) {
-            errors << error.Chain() << std::endl;
-        }
-        throw;
-    }
-}
-
 } // namespace
 
 int Run(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors) noexcept {
+    Options options;
     try {
-        return RunChecked(arguments, output, errors);
-    } catch (const InputError& error) {
-        errors << "correlogram: " << error.what() << std::endl;
+        options = ParseOptions(arguments);
+        if (options.help) {
+            output << HelpText() << std::flush;
+            return kSuccess;
+        }
+        return RunOptions(options, output, errors);
+    } catch (const Failure& failure) {
+        if (options.verbose && !failure.Chain().empty()) {
+            errors << failure.Chain() << std::endl;
+        }
+        errors << "correlogram: " << failure.what() << std::endl;
         return kBadInput;
     } catch (const bss::WNestedException& failure) {
         errors << LogText(failure) << std::flush;

@@ -1,6 +1,6 @@
 #include "Store.h"
 
-#include "Curve.h"
+#include "common/Failure.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/serial/WPersistentObject.h"
@@ -10,9 +10,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <set>
 
 namespace correlogram {
+
+using tools::Failure;
+using tools::PathOf;
+using tools::QuoteStart;
 
 namespace {
 
@@ -231,12 +236,12 @@ std::string Reason(const std::string& chain) {
     const std::string mark = "Error message: ";
     const std::size_t at = chain.rfind(mark);
     if (at == std::string::npos) {
-        return chain.find("Data corrupted.") != std::string::npos ? ": its data are corrupted." : ".";
+        return chain.find("Data corrupted.") != std::string::npos ? "its data are corrupted" : "";
     }
     const std::size_t start = at + mark.size();
     std::string text = chain.substr(start, std::min(chain.find('\n', start), chain.size()) - start);
     text.erase(text.find_last_not_of(".;\r ") + 1);
-    return ": " + text + ".";
+    return text;
 }
 
 // Runs an operation; its failures become sentences that begin with `what`.
@@ -246,18 +251,18 @@ auto Told(const std::string& what, Operation operation) {
         return operation();
     } catch (const bss::WNestedException& failure) {
         const std::string chain = Utf8(failure.AsString(true));
-        throw StoreError(what + Reason(chain), chain);
-    } catch (const InputError&) {
+        throw Failure(what, Reason(chain), chain);
+    } catch (const Failure&) {
         throw;
     } catch (const std::exception& failure) {
-        throw StoreError(what + ": " + failure.what() + ".", failure.what());
+        throw Failure(what, failure.what(), failure.what());
     }
 }
 
 } // namespace
 
 Store::Store(const Options& options)
-    : m_sName(Quote(options.storeFile.empty() ? options.dataSource : options.storeFile)) {
+    : m_sName(QuoteStart(options.storeFile.empty() ? options.dataSource : options.storeFile)) {
     Told("The database " + m_sName + " cannot be opened", [&] {
         if (options.storeFile.empty()) {
             const char* const password = std::getenv("CORRELOGRAM_PASSWORD");
@@ -267,14 +272,14 @@ Store::Store(const Options& options)
         }
         std::error_code ignored;
         if (options.ReadsStore() && !std::filesystem::exists(PathOf(options.storeFile), ignored)) {
-            throw InputError("There is no database " + m_sName + ".");
+            throw Failure("There is no database " + m_sName + ".");
         }
         m_Database.ConnectFile(L"", L"", Wide(options.storeFile));
     });
     // A count of the rows would be 0 there, as if nothing were stored.
     for (const wchar_t* const table : {L"StoredAnalysis", L"StoredFit"}) {
         if (m_Database.HasTable(table) && !m_Database.HasColumn(table, L"checkSum")) {
-            throw InputError("The table " + Utf8(table) + " in " + m_sName + " is none of correlogram's.");
+            throw Failure("The table " + Utf8(table) + " in " + m_sName + " is none of correlogram's.");
         }
     }
 }
@@ -311,12 +316,12 @@ Analysis Store::Get(long number) {
     return Told("Analysis " + std::to_string(number) + " in " + m_sName + " cannot be read", [&] {
         StoredAnalysis stored(number);
         if (!m_Database.Exists(stored, nullptr)) {
-            throw InputError("There is no analysis " + std::to_string(number) + " in " + m_sName + ".");
+            throw Failure("There is no analysis " + std::to_string(number) + " in " + m_sName + ".");
         }
         stored.Read(&m_Database, 0, true);
         Analysis analysis = stored.Get();
         if (analysis.count == 0 || analysis.first + analysis.count > analysis.curve.lag.size()) {
-            throw InputError("Analysis " + std::to_string(number) + " in " + m_sName + " has no points.");
+            throw Failure("Analysis " + std::to_string(number) + " in " + m_sName + " has no points.");
         }
         return analysis;
     });

@@ -10,7 +10,6 @@
 #define TOOLS_CORRELOGRAM_STORE_H
 
 #include "Analysis.h"
-#include "InputError.h"
 #include "Options.h"
 
 #include "bss/serial/database/WDatabase.h"
@@ -19,20 +18,9 @@
 
 namespace correlogram {
 
-// A sentence, and the chain of failures behind it for those who want to know more.
-class StoreError : public InputError {
-public:
-    StoreError(const std::string& sentence, std::string chain)
-        : InputError(sentence), m_sChain(std::move(chain)) {}
-    const std::string& Chain() const { return m_sChain; }
-
-private:
-    std::string m_sChain;
-};
-
 class Store {
 public:
-    // Connects. A file is made by Add only: to list or show it has to be there. Throws StoreError, as all
+    // Connects. A file is made by Add only: to list or show it has to be there. Throws tools::Failure, as all
     // operations do.
     explicit Store(const Options& options);
 

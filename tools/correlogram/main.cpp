@@ -1,9 +1,8 @@
-// Entry point where a command line is bytes.
-
 #include "Program.h"
+#include "common/Entry.h"
 
 #include <iostream>
 
-int main(int count, char** values) {
-    return correlogram::Run({values + (count > 0 ? 1 : 0), values + count}, std::cout, std::cerr);
+int tools::RunTool(const std::vector<std::string>& arguments) {
+    return correlogram::Run(arguments, std::cout, std::cerr);
 }

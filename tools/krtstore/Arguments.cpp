@@ -1,66 +1,23 @@
 #include "Arguments.h"
 
-#include "Failure.h"
 #include "Text.h"
+#include "common/CommandLine.h"
+#include "common/Failure.h"
 
 #include <algorithm>
 #include <deque>
 
 namespace krtstore {
 
+using tools::Failure;
+
 namespace {
 
 constexpr char kSeeHelp[] = ": see krtstore --help.";
 
-struct ValueOption {
-    const char* name;
-    std::string Arguments::*member;
-};
-
-constexpr ValueOption kValueOptions[] = {
-    {"--data-source", &Arguments::dataSource},
-    {"--user", &Arguments::user},
-    {"--password-from", &Arguments::passwordFile},
-    {"--output", &Arguments::output},
-};
-
 bool IsOption(const std::string& argument) {
     // A number below zero is none.
     return argument.size() > 1 && argument[0] == '-' && !ParseInteger(argument);
-}
-
-/// Takes one option off the front, with its value.
-void TakeOption(std::deque<std::string>& rest, Arguments& result) {
-    std::string name = rest.front();
-    rest.pop_front();
-    std::optional<std::string> inside;
-    if (const std::size_t sign = name.find('='); sign != std::string::npos) {
-        inside = name.substr(sign + 1);
-        name.resize(sign);
-    }
-    bool* const flag = name == "--verbose"                ? &result.verbose
-                       : name == "--help" || name == "-h" ? &result.help
-                                                          : nullptr;
-    if (flag != nullptr) {
-        if (inside) {
-            throw Failure(name + " takes no value.");
-        }
-        *flag = true;
-        return;
-    }
-    const auto* const option = std::find_if(std::begin(kValueOptions), std::end(kValueOptions),
-                                            [&](const ValueOption& each) { return each.name == name; });
-    if (option == std::end(kValueOptions)) {
-        throw Failure("There is no option " + Quote(name) + kSeeHelp);
-    }
-    if (!inside && !rest.empty()) {
-        inside = rest.front();
-        rest.pop_front();
-    }
-    if (!inside || inside->empty()) {
-        throw Failure(name + " needs a value behind it.");
-    }
-    result.*(option->member) = *inside;
 }
 
 Command ParseCommand(const std::string& name) {
@@ -144,15 +101,28 @@ void CheckTogether(const Arguments& arguments) {
 
 Arguments ParseArguments(const std::vector<std::string>& arguments) {
     Arguments result;
-    std::deque<std::string> rest(arguments.begin(), arguments.end());
     std::deque<std::string> words;
-    while (!rest.empty()) {
-        if (IsOption(rest.front())) {
-            TakeOption(rest, result);
-        } else {
-            words.push_back(Take(rest));
+    tools::CommandLine line("krtstore");
+    const auto value = [&](const std::string& name, std::string& target) {
+        line.AddValue(name, [name, &target](const std::string& text) {
+            if (text.empty()) {
+                throw Failure(name + " needs a value behind it.");
+            }
+            target = text;
+        });
+    };
+    value("--data-source", result.dataSource);
+    value("--user", result.user);
+    value("--password-from", result.passwordFile);
+    value("--output", result.output);
+    line.AddFlag("--verbose", [&] { result.verbose = true; });
+    line.AddFlag("-h,--help", [&] { result.help = true; });
+    line.Parse(arguments, [&](const std::string& word) {
+        if (IsOption(word)) {
+            line.RefuseOption(Quote(word.substr(0, word.find('='))));
         }
-    }
+        words.push_back(word);
+    });
     if (!result.help) {
         ParseWords(std::move(words), result);
         CheckTogether(result);

@@ -27,7 +27,7 @@ struct Arguments {
 };
 
 // Reads the arguments behind the program's name. An option's value follows as next argument or behind '='.
-// Throws Failure for what is unknown, missing, too many, or does not go together.
+// Throws tools::Failure for what is unknown, missing, too many, or does not go together.
 Arguments ParseArguments(const std::vector<std::string>& arguments);
 
 // What --help prints.

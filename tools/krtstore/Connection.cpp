@@ -1,7 +1,7 @@
 #include "Connection.h"
 
-#include "Failure.h"
 #include "Text.h"
+#include "common/Failure.h"
 
 #include "bss/serial/database/private/SqlDialect.h"
 #include "krtpal/common/text.h"
@@ -18,6 +18,9 @@
 #include <utility>
 
 namespace krtstore {
+
+using tools::Failure;
+using tools::PathOf;
 
 namespace {
 

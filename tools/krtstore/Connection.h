@@ -8,7 +8,7 @@
 // Nothing is changed. No more than one row is held at a time, and each value has the room that it needs
 // itself: what drivers tell of the size of columns is not relied on.
 //
-// All operations throw Failure.
+// All operations throw tools::Failure.
 
 #ifndef TOOLS_KRTSTORE_CONNECTION_H
 #define TOOLS_KRTSTORE_CONNECTION_H

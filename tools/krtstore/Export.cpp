@@ -1,94 +1,84 @@
 #include "Export.h"
 
 #include "Binary.h"
-#include "Failure.h"
 #include "Text.h"
+#include "common/Json.h"
 
 #include "bss/system/base64.h"
 
 #include <algorithm>
-#include <fstream>
-#include <random>
 #include <span>
-#include <system_error>
+#include <string>
 
 namespace krtstore {
 
 namespace {
 
-/// In pieces, which join to one text as each but the last has a multiple of 3 bytes.
-void WriteBase64(std::span<const unsigned char> bytes, std::ostream& output) {
+using tools::Json;
+
+/// In pieces, as the encoder counts in 32 bits; they join to one text since each but the last has a multiple
+/// of 3 bytes.
+Json Base64(std::span<const unsigned char> bytes) {
     constexpr std::size_t piece = 49'152;
     constexpr unsigned long flags = bss::base64::NoLineBreaks;
-    output << '"';
+    std::string all;
     for (std::size_t at = 0; at < bytes.size(); at += piece) {
         const auto part = bytes.subspan(at, std::min(piece, bytes.size() - at));
         const auto size = static_cast<int>(part.size());
         int length = bss::base64::EncodeGetRequiredLength(size, flags);
         std::string text(static_cast<std::size_t>(length), '\0');
         bss::base64::Encode(part.data(), size, text.data(), &length, flags);
-        output.write(text.data(), length);
+        all.append(text, 0, static_cast<std::size_t>(length));
     }
-    output << '"';
+    return all;
 }
 
-void WriteBinary(const Table& table, const Row& row, std::size_t column, std::ostream& output) {
-    const std::vector<unsigned char>& bytes = row[column].bytes;
-    const BinaryValue value = table.IsOfStore() ? DecodeBinary(table, row, column) : BinaryValue();
-    if (table.IsOfStore() && value.fault.empty()) {
-        output << "{\"data\": ";
-        WriteBase64(value.payload, output);
-    } else {
-        output << "{\"stored\": ";
-        WriteBase64(bytes, output);
+Json JsonBinary(const Table& table, const Row& row, std::size_t column) {
+    if (!table.IsOfStore()) {
+        return {{"stored", Base64(row[column].bytes)}};
     }
-    output << (value.fault.empty() ? "" : ", \"fault\": " + JsonText(Wide(value.fault))) << '}';
+    const BinaryValue value = DecodeBinary(table, row, column);
+    return value.fault.empty() ? Json{{"data", Base64(value.payload)}}
+                               : Json{{"stored", Base64(row[column].bytes)}, {"fault", value.fault}};
 }
 
-void WriteValue(const Table& table, const Row& row, std::size_t column, std::ostream& output) {
+Json JsonValue(const Table& table, const Row& row, std::size_t column) {
     const Cell& cell = row[column];
     switch (cell.form) {
     case Cell::Form::Null:
-        output << "null";
-        break;
+        return nullptr;
     case Cell::Form::Integer:
-        output << cell.integer;
-        break;
+        return cell.integer;
     case Cell::Form::Double:
-        output << JsonNumber(cell.real);
-        break;
+        return tools::Token(JsonNumber(cell.real));
     case Cell::Form::Text:
-        output << (table.IsOfStore() && table.columns[column].name == L"checkSum"
-                       ? "\"" + UnitDigits(cell.text) + "\""
-                       : JsonText(cell.text));
-        break;
+        if (table.IsOfStore() && table.columns[column].name == L"checkSum") {
+            return UnitDigits(cell.text);
+        }
+        return tools::Token(JsonText(cell.text));
     case Cell::Form::Binary:
-        WriteBinary(table, row, column, output);
-        break;
+        return JsonBinary(table, row, column);
     case Cell::Form::Guid:
-        output << '"' << GuidText(cell.guid) << '"';
-        break;
+        return GuidText(cell.guid);
     }
+    return nullptr;
 }
 
 void WriteTable(Connection& connection, const Table& table, std::ostream& output) {
-    output << "    {\n      \"table\": " << JsonText(table.name) << ",\n      \"columns\": [";
-    const char* separator = "";
+    Json columns = Json::array();
     for (const Column& column : table.columns) {
-        output << separator << "{\"name\": " << JsonText(column.name)
-               << ", \"type\": " << JsonText(column.type) << '}';
-        separator = ", ";
+        columns.push_back({{"name", Utf8(column.name)}, {"type", Utf8(column.type)}});
     }
-    output << "],\n      \"rows\": [";
-    separator = "\n        {";
+    output << "    {\n      \"table\": " << tools::OneLine(Utf8(table.name))
+           << ",\n      \"columns\": " << tools::OneLine(columns) << ",\n      \"rows\": [";
+    const char* separator = "\n        ";
     connection.ForEachRow(table, {}, [&](const Row& row) {
-        output << separator;
+        Json members = Json::object();
         for (std::size_t i = 0; i < row.size(); ++i) {
-            output << (i == 0 ? "" : ", ") << JsonText(table.columns[i].name) << ": ";
-            WriteValue(table, row, i, output);
+            members.push_back({Utf8(table.columns[i].name), JsonValue(table, row, i)});
         }
-        output << '}';
-        separator = ",\n        {";
+        output << separator << tools::OneLine(members);
+        separator = ",\n        ";
     });
     output << "\n      ]\n    }";
 }
@@ -104,37 +94,6 @@ void Export(Connection& connection, const std::vector<Table>& tables, std::ostre
         separator = ",\n";
     }
     output << "\n  ]\n}\n" << std::flush;
-}
-
-void WriteWhole(const std::string& file, const std::function<void(std::ostream&)>& write) {
-    const std::filesystem::path target = PathOf(file);
-    std::error_code failure;
-    if (std::filesystem::is_directory(target, failure)) {
-        throw Failure("Cannot write " + Quote(file) + ": it is a folder.");
-    }
-    std::filesystem::path part = target;
-    part += "." + std::to_string(std::random_device{}()) + ".part";
-    std::ofstream stream(part, std::ios::binary);
-    const bool isOpen = stream.is_open();
-    if (!isOpen) {
-        throw Failure("Cannot write " + Quote(file) + ": no file can be made in that folder.");
-    }
-    try {
-        write(stream);
-        stream.close();
-        if (!stream) {
-            throw Failure("Cannot write " + Quote(file) + ": the disk does not take it.");
-        }
-        std::filesystem::rename(part, target, failure);
-        if (failure) {
-            throw Failure("Cannot write " + Quote(file) + ": " + failure.message() + ".");
-        }
-    } catch (...) {
-        stream.close();
-        std::error_code ignored;
-        std::filesystem::remove(part, ignored);
-        throw;
-    }
 }
 
 } // namespace krtstore

@@ -1,13 +1,15 @@
 #include "Inspect.h"
 
 #include "Binary.h"
-#include "Failure.h"
 #include "Text.h"
+#include "common/Failure.h"
 
 #include <algorithm>
 #include <array>
 
 namespace krtstore {
+
+using tools::Failure;
 
 namespace {
 

@@ -12,7 +12,7 @@ namespace krtstore {
 // A line for each table.
 void List(Connection& connection, std::ostream& output);
 
-// A block of lines for each row, one line a column. Throws Failure if there is no row of that key.
+// A block of lines for each row, one line a column. Throws tools::Failure if there is no row of that key.
 void Show(Connection& connection, const Table& table, const Connection::Key& key, std::ostream& output);
 
 } // namespace krtstore

@@ -3,15 +3,19 @@
 #include "Arguments.h"
 #include "Connection.h"
 #include "Export.h"
-#include "Failure.h"
 #include "Inspect.h"
 #include "Text.h"
 #include "Verify.h"
+#include "common/Failure.h"
+#include "common/WriteFile.h"
 
 #include <algorithm>
 #include <optional>
 
 namespace krtstore {
+
+using tools::Failure;
+using tools::PathOf;
 
 namespace {
 
@@ -60,7 +64,7 @@ void RunExport(Connection& connection, const Arguments& arguments, std::ostream&
     if (arguments.output.empty()) {
         Export(connection, tables, output);
     } else {
-        WriteWhole(arguments.output, [&](std::ostream& file) { Export(connection, tables, file); });
+        tools::WriteWhole(arguments.output, [&](std::ostream& file) { Export(connection, tables, file); });
     }
 }
 

@@ -1,6 +1,6 @@
 #include "RowSum.h"
 
-#include "bss/serial/WVersion.h"
+#include "bss/serial/WVersionInfo.h"
 #include "bss/serial/database/WChecksum.h"
 #include "bss/serial/database/WDatabase.h"
 #include "bss/system/WGuid.h"
@@ -15,27 +15,23 @@ namespace krtstore {
 
 namespace {
 
-struct KnownClass {
-    const wchar_t* name;
-    std::vector<const wchar_t*> members; // those of the class itself, in the order of serialization
-};
+/// The labels that a class gives its members, in the order in which it serializes them: a database that only
+/// listens.
+class MemberOrder : public bss::WDatabase {
+public:
+    explicit MemberOrder(bss::WPersistentObject& object) { object.Write(this, 0, false); }
 
-/// A wide-text array counts as one: the column of its number goes in front of it.
-const std::vector<KnownClass>& KnownClasses() {
-    static const std::vector<KnownClass> classes = {
-        {L"WVersionInfo",
-         {L"m_sModuleName", L"m_sModuleVersion", L"m_sDescriptor", L"m_sFileDate", L"m_sKRTFileVer",
-          L"m_sKRTIOVer", L"m_nProductVersion", L"m_nMajorVersion", L"m_nMinorVersion", L"m_nBuild"}},
-        {L"StoredAnalysis",
-         {L"m_sFile", L"m_Time", L"m_nFirst", L"m_nCount", L"m_nFits", L"m_aConditions", L"m_aDerived",
-          L"m_aLag", L"m_aSignal", L"m_aSigma"}},
-        {L"StoredFit",
-         {L"m_sName", L"m_sStopTest", L"m_sNote", L"m_sFailure", L"m_nIterations", L"m_asNamesL",
-          L"m_asNames", L"m_asMeaningsL", L"m_asMeanings", L"m_aStarts", L"m_aValues", L"m_aErrors",
-          L"m_aQuality", L"m_abResults", L"m_aResults", L"m_aCurve"}},
-    };
-    return classes;
-}
+    const std::vector<std::wstring>& Labels() const { return m_Labels; }
+
+    using WDatabase::Insert;
+    void Insert(const std::wstring& key, const std::wstring& /*value*/) override { m_Labels.push_back(key); }
+    void Insert(const std::wstring& key, long /*value*/) override { m_Labels.push_back(key); }
+    void Insert(const std::wstring& key, short /*value*/) override { m_Labels.push_back(key); }
+    void Write(bss::WPersistentObject& object, bool /*bDeep*/) override { object.Serialize(false); }
+
+private:
+    std::vector<std::wstring> m_Labels;
+};
 
 /// Opens what every WDatabase has for itself.
 struct Sums : bss::WDatabase {
@@ -94,17 +90,25 @@ krtpal::Utf16String StoredUnits(const std::wstring& text) {
     return units;
 }
 
+bool HasAll(const std::vector<bool>& members, const std::vector<bool>& of) {
+    for (std::size_t i = 0; i < of.size(); ++i) {
+        if (of[i] && !members[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 RowSum::RowSum(const Table& table)
     : m_Table(table), m_nGroup(*table.Find(L"groupID")), m_nObject(*table.Find(L"objectID")),
       m_nCheckSum(*table.Find(L"checkSum")) {
     std::vector<std::wstring> names = {L"m_nVersion", L"groupID", L"objectID"};
-    const auto known = std::find_if(KnownClasses().begin(), KnownClasses().end(),
-                                    [&](const KnownClass& each) { return each.name == table.name; });
-    m_bKnown = known != KnownClasses().end();
+    bss::WVersionInfo info;
+    m_bKnown = info.GetNameOfClass() == table.name;
     if (m_bKnown) {
-        names.insert(names.end(), known->members.begin(), known->members.end());
+        names = MemberOrder(info).Labels();
     } else {
         for (const Column& column : table.columns) {
             const bool isFixed =
@@ -157,6 +161,37 @@ std::wstring RowSum::TextOf(const Row& row) const {
 bool RowSum::Agrees(const Row& row) const {
     static const Sums& sums = *new Sums; // never destroyed
     return StoredUnits(sums.CalculateCheckSum(TextOf(row))) == StoredUnits(row[m_nCheckSum].text);
+}
+
+void SumJudge::AddAgreeing(std::int64_t version, const std::vector<bool>& members) {
+    ++m_Rows[version];
+    m_Agreeing[version].insert(members);
+}
+
+void SumJudge::AddDiffering(std::int64_t version, const std::vector<bool>& members, const std::string& key) {
+    ++m_Rows[version];
+    m_Differing.push_back({version, &*m_Different.insert(members).first, key});
+}
+
+SumJudge::Verdict SumJudge::Judge() const {
+    Verdict verdict;
+    for (const Differing& row : m_Differing) {
+        if (IsDamaged(row)) {
+            verdict.damaged.push_back(row.key);
+        } else {
+            ++verdict.untested;
+        }
+    }
+    return verdict;
+}
+
+bool SumJudge::IsDamaged(const Differing& row) const {
+    const bool isAlone = m_Rows.at(row.version) == 1;
+    return std::any_of(m_Agreeing.begin(), m_Agreeing.end(), [&](const auto& agreeing) {
+        return (isAlone || agreeing.first == row.version) &&
+               std::any_of(agreeing.second.begin(), agreeing.second.end(),
+                           [&](const Members& members) { return HasAll(members, *row.members); });
+    });
 }
 
 } // namespace krtstore

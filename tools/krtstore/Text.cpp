@@ -44,23 +44,6 @@ std::string Utf8(std::wstring_view text) {
     return krtpal::Utf8FromWide(text);
 }
 
-std::filesystem::path PathOf(const std::string& utf8) {
-    return {std::u8string(utf8.begin(), utf8.end())};
-}
-
-std::string Quote(const std::string& text) {
-    std::string quoted = "'";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20U || byte == 0x7FU) {
-            quoted += {'\\', 'x', kHex[byte >> 4U], kHex[byte & 0xFU]};
-        } else {
-            quoted += c;
-        }
-    }
-    return quoted + "'";
-}
-
 std::string Quote(const std::wstring& text) {
     return Quote(Utf8(text));
 }

@@ -3,12 +3,12 @@
 #ifndef TOOLS_KRTSTORE_TEXT_H
 #define TOOLS_KRTSTORE_TEXT_H
 
+#include "common/Failure.h"
 #include "krtpal/guid.h"
 #include "krtpal/unqualified.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -18,10 +18,9 @@ namespace krtstore {
 
 std::wstring Wide(std::string_view utf8);
 std::string Utf8(std::wstring_view text);
-std::filesystem::path PathOf(const std::string& utf8);
 
-// The text between single quotes, with control characters as \xNN, so that a sentence stays one line.
-std::string Quote(const std::string& text);
+using tools::Quote;
+// The same of wide text.
 std::string Quote(const std::wstring& text);
 
 // The text as JSON has it, quotes included: control characters, noncharacters and halves of surrogate pairs

@@ -1,18 +1,20 @@
 #include "Verify.h"
 
 #include "Binary.h"
-#include "Failure.h"
-#include "Progress.h"
 #include "RowSum.h"
-#include "SumJudge.h"
 #include "Text.h"
+#include "common/Failure.h"
 
 #include "bss/serial/WVersion.h"
+#include "krtpal/console.h"
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 
 namespace krtstore {
+
+using tools::Failure;
 
 namespace {
 
@@ -113,6 +115,54 @@ std::string ValueFault(const Table& table, const Row& row, std::size_t index) {
         return "its text cannot be decoded";
     }
     return column.kind == Kind::Binary ? DecodeBinary(table, row, index).fault : "";
+}
+
+// A bar that tells how far a long walk has come. Without a terminal nothing is drawn. Clear it before
+// anything else is printed.
+class Progress {
+public:
+    Progress(std::ostream* terminal, std::size_t total) : m_pTerminal(terminal), m_nTotal(total) {}
+    ~Progress() { Clear(); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    // One step further. The bar is drawn when the percentage changes.
+    void Advance(const std::string& what);
+    // The next step draws it again.
+    void Clear();
+
+private:
+    std::ostream* m_pTerminal;
+    std::size_t m_nTotal;
+    std::size_t m_nDone = 0;
+    std::size_t m_nPercent = 101; // none was drawn
+    std::size_t m_nWidth = 0;     // of what is on the terminal
+};
+
+void Progress::Advance(const std::string& what) {
+    ++m_nDone;
+    // Rows may come while they are read.
+    const std::size_t percent =
+        std::min<std::size_t>(100, m_nDone * 100 / std::max<std::size_t>(m_nTotal, 1));
+    if (m_pTerminal == nullptr || percent == m_nPercent) {
+        return;
+    }
+    Clear();
+    constexpr std::size_t width = 40;
+    const std::string done(percent * width / 100, '#');
+    const std::string line =
+        "[" + PadRight(done, width) + "] " + PadLeft(std::to_string(percent), 3) + " % " + what.substr(0, 30);
+    *m_pTerminal << line << std::flush;
+    m_nPercent = percent;
+    m_nWidth = line.size();
+}
+
+void Progress::Clear() {
+    if (m_pTerminal != nullptr && m_nWidth != 0) {
+        *m_pTerminal << '\r' << std::string(m_nWidth, ' ') << '\r' << std::flush;
+        m_nWidth = 0;
+        m_nPercent = 101;
+    }
 }
 
 class TableCheck {
@@ -231,6 +281,11 @@ Findings Verify(Connection& connection, const std::vector<Table>& tables, std::o
         }
     }
     return findings;
+}
+
+bool HasTerminal() {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
 } // namespace krtstore

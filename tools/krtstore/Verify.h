@@ -20,6 +20,9 @@ struct Findings {
 Findings Verify(Connection& connection, const std::vector<Table>& tables, std::ostream& output,
                 std::ostream* terminal);
 
+// Whether the standard error stream is a terminal.
+bool HasTerminal();
+
 } // namespace krtstore
 
 #endif

@@ -1,11 +1,9 @@
-// Entry point where a command line is bytes.
-
 #include "Program.h"
-#include "Progress.h"
+#include "Verify.h"
+#include "common/Entry.h"
 
 #include <iostream>
 
-int main(int count, char** values) {
-    return krtstore::Run({values + (count > 0 ? 1 : 0), values + count}, std::cout, std::cerr,
-                         krtstore::HasTerminal());
+int tools::RunTool(const std::vector<std::string>& arguments) {
+    return krtstore::Run(arguments, std::cout, std::cerr, krtstore::HasTerminal());
 }
