@@ -7,6 +7,7 @@
 
 #include "bss/serial/WVersion.h"
 #include "krtpal/console.h"
+#include "krtpal/unqualified.h"
 
 #include <algorithm>
 #include <limits>
