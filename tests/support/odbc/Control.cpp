@@ -155,6 +155,9 @@ Control::Control() : m_folder(FolderOfEnvironment()) {
     if (!m_folder.empty()) {
         m_record.open(m_folder + "/record", std::ios::binary | std::ios::app);
     }
+    if (const char* const copy = std::getenv("KRTBSS_TEST_ODBC_RECORD"); copy != nullptr) {
+        m_copy.open(copy, std::ios::binary | std::ios::app);
+    }
 }
 
 bool Control::Refresh() {
@@ -206,6 +209,9 @@ std::string Control::DbmsName() const {
 void Control::Record(const std::string& line) {
     m_record << line << '\n';
     m_record.flush();
+    if (m_copy.is_open()) {
+        m_copy << line << '\n' << std::flush;
+    }
 }
 
 } // namespace testodbc

@@ -63,6 +63,7 @@ private:
     std::string m_script;
     Settings m_settings;
     std::ofstream m_record;
+    std::ofstream m_copy; ///< for a program that outlives the test's folder
 };
 
 } // namespace testodbc

@@ -287,8 +287,8 @@ TEST_F(OdbcDriver, KeepsWhatParametersBring) {
         "parameter 4 SQL_C_WCHAR SQL_WLONGVARCHAR size 8 room 0 indicator 8 value 480020003DD800DE",
         "parameter 5 SQL_C_BINARY SQL_LONGVARBINARY size 400 room 0 indicator -500 value at execution",
         "SQLParamData S1 = SQL_NEED_DATA",
-        "SQLPutData S1 100 " + hex + " = SQL_SUCCESS",
-        "SQLPutData S1 300 " + hex + " = SQL_SUCCESS",
+        "SQLPutData S1 100 " + hex + "100:FB5C8CEC60D83AB1 = SQL_SUCCESS",
+        "SQLPutData S1 300 " + hex + "300:C0A61764E7580009 = SQL_SUCCESS",
         "SQLParamData S1 = SQL_SUCCESS"};
     const Lines record = m_driver.Record();
     ASSERT_GE(record.size(), expected.size());

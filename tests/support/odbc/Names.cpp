@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <span>
 
@@ -102,7 +103,16 @@ std::string HexOf(const void* bytes, std::size_t count) {
         std::snprintf(digits.data(), digits.size(), "%02X", static_cast<const unsigned char*>(bytes)[i]);
         hex += digits.data();
     }
-    return hex + (count > most ? "..." : "");
+    if (count <= most) {
+        return hex;
+    }
+    std::uint64_t hash = 0xCBF29CE484222325; // FNV-1a
+    for (std::size_t i = 0; i < count; ++i) {
+        hash = (hash ^ static_cast<const unsigned char*>(bytes)[i]) * 0x100000001B3;
+    }
+    std::array<char, 17> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016llX", static_cast<unsigned long long>(hash));
+    return hex + "..." + std::to_string(count) + ':' + digits.data();
 }
 
 } // namespace testodbc

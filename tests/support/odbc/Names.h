@@ -20,7 +20,7 @@ std::string NameOfLength(long indicator);
 
 /// In double quotes; quotes, backslashes and control characters inside with a backslash.
 std::string Quote(std::string_view text);
-/// The first 32 bytes, with "..." if there are more.
+/// The first 32 bytes. If there are more, "...", their number, a colon and the FNV-1a hash of all follow.
 std::string HexOf(const void* bytes, std::size_t count);
 
 } // namespace testodbc
