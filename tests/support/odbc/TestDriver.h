@@ -18,11 +18,11 @@
 //                                    15 for Access, 4 for SQL Server
 //     dbms TEXT                      SQL_DBMS_NAME; else "ACCESS" or "Microsoft SQL Server"
 //     database TEXT                  SQL_DATABASE_NAME; else the file or the data source connected to
-//     no-totals                      SQLGetData says SQL_NO_TOTAL of what it cuts
-//     fail CALL N STATE NATIVE TEXT  the N-th call of this function does nothing but fail
+//     fail CALL N STATE NATIVE TEXT  the N-th call of this function does nothing but fail; several lines for
+//                                    one call give it several records
 //     info CALL N STATE NATIVE TEXT  the N-th call, if it succeeds, is SQL_SUCCESS_WITH_INFO with this
 //     answer CALL N CODE             the N-th call does nothing but return the code
-//     clear [NUMBER]                 forgets all tables; with a number, if the last script had another
+//     clear NUMBER                   drops all tables if the last script had another number
 //     # TEXT                         nothing
 //
 // Calls are counted from the script on, under their names in the driver: "SQLExecDirectW". After a line that
@@ -34,9 +34,10 @@
 //
 //     parameter 2 SQL_C_SLONG SQL_INTEGER size 0 room 4 indicator 4 value 01000000
 //
-// with the first 32 bytes, "NULL", or "at execution": those bytes are in the line of SQLPutData. The driver
-// manager hands on attributes of a connection when it connects, and asks for SQL_CURSOR_COMMIT_BEHAVIOR and
-// SQL_CURSOR_ROLLBACK_BEHAVIOR on its own account; it answers SQLGetDiagRecW itself.
+// with up to 32 bytes (of a longer value, its length and a hash), "NULL", or "at execution": those bytes are
+// in the line of SQLPutData. The driver manager hands on attributes of a connection when it connects, and
+// asks for SQL_CURSOR_COMMIT_BEHAVIOR and SQL_CURSOR_ROLLBACK_BEHAVIOR on its own account; it answers
+// SQLGetDiagRecW itself.
 //
 // The driver is one a process (OdbcFolder.h), so there is one object. Not for several threads.
 
