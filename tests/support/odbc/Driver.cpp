@@ -4,18 +4,20 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sstream>
 
 using namespace testodbc;
 
 namespace {
 
-[[noreturn]] void Fail(std::string state, std::string text) {
-    throw Failure{std::move(state), std::move(text)};
-}
-
 Tables& AllTables() {
     static auto* const tables = new Tables;
     return *tables;
+}
+
+unsigned Extensions() {
+    constexpr unsigned access = SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BLOCK | SQL_GD_BOUND;
+    return State().extensions.value_or(State().isAccess ? access : SQL_GD_BLOCK);
 }
 
 struct Connection : Handle {
@@ -23,7 +25,7 @@ struct Connection : Handle {
     ~Connection() override { EndTransaction(false); }
 
     Result Run(const std::string& sql, const std::vector<Argument>& arguments) {
-        if (!isAutocommit && !before && !IsQuery(sql)) {
+        if (!isAutocommit && !before && sql.rfind("SELECT", 0) != 0) {
             before = AllTables();
         }
         return Execute(AllTables(), sql, arguments);
@@ -65,7 +67,7 @@ struct Statement : Handle {
 
     SQLRETURN Start(const std::string& text);
     SQLRETURN NextParameter(SQLPOINTER* data);
-    void Put(SQLPOINTER data, SQLLEN length, std::string& line);
+    void Put(SQLPOINTER data, SQLLEN length);
     void Show(std::vector<int> types, std::vector<Row> rows);
     SQLRETURN Fetch();
     SQLRETURN GetData(int column, const Buffer& target);
@@ -158,7 +160,7 @@ SQLRETURN Statement::Start(const std::string& text) {
         }
     }
     for (int number = 1; number <= m_markers; ++number) {
-        Shim::Get().details.push_back(Describe(number, parameters.at(number)));
+        RecordDetail(Describe(number, parameters.at(number)));
     }
     return m_waiting.empty() ? Run() : SQL_NEED_DATA;
 }
@@ -197,12 +199,12 @@ SQLRETURN Statement::NextParameter(SQLPOINTER* data) {
     return SQL_NEED_DATA;
 }
 
-void Statement::Put(SQLPOINTER data, SQLLEN length, std::string& line) {
+void Statement::Put(SQLPOINTER data, SQLLEN length) {
     if (m_current == 0 || length < 0) {
         Fail("HY010", "no parameter is waiting for data");
     }
     const std::string_view piece(static_cast<const char*>(data), static_cast<std::size_t>(length));
-    line += ' ' + HexOf(piece);
+    RecordResult(' ' + HexOf(piece));
     m_supplied[m_current] += piece;
 }
 
@@ -239,12 +241,8 @@ SQLRETURN Statement::GetData(int column, const Buffer& target) {
     if (m_next == 0 || m_next > result.rows.size()) {
         Fail("24000", "no row has been fetched");
     }
-    const Settings& settings = Shim::Get().settings;
-    const unsigned extensions = settings.extensions.value_or(
-        settings.isAccess ? SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BLOCK | SQL_GD_BOUND
-                          : SQL_GD_BLOCK);
-    if (((extensions & SQL_GD_ANY_ORDER) == 0 && column < m_progress.column) ||
-        ((extensions & SQL_GD_ANY_COLUMN) == 0 && !columns.empty() && column <= columns.rbegin()->first)) {
+    if (((Extensions() & SQL_GD_ANY_ORDER) == 0 && column < m_progress.column) ||
+        ((Extensions() & SQL_GD_ANY_COLUMN) == 0 && !columns.empty() && column <= columns.rbegin()->first)) {
         Fail("07009", "Invalid Descriptor Index");
     }
     if (m_progress.column != column) {
@@ -295,18 +293,23 @@ SQLRETURN Statement::Deliver(int column, const Buffer& target, Progress& progres
 /// Runs a call with the object behind a handle.
 template <typename Object, typename Body>
 SQLRETURN Enter(const char* call, SQLHANDLE handle, const std::string& arguments, Body body) {
-    if (handle == nullptr) {
-        return SQL_INVALID_HANDLE;
-    }
     auto& object = static_cast<Object&>(*static_cast<Handle*>(handle));
-    return Shim::Get().Perform(call, object, arguments, [&](std::string& line) {
-        if constexpr (std::is_void_v<decltype(body(object, line))>) {
-            body(object, line);
+    return Perform(call, object, arguments, [&] {
+        if constexpr (std::is_void_v<decltype(body(object))>) {
+            body(object);
             return SQLRETURN{SQL_SUCCESS};
         } else {
-            return static_cast<SQLRETURN>(body(object, line));
+            return body(object);
         }
     });
+}
+
+/// For the record: each with a blank before it.
+template <typename... Parts>
+std::string Listed(const Parts&... parts) {
+    std::ostringstream out;
+    ((out << ' ' << parts), ...);
+    return out.str();
 }
 
 std::string TextFrom(const SQLWCHAR* text, SQLINTEGER length) {
@@ -317,8 +320,8 @@ std::string TextFrom(const SQLWCHAR* text, SQLINTEGER length) {
     return Utf8FromUtf16(units);
 }
 
-std::string QuoteArgument(const SQLWCHAR* text, SQLINTEGER length) {
-    return text == nullptr ? " NULL" : ' ' + Quote(TextFrom(text, length));
+std::string Quoted(const SQLWCHAR* text, SQLINTEGER length) {
+    return text == nullptr ? "NULL" : Quote(TextFrom(text, length));
 }
 
 /// Room and length are counts of characters. False if the text had to be cut.
@@ -335,32 +338,20 @@ bool PutText(const std::string& text, SQLWCHAR* out, SQLLEN room, SQLSMALLINT* l
     return out == nullptr || static_cast<SQLLEN>(units.size()) < room;
 }
 
-std::string BufferArguments(int number, int cType, SQLLEN room) {
-    return ' ' + std::to_string(number) + ' ' + NameOf(Group::cType, cType) + " room " + std::to_string(room);
-}
-
 /// The value of KEY=value; in a connection string.
-std::string ValueOfKey(const std::string& text, const std::string& key) {
-    const std::size_t start = (';' + text).find(';' + key + '=');
-    return start == std::string::npos
-               ? std::string()
-               : text.substr(start + key.size() + 1, text.find(';', start) - start - key.size() - 1);
+std::string ValueOf(const std::string& key, const std::string& text) {
+    const std::size_t start = text.find(';' + key + '=') + key.size() + 2;
+    return text.substr(start, text.find(';', start) - start);
 }
 
 unsigned NumberOf(SQLPOINTER value) {
     return static_cast<unsigned>(reinterpret_cast<SQLULEN>(value));
 }
 
-std::string AttributeArguments(SQLINTEGER attribute, SQLPOINTER value) {
-    return ' ' + NameOf(Group::attribute, attribute) + ' ' + std::to_string(NumberOf(value));
-}
-
 /// Lengths of text are counts of bytes here.
-SQLRETURN GetInfo(Connection& connection, SQLUSMALLINT info, SQLPOINTER out, SQLSMALLINT room,
-                  SQLSMALLINT* length) {
-    const Settings& settings = Shim::Get().settings;
+SQLRETURN GetInfo(Connection& connection, int info, SQLPOINTER out, SQLSMALLINT room, SQLSMALLINT* length) {
     const auto putText = [&](const std::string& text) {
-        const bool isWhole = PutText(text, static_cast<SQLWCHAR*>(out), room / SQLSMALLINT{2}, length);
+        const bool isWhole = PutText(text, static_cast<SQLWCHAR*>(out), room / 2, length);
         if (length != nullptr) {
             *length = static_cast<SQLSMALLINT>(*length * 2);
         }
@@ -370,19 +361,18 @@ SQLRETURN GetInfo(Connection& connection, SQLUSMALLINT info, SQLPOINTER out, SQL
         std::memcpy(out, &number, sizeof(number));
         return SQLRETURN{SQL_SUCCESS};
     };
+    const DriverState& state = State();
     switch (info) {
     case SQL_DATABASE_NAME:
-        return putText(settings.database.empty() ? connection.source : settings.database);
+        return putText(state.database.empty() ? connection.source : state.database);
     case SQL_DBMS_NAME:
-        return putText(!settings.dbms.empty() ? settings.dbms
-                       : settings.isAccess    ? "ACCESS"
-                                              : "Microsoft SQL Server");
+        return putText(!state.dbms.empty() ? state.dbms : state.isAccess ? "ACCESS" : "Microsoft SQL Server");
     case SQL_USER_NAME:
         return putText(connection.user);
     case SQL_DRIVER_ODBC_VER:
         return putText("03.52");
     case SQL_GETDATA_EXTENSIONS:
-        return putNumber(SQLUINTEGER{settings.extensions.value_or(settings.isAccess ? 15 : SQL_GD_BLOCK)});
+        return putNumber(SQLUINTEGER{Extensions()});
     case SQL_CURSOR_COMMIT_BEHAVIOR:
     case SQL_CURSOR_ROLLBACK_BEHAVIOR:
         return putNumber(SQLUSMALLINT{SQL_CB_CLOSE});
@@ -391,122 +381,115 @@ SQLRETURN GetInfo(Connection& connection, SQLUSMALLINT info, SQLPOINTER out, SQL
     }
 }
 
-/// Columns of a catalogue call: text but for those that are given as numbers.
-std::vector<int> CatalogueTypes(std::size_t width, std::initializer_list<std::size_t> numbers) {
-    std::vector<int> types(width, SQL_CHAR);
-    for (const std::size_t number : numbers) {
-        types[number - 1] = SQL_INTEGER;
-    }
-    return types;
-}
-
 } // namespace
+
+extern "C" __attribute__((visibility("default"))) DriverState* GetDriverState() {
+    State().dropTables = [] { AllTables().clear(); };
+    return &State();
+}
 
 #define ENTRY extern "C" __attribute__((visibility("default"))) SQLRETURN
 
 ENTRY SQLAllocHandle(SQLSMALLINT type, SQLHANDLE input, SQLHANDLE* output) {
-    const std::lock_guard lock(Shim::Get().guard);
     static auto* const root = new Handle('D'); // stands for the driver
-    Shim::Get().dropTables = [] { AllTables().clear(); };
     *output = nullptr;
-    SQLHANDLE parent = type == SQL_HANDLE_ENV ? root : input;
-    return Enter<Handle>("SQLAllocHandle", parent, ' ' + NameOf(Group::handleType, type),
-                         [&](Handle& object, std::string& line) {
-                             Handle* const handle =
-                                 type == SQL_HANDLE_ENV ? new Handle('E')
-                                 : type == SQL_HANDLE_DBC
-                                     ? new Connection
-                                     : static_cast<Handle*>(new Statement(static_cast<Connection&>(object)));
-                             line += ' ' + handle->Label();
-                             *output = handle;
-                         });
+    const auto make = [&](Handle& parent) {
+        Handle* handle = nullptr;
+        if (type == SQL_HANDLE_STMT) {
+            handle = new Statement(static_cast<Connection&>(parent));
+        } else {
+            handle = type == SQL_HANDLE_ENV ? new Handle('E') : new Connection;
+        }
+        RecordResult(' ' + handle->label);
+        *output = handle;
+    };
+    return Enter<Handle>(__func__, type == SQL_HANDLE_ENV ? root : input,
+                         Listed(NameOf(Group::handleType, type)), make);
 }
 
 ENTRY SQLFreeHandle(SQLSMALLINT, SQLHANDLE handle) {
-    const std::lock_guard lock(Shim::Get().guard);
-    const SQLRETURN result = Enter<Handle>("SQLFreeHandle", handle, {}, [](Handle&, std::string&) {});
+    const SQLRETURN result = Enter<Handle>(__func__, handle, {}, [](Handle&) {});
     if (SQL_SUCCEEDED(result)) {
         delete static_cast<Handle*>(handle);
     }
     return result;
 }
 
-ENTRY SQLSetEnvAttr(SQLHENV environment, SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER) {
-    return Enter<Handle>("SQLSetEnvAttr", environment, AttributeArguments(attribute, value),
-                         [](Handle&, std::string&) {});
+ENTRY SQLSetEnvAttr(SQLHENV handle, SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER) {
+    return Enter<Handle>(__func__, handle, Listed(NameOf(Group::attribute, attribute), NumberOf(value)),
+                         [](Handle&) {});
 }
 
-ENTRY SQLSetConnectAttrW(SQLHDBC connection, SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER) {
-    return Enter<Connection>("SQLSetConnectAttrW", connection, AttributeArguments(attribute, value),
-                             [&](Connection& object, std::string&) {
-                                 if (attribute == SQL_ATTR_AUTOCOMMIT) {
-                                     const bool isOn = NumberOf(value) == SQL_AUTOCOMMIT_ON;
-                                     if (isOn && !object.isAutocommit) {
-                                         object.EndTransaction(true);
-                                     }
-                                     object.isAutocommit = isOn;
-                                 }
-                             });
+ENTRY SQLSetConnectAttrW(SQLHDBC handle, SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER) {
+    const auto set = [&](Connection& connection) {
+        if (attribute == SQL_ATTR_AUTOCOMMIT) {
+            const bool isOn = NumberOf(value) == SQL_AUTOCOMMIT_ON;
+            if (isOn && !connection.isAutocommit) {
+                connection.EndTransaction(true);
+            }
+            connection.isAutocommit = isOn;
+        }
+    };
+    return Enter<Connection>(__func__, handle, Listed(NameOf(Group::attribute, attribute), NumberOf(value)),
+                             set);
 }
 
-ENTRY SQLConnectW(SQLHDBC connection, SQLWCHAR* source, SQLSMALLINT sourceLength, SQLWCHAR* user,
+ENTRY SQLConnectW(SQLHDBC handle, SQLWCHAR* source, SQLSMALLINT sourceLength, SQLWCHAR* user,
                   SQLSMALLINT userLength, SQLWCHAR* password, SQLSMALLINT passwordLength) {
-    return Enter<Connection>("SQLConnectW", connection,
-                             QuoteArgument(source, sourceLength) + QuoteArgument(user, userLength) +
-                                 QuoteArgument(password, passwordLength),
-                             [&](Connection& object, std::string&) {
-                                 object.source = TextFrom(source, sourceLength);
-                                 object.user = TextFrom(user, userLength);
-                             });
+    const auto connect = [&](Connection& connection) {
+        connection.source = TextFrom(source, sourceLength);
+        connection.user = TextFrom(user, userLength);
+    };
+    return Enter<Connection>(
+        __func__, handle,
+        Listed(Quoted(source, sourceLength), Quoted(user, userLength), Quoted(password, passwordLength)),
+        connect);
 }
 
-ENTRY SQLDriverConnectW(SQLHDBC connection, SQLHWND, SQLWCHAR* in, SQLSMALLINT inLength, SQLWCHAR* out,
+ENTRY SQLDriverConnectW(SQLHDBC handle, SQLHWND, SQLWCHAR* in, SQLSMALLINT inLength, SQLWCHAR* out,
                         SQLSMALLINT room, SQLSMALLINT* outLength, SQLUSMALLINT completion) {
-    return Enter<Connection>("SQLDriverConnectW", connection,
-                             QuoteArgument(in, inLength) + " room " + std::to_string(room) + " completion " +
-                                 std::to_string(completion),
-                             [&](Connection& object, std::string&) {
-                                 const std::string text = TextFrom(in, inLength);
-                                 object.source = ValueOfKey(text, "DBQ");
-                                 object.user = ValueOfKey(text, "UID");
-                                 return ResultOf(object, PutText(text, out, room, outLength));
-                             });
+    const auto connect = [&](Connection& connection) {
+        const std::string text = TextFrom(in, inLength);
+        connection.source = ValueOf("DBQ", text);
+        connection.user = ValueOf("UID", text);
+        return ResultOf(connection, PutText(text, out, room, outLength));
+    };
+    return Enter<Connection>(__func__, handle,
+                             Listed(Quoted(in, inLength), "room", room, "completion", completion), connect);
 }
 
-ENTRY SQLDisconnect(SQLHDBC connection) {
-    return Enter<Connection>("SQLDisconnect", connection, {}, [](Connection& object, std::string&) {
-        if (object.before) {
+ENTRY SQLDisconnect(SQLHDBC handle) {
+    return Enter<Connection>(__func__, handle, {}, [](Connection& connection) {
+        if (connection.before) {
             Fail("25000", "A transaction is still open.");
         }
-        while (!object.statements.empty()) {
-            delete *object.statements.begin();
+        while (!connection.statements.empty()) {
+            delete *connection.statements.begin();
         }
-        object.isAutocommit = true;
+        connection.isAutocommit = true;
     });
 }
 
-ENTRY SQLGetInfoW(SQLHDBC connection, SQLUSMALLINT info, SQLPOINTER out, SQLSMALLINT room,
-                  SQLSMALLINT* length) {
+ENTRY SQLGetInfoW(SQLHDBC handle, SQLUSMALLINT info, SQLPOINTER out, SQLSMALLINT room, SQLSMALLINT* length) {
     return Enter<Connection>(
-        "SQLGetInfoW", connection, ' ' + NameOf(Group::info, info) + " room " + std::to_string(room),
-        [&](Connection& object, std::string&) { return GetInfo(object, info, out, room, length); });
+        __func__, handle, Listed(NameOf(Group::info, info), "room", room),
+        [&](Connection& connection) { return GetInfo(connection, info, out, room, length); });
 }
 
 ENTRY SQLEndTran(SQLSMALLINT, SQLHANDLE handle, SQLSMALLINT completion) {
-    return Enter<Connection>(
-        "SQLEndTran", handle, completion == SQL_COMMIT ? " SQL_COMMIT" : " SQL_ROLLBACK",
-        [&](Connection& object, std::string&) { object.EndTransaction(completion == SQL_COMMIT); });
+    const bool commits = completion == SQL_COMMIT;
+    return Enter<Connection>(__func__, handle, commits ? " SQL_COMMIT" : " SQL_ROLLBACK",
+                             [&](Connection& connection) { connection.EndTransaction(commits); });
 }
 
 /// Not in the record: the driver manager asks on its own account.
 ENTRY SQLGetDiagRecW(SQLSMALLINT, SQLHANDLE handle, SQLSMALLINT number, SQLWCHAR* state, SQLINTEGER* native,
                      SQLWCHAR* text, SQLSMALLINT room, SQLSMALLINT* length) {
-    const std::lock_guard lock(Shim::Get().guard);
-    const std::vector<Failure>& records = static_cast<Handle*>(handle)->diagnostics;
+    const std::vector<Diagnostic>& records = static_cast<Handle*>(handle)->diagnostics;
     if (number < 1 || static_cast<std::size_t>(number) > records.size()) {
         return SQL_NO_DATA;
     }
-    const Failure& record = records[static_cast<std::size_t>(number) - 1];
+    const Diagnostic& record = records[static_cast<std::size_t>(number) - 1];
     PutText(record.state, state, SQL_SQLSTATE_SIZE + 1, nullptr);
     *native = record.native;
     return PutText(record.text, text, room, length) ? SQL_SUCCESS : SQL_SUCCESS_WITH_INFO;
@@ -518,132 +501,128 @@ ENTRY SQLGetDiagFieldW(SQLSMALLINT, SQLHANDLE, SQLSMALLINT, SQLSMALLINT, SQLPOIN
     return SQL_NO_DATA;
 }
 
-ENTRY SQLExecDirectW(SQLHSTMT statement, SQLWCHAR* sql, SQLINTEGER length) {
-    return Enter<Statement>(
-        "SQLExecDirectW", statement, QuoteArgument(sql, length),
-        [&](Statement& object, std::string&) { return object.Start(TextFrom(sql, length)); });
+ENTRY SQLExecDirectW(SQLHSTMT handle, SQLWCHAR* sql, SQLINTEGER length) {
+    return Enter<Statement>(__func__, handle, Listed(Quoted(sql, length)),
+                            [&](Statement& statement) { return statement.Start(TextFrom(sql, length)); });
 }
 
-ENTRY SQLGetTypeInfoW(SQLHSTMT statement, SQLSMALLINT type) {
-    return Enter<Statement>("SQLGetTypeInfoW", statement, ' ' + NameOf(Group::sqlType, type),
-                            [&](Statement& object, std::string&) {
+ENTRY SQLGetTypeInfoW(SQLHSTMT handle, SQLSMALLINT type) {
+    return Enter<Statement>(__func__, handle, Listed(NameOf(Group::sqlType, type)),
+                            [&](Statement& statement) {
                                 std::vector<Row> rows;
                                 for (const Type& each : Types()) {
                                     if (each.sqlType == type) {
                                         rows.push_back({testodbc::CellOf(each.name)});
                                     }
                                 }
-                                object.Show(CatalogueTypes(1, {}), std::move(rows));
+                                statement.Show({SQL_CHAR}, std::move(rows));
                             });
 }
 
-ENTRY SQLTablesW(SQLHSTMT statement, SQLWCHAR* catalog, SQLSMALLINT catalogLength, SQLWCHAR* schema,
+ENTRY SQLTablesW(SQLHSTMT handle, SQLWCHAR* catalog, SQLSMALLINT catalogLength, SQLWCHAR* schema,
                  SQLSMALLINT schemaLength, SQLWCHAR* table, SQLSMALLINT tableLength, SQLWCHAR* type,
                  SQLSMALLINT typeLength) {
-    return Enter<Statement>(
-        "SQLTablesW", statement,
-        QuoteArgument(catalog, catalogLength) + QuoteArgument(schema, schemaLength) +
-            QuoteArgument(table, tableLength) + QuoteArgument(type, typeLength),
-        [&](Statement& object, std::string&) {
-            std::vector<Row> rows;
-            if (TextFrom(type, typeLength) != "TABLE") { // each back-end has some of its own
-                rows.push_back({nullptr, nullptr, testodbc::CellOf(std::string("MSysObjects"))});
-            }
-            for (const auto& [name, each] : AllTables()) {
-                rows.push_back({nullptr, nullptr, testodbc::CellOf(name)});
-            }
-            object.Show(CatalogueTypes(3, {}), std::move(rows));
-        });
+    const auto show = [&](Statement& statement) {
+        std::vector<Row> rows;
+        if (TextFrom(type, typeLength) != "TABLE") { // each back-end has some of its own
+            rows.push_back({nullptr, nullptr, testodbc::CellOf(std::string("MSysObjects"))});
+        }
+        for (const auto& [name, each] : AllTables()) {
+            rows.push_back({nullptr, nullptr, testodbc::CellOf(name)});
+        }
+        statement.Show(std::vector<int>(3, SQL_CHAR), std::move(rows));
+    };
+    return Enter<Statement>(__func__, handle,
+                            Listed(Quoted(catalog, catalogLength), Quoted(schema, schemaLength),
+                                   Quoted(table, tableLength), Quoted(type, typeLength)),
+                            show);
 }
 
-ENTRY SQLColumnsW(SQLHSTMT statement, SQLWCHAR* catalog, SQLSMALLINT catalogLength, SQLWCHAR* schema,
+ENTRY SQLColumnsW(SQLHSTMT handle, SQLWCHAR* catalog, SQLSMALLINT catalogLength, SQLWCHAR* schema,
                   SQLSMALLINT schemaLength, SQLWCHAR* table, SQLSMALLINT tableLength, SQLWCHAR* column,
                   SQLSMALLINT columnLength) {
-    return Enter<Statement>("SQLColumnsW", statement,
-                            QuoteArgument(catalog, catalogLength) + QuoteArgument(schema, schemaLength) +
-                                QuoteArgument(table, tableLength) + QuoteArgument(column, columnLength),
-                            [&](Statement& object, std::string&) {
-                                std::vector<Row> rows;
-                                std::int32_t ordinal = 0;
-                                for (const Column& each : AllTables()[TextFrom(table, tableLength)].columns) {
-                                    Row& row = rows.emplace_back(17);
-                                    row[3] = testodbc::CellOf(each.name);
-                                    row[5] = testodbc::CellOf(each.type.name);
-                                    row[13] = testodbc::CellOf(std::int32_t{each.type.sqlType});
-                                    row[16] = testodbc::CellOf(++ordinal);
-                                }
-                                object.Show(CatalogueTypes(17, {14, 17}), std::move(rows));
+    const auto show = [&](Statement& statement) {
+        std::vector<int> types(17, SQL_CHAR);
+        types[13] = types[16] = SQL_INTEGER;
+        std::vector<Row> rows;
+        for (const Column& each : AllTables()[TextFrom(table, tableLength)].columns) {
+            Row& row = rows.emplace_back(types.size());
+            row[3] = testodbc::CellOf(each.name);
+            row[5] = testodbc::CellOf(each.type.name);
+            row[13] = testodbc::CellOf(std::int32_t{each.type.sqlType});
+            row[16] = testodbc::CellOf(static_cast<std::int32_t>(rows.size()));
+        }
+        statement.Show(types, std::move(rows));
+    };
+    return Enter<Statement>(__func__, handle,
+                            Listed(Quoted(catalog, catalogLength), Quoted(schema, schemaLength),
+                                   Quoted(table, tableLength), Quoted(column, columnLength)),
+                            show);
+}
+
+ENTRY SQLBindCol(SQLHSTMT handle, SQLUSMALLINT column, SQLSMALLINT cType, SQLPOINTER data, SQLLEN room,
+                 SQLLEN* indicator) {
+    return Enter<Statement>(__func__, handle, Listed(column, NameOf(Group::cType, cType), "room", room),
+                            [&](Statement& statement) {
+                                statement.columns[column] = {cType, data, room, indicator};
                             });
 }
 
-ENTRY SQLBindCol(SQLHSTMT statement, SQLUSMALLINT column, SQLSMALLINT cType, SQLPOINTER data, SQLLEN room,
+ENTRY SQLFetch(SQLHSTMT handle) {
+    return Enter<Statement>(__func__, handle, {}, [](Statement& statement) { return statement.Fetch(); });
+}
+
+ENTRY SQLGetData(SQLHSTMT handle, SQLUSMALLINT column, SQLSMALLINT cType, SQLPOINTER data, SQLLEN room,
                  SQLLEN* indicator) {
-    return Enter<Statement>("SQLBindCol", statement, BufferArguments(column, cType, room),
-                            [&](Statement& object, std::string&) {
-                                object.columns[column] = {cType, data, room, indicator};
-                            });
+    const auto get = [&](Statement& statement) {
+        const SQLRETURN result = statement.GetData(column, {cType, data, room, indicator});
+        if (indicator != nullptr && SQL_SUCCEEDED(result)) {
+            RecordResult(" indicator " + NameOf(Group::length, *indicator));
+        }
+        return result;
+    };
+    return Enter<Statement>(__func__, handle, Listed(column, NameOf(Group::cType, cType), "room", room), get);
 }
 
-ENTRY SQLFetch(SQLHSTMT statement) {
-    return Enter<Statement>("SQLFetch", statement, {},
-                            [](Statement& object, std::string&) { return object.Fetch(); });
-}
-
-ENTRY SQLGetData(SQLHSTMT statement, SQLUSMALLINT column, SQLSMALLINT cType, SQLPOINTER data, SQLLEN room,
-                 SQLLEN* indicator) {
-    return Enter<Statement>(
-        "SQLGetData", statement, BufferArguments(column, cType, room),
-        [&](Statement& object, std::string& line) {
-            const SQLRETURN result = object.GetData(column, {cType, data, room, indicator});
-            if (indicator != nullptr && SQL_SUCCEEDED(result)) {
-                line += " indicator " + NameOf(Group::length, *indicator);
-            }
-            return result;
-        });
-}
-
-ENTRY SQLBindParameter(SQLHSTMT statement, SQLUSMALLINT number, SQLSMALLINT direction, SQLSMALLINT cType,
+ENTRY SQLBindParameter(SQLHSTMT handle, SQLUSMALLINT number, SQLSMALLINT, SQLSMALLINT cType,
                        SQLSMALLINT sqlType, SQLULEN size, SQLSMALLINT digits, SQLPOINTER data, SQLLEN room,
                        SQLLEN* indicator) {
-    const std::string arguments = ' ' + std::to_string(number) + ' ' + NameOf(Group::cType, cType) + ' ' +
-                                  NameOf(Group::sqlType, sqlType) + " size " + std::to_string(size) +
-                                  " digits " + std::to_string(digits) + " room " + std::to_string(room);
-    return Enter<Statement>("SQLBindParameter", statement, arguments, [&](Statement& object, std::string&) {
-        if (direction != SQL_PARAM_INPUT) {
-            Fail("HYC00", "parameters are for input only");
-        }
-        object.parameters[number] = {cType, data, room, indicator, sqlType, size};
-    });
+    return Enter<Statement>(__func__, handle,
+                            Listed(number, NameOf(Group::cType, cType), NameOf(Group::sqlType, sqlType),
+                                   "size", size, "digits", digits, "room", room),
+                            [&](Statement& statement) {
+                                statement.parameters[number] = {cType, data, room, indicator, sqlType, size};
+                            });
 }
 
-ENTRY SQLParamData(SQLHSTMT statement, SQLPOINTER* data) {
-    return Enter<Statement>("SQLParamData", statement, {},
-                            [&](Statement& object, std::string&) { return object.NextParameter(data); });
+ENTRY SQLParamData(SQLHSTMT handle, SQLPOINTER* data) {
+    return Enter<Statement>(__func__, handle, {},
+                            [&](Statement& statement) { return statement.NextParameter(data); });
 }
 
-ENTRY SQLPutData(SQLHSTMT statement, SQLPOINTER data, SQLLEN length) {
-    return Enter<Statement>("SQLPutData", statement, ' ' + NameOf(Group::length, length),
-                            [&](Statement& object, std::string& line) { object.Put(data, length, line); });
+ENTRY SQLPutData(SQLHSTMT handle, SQLPOINTER data, SQLLEN length) {
+    return Enter<Statement>(__func__, handle, Listed(NameOf(Group::length, length)),
+                            [&](Statement& statement) { statement.Put(data, length); });
 }
 
-ENTRY SQLFreeStmt(SQLHSTMT statement, SQLUSMALLINT option) {
-    return Enter<Statement>("SQLFreeStmt", statement, ' ' + NameOf(Group::option, option),
-                            [&](Statement& object, std::string&) {
+ENTRY SQLFreeStmt(SQLHSTMT handle, SQLUSMALLINT option) {
+    return Enter<Statement>(__func__, handle, Listed(NameOf(Group::option, option)),
+                            [&](Statement& statement) {
                                 if (option == SQL_CLOSE) {
-                                    object.Close();
+                                    statement.Close();
                                 } else if (option == SQL_UNBIND) {
-                                    object.columns.clear();
+                                    statement.columns.clear();
                                 } else {
-                                    object.parameters.clear();
+                                    statement.parameters.clear();
                                 }
                             });
 }
 
-ENTRY SQLCloseCursor(SQLHSTMT statement) {
-    return Enter<Statement>("SQLCloseCursor", statement, {}, [](Statement& object, std::string&) {
-        if (object.result.types.empty()) {
+ENTRY SQLCloseCursor(SQLHSTMT handle) {
+    return Enter<Statement>(__func__, handle, {}, [](Statement& statement) {
+        if (statement.result.types.empty()) {
             Fail("24000", "no cursor is open");
         }
-        object.Close();
+        statement.Close();
     });
 }

@@ -10,10 +10,6 @@ namespace testodbc {
 
 namespace {
 
-[[noreturn]] void Fail(std::string state, std::string text) {
-    throw Failure{std::move(state), std::move(text)};
-}
-
 template <typename T>
 std::string Image(T value) {
     return {reinterpret_cast<const char*>(&value), sizeof(value)};
@@ -21,24 +17,16 @@ std::string Image(T value) {
 
 /// The C type whose bytes a column keeps.
 int OwnCType(int sqlType) {
-    switch (sqlType) {
-    case SQL_BIT:
-        return SQL_C_BIT;
-    case SQL_INTEGER:
-    case SQL_DECIMAL:
-        return SQL_C_SLONG;
-    case SQL_FLOAT:
-    case SQL_DOUBLE:
-        return SQL_C_DOUBLE;
-    case SQL_GUID:
-        return SQL_C_GUID;
-    case SQL_WLONGVARCHAR:
-        return SQL_C_WCHAR;
-    case SQL_LONGVARBINARY:
-        return SQL_C_BINARY;
-    default:
-        return SQL_C_CHAR;
-    }
+    static const std::map<int, int> types = {{SQL_BIT, SQL_C_BIT},
+                                             {SQL_INTEGER, SQL_C_SLONG},
+                                             {SQL_DECIMAL, SQL_C_SLONG},
+                                             {SQL_FLOAT, SQL_C_DOUBLE},
+                                             {SQL_DOUBLE, SQL_C_DOUBLE},
+                                             {SQL_GUID, SQL_C_GUID},
+                                             {SQL_WLONGVARCHAR, SQL_C_WCHAR},
+                                             {SQL_LONGVARBINARY, SQL_C_BINARY},
+                                             {SQL_CHAR, SQL_C_CHAR}};
+    return types.at(sqlType);
 }
 
 Cell FromLiteral(const std::string& literal, int sqlType) {
@@ -76,82 +64,70 @@ std::string TextOfGuid(const std::string& guid) {
     return text + "}";
 }
 
-/// The parts of a list, without brackets.
 std::vector<std::string> Split(const std::string& list, const std::string& separator) {
     std::vector<std::string> items;
     for (std::size_t at = 0; at <= list.size();) {
         const std::size_t end = std::min(list.find(separator, at), list.size());
         items.push_back(list.substr(at, end - at));
-        std::erase_if(items.back(), [](char c) { return c == '[' || c == ']'; });
         at = end + separator.size();
     }
     return items;
 }
 
+/// Without brackets, and in SQL Server's case without what Access does not know.
+std::string Plain(std::string sql) {
+    const auto cut = [&sql](std::string_view part) {
+        for (std::size_t at = sql.find(part); at != std::string::npos; at = sql.find(part, at)) {
+            sql.erase(at, part.size());
+        }
+    };
+    if (!State().isAccess) {
+        for (const char* const part :
+             {"[dbo].", "NONCLUSTERED ", " ON [PRIMARY]", " WITH (ROWLOCK) ", " WITH (NOLOCK) "}) {
+            cut(part);
+        }
+    }
+    for (const char* const part : {"[", "]", ";"}) {
+        cut(part);
+    }
+    return sql;
+}
+
 /// One statement at work.
 class Executor {
 public:
-    Executor(Tables& tables, const std::string& sql, const std::vector<Argument>& arguments)
-        : m_tables(tables), m_sql(sql), m_arguments(arguments) {}
+    Executor(Tables& tables, const std::vector<Argument>& arguments)
+        : m_tables(tables), m_arguments(arguments) {}
 
-    Result Run() {
-        const auto shape = [](const char* text) {
-            // "%" stands for a name.
-            return std::regex(
-                std::regex_replace(std::string(text), std::regex("%"), "\\[?([^\\s\\[\\]().,]+)\\]?"));
+    Result Run(const std::string& sql) {
+        struct Shape {
+            std::regex text;
+            Result (Executor::*run)(const Parts& parts);
         };
-        static const std::regex createTable = shape(R"(CREATE TABLE (\[dbo\]\.)?% \((.+)\))");
-        static const std::regex createIndex = shape(
-            R"(CREATE UNIQUE (NONCLUSTERED )?INDEX \S+ ON % \(\[groupID\] ASC, \[objectID\] ASC\)( ON \[PRIMARY\])?)");
-        static const std::regex addColumns = shape("ALTER TABLE % ADD (.+)");
-        static const std::regex insert =
-            shape(R"(INSERT INTO %( WITH \(ROWLOCK\) )? \((.+)\) VALUES \((.+)\))");
-        static const std::regex update = shape(R"(UPDATE %( WITH \(ROWLOCK\) )? SET (.+?)( WHERE (.+))?)");
-        static const std::regex remove = shape("DELETE FROM %( WHERE (.+))?");
-        static const std::regex count = shape(R"(SELECT COUNT\((\S+)\) FROM %)");
-        static const std::regex select = shape(R"(SELECT (.+) FROM %( WITH \(NOLOCK\) )?( WHERE (.+?))?;?)");
-        if (Is(createTable)) {
-            RefuseInAccess(1);
-            return CreateTable(Part(2), Part(3));
+        static const Shape shapes[] = {
+            {std::regex(R"(CREATE TABLE (\S+) \((.+)\))"), &Executor::CreateTable},
+            {std::regex(R"(CREATE UNIQUE INDEX \S+ ON (\S+) \(groupID ASC, objectID ASC\))"),
+             &Executor::CreateIndex},
+            {std::regex(R"(ALTER TABLE (\S+) ADD (.+))"), &Executor::AddColumns},
+            {std::regex(R"(INSERT INTO (\S+) \((.+)\) VALUES \((.+)\))"), &Executor::Insert},
+            {std::regex(R"(UPDATE (\S+) SET (.+?)(?: WHERE (.+))?)"), &Executor::Update},
+            {std::regex(R"(DELETE FROM (\S+)(?: WHERE (.+))?)"), &Executor::Delete},
+            {std::regex(R"(SELECT COUNT\((\S+)\) FROM (\S+))"), &Executor::Count},
+            {std::regex(R"(SELECT \* FROM (\S+)(?: WHERE (.+))?)"), &Executor::SelectAll},
+            {std::regex(R"(SELECT (\S+) FROM (\S+)(?: WHERE (.+))?)"), &Executor::SelectOne},
+        };
+        const std::string plain = Plain(sql);
+        for (const Shape& shape : shapes) {
+            std::smatch match;
+            if (std::regex_match(plain, match, shape.text)) {
+                return (this->*shape.run)(Parts(match.begin(), match.end()));
+            }
         }
-        if (Is(createIndex)) {
-            RefuseInAccess(1);
-            RefuseInAccess(3);
-            return CreateIndex(Part(2));
-        }
-        if (Is(addColumns)) {
-            return AddColumns(Part(1), Part(2));
-        }
-        if (Is(insert)) {
-            RefuseInAccess(2);
-            return Insert(Part(1), Split(Part(3), ", "), Split(Part(4), ", "));
-        }
-        if (Is(update)) {
-            RefuseInAccess(2);
-            return Update(Part(1), Split(Part(3), ", "), Part(5));
-        }
-        if (Is(remove)) {
-            return Delete(Part(1), Part(3));
-        }
-        if (Is(count)) {
-            return Count(Part(2), Part(1));
-        }
-        if (Is(select)) {
-            RefuseInAccess(3);
-            return Select(Split(Part(1), ", "), Part(2), Part(5));
-        }
-        Refuse();
+        Fail("42000", "Syntax error in the statement: " + sql);
     }
 
 private:
-    bool Is(const std::regex& shape) { return std::regex_match(m_sql, m_parts, shape); }
-    std::string Part(std::size_t number) const { return m_parts[number]; }
-    void RefuseInAccess(std::size_t part) const {
-        if (m_parts[part].matched && Shim::Get().settings.isAccess) {
-            Refuse();
-        }
-    }
-    [[noreturn]] void Refuse() const { Fail("42000", "Syntax error in the statement: " + m_sql); }
+    using Parts = std::vector<std::string>; ///< the whole, then the groups of the shape
 
     Table& Existing(const std::string& name) const {
         const auto found = m_tables.find(name);
@@ -170,119 +146,101 @@ private:
         return static_cast<std::size_t>(found - table.columns.begin());
     }
 
-    void Define(Table& table, const std::string& definitions) const {
+    static void Define(Table& table, const std::string& definitions) {
         for (const std::string& definition : Split(definitions, ", ")) {
             const std::vector<std::string> words = Split(definition, " ");
             const std::vector<Type> types = Types();
-            const auto type = std::find_if(types.begin(), types.end(), [&](const Type& each) {
-                return words.size() > 1 && each.name == words[1];
-            });
+            const auto type = std::find_if(types.begin(), types.end(),
+                                           [&](const Type& each) { return each.name == words.at(1); });
             if (type == types.end()) {
-                Refuse();
-            }
-            if (std::any_of(table.columns.begin(), table.columns.end(),
-                            [&](const Column& each) { return each.name == words[0]; })) {
-                Fail("42S21", "Column '" + words[0] + "' already exists.");
+                Fail("42000", "Syntax error in field definition: " + definition);
             }
             table.columns.push_back({words[0], *type, words.size() == 4}); // NOT NULL or PRIMARY KEY
         }
+        for (Row& row : table.rows) {
+            row.resize(table.columns.size());
+        }
     }
 
-    Result CreateTable(const std::string& name, const std::string& definitions) {
-        if (m_tables.count(name) != 0) {
-            Fail("42S01", "Table '" + name + "' already exists.");
+    Result CreateTable(const Parts& parts) {
+        if (m_tables.count(parts[1]) != 0) {
+            Fail("42S01", "Table '" + parts[1] + "' already exists.");
         }
         Table table;
-        Define(table, definitions);
-        m_tables[name] = std::move(table);
+        Define(table, parts[2]);
+        m_tables[parts[1]] = std::move(table);
         return {};
     }
 
-    Result CreateIndex(const std::string& name) const {
-        Table changed = Existing(name);
+    Result CreateIndex(const Parts& parts) {
+        Table changed = Existing(parts[1]);
         changed.hasUniqueKey = true;
-        return Keep(name, std::move(changed), -1);
+        return Keep(parts[1], std::move(changed), -1);
     }
 
-    Result AddColumns(const std::string& name, const std::string& definitions) const {
-        Table changed = Existing(name);
-        Define(changed, definitions);
-        for (Row& row : changed.rows) {
-            row.resize(changed.columns.size());
-        }
-        return Keep(name, std::move(changed), -1);
+    Result AddColumns(const Parts& parts) {
+        Table changed = Existing(parts[1]);
+        Define(changed, parts[2]);
+        return Keep(parts[1], std::move(changed), -1);
     }
 
-    Result Insert(const std::string& name, const std::vector<std::string>& columns,
-                  const std::vector<std::string>& values) {
-        Table changed = Existing(name);
-        if (columns.size() != values.size()) {
-            Fail("21S01", "not as many values as columns");
-        }
+    Result Insert(const Parts& parts) {
+        Table changed = Existing(parts[1]);
+        const Parts columns = Split(parts[2], ", ");
+        const Parts values = Split(parts[3], ", ");
         Row row(changed.columns.size());
         for (std::size_t i = 0; i < columns.size(); ++i) {
-            Set(changed, row, columns[i], values[i]);
+            Set(changed, row, columns[i], values.at(i));
         }
         changed.rows.push_back(std::move(row));
-        return Keep(name, std::move(changed), 1);
+        return Keep(parts[1], std::move(changed), 1);
     }
 
-    Result Update(const std::string& name, const std::vector<std::string>& changes,
-                  const std::string& where) {
-        Table changed = Existing(name);
+    Result Update(const Parts& parts) {
+        Table changed = Existing(parts[1]);
         long affected = 0;
         for (Row& row : changed.rows) {
-            if (Matches(changed, row, where)) {
+            if (Matches(changed, row, parts[3])) {
                 ++affected;
                 m_marker = 0;
-                for (const std::string& change : changes) {
-                    const std::size_t equals = change.find(" = ");
-                    Set(changed, row, change.substr(0, equals),
-                        change.substr(std::min(change.size(), equals + 3)));
+                for (const std::string& change : Split(parts[2], ", ")) {
+                    const Parts sides = Split(change, " = ");
+                    Set(changed, row, sides[0], sides.at(1));
                 }
             }
         }
-        return Keep(name, std::move(changed), affected);
+        return Keep(parts[1], std::move(changed), affected);
     }
 
-    Result Delete(const std::string& name, const std::string& where) const {
-        Table changed = Existing(name);
+    Result Delete(const Parts& parts) {
+        Table changed = Existing(parts[1]);
         const std::size_t affected =
-            std::erase_if(changed.rows, [&](const Row& row) { return Matches(changed, row, where); });
-        return Keep(name, std::move(changed), static_cast<long>(affected));
+            std::erase_if(changed.rows, [&](const Row& row) { return Matches(changed, row, parts[2]); });
+        return Keep(parts[1], std::move(changed), static_cast<long>(affected));
     }
 
-    Result Count(const std::string& name, const std::string& column) const {
-        const Table& table = Existing(name);
-        const std::size_t at = PositionOf(table, column);
-        const auto count = std::count_if(table.rows.begin(), table.rows.end(),
-                                         [at](const Row& row) { return row[at] != nullptr; });
-        return {{SQL_INTEGER}, {{CellOf(static_cast<std::int32_t>(count))}}, -1};
+    Result Count(const Parts& parts) {
+        const Result rows = SelectOne({parts[0], parts[1], parts[2], {}});
+        return {{SQL_INTEGER}, {{CellOf(static_cast<std::int32_t>(rows.rows.size()))}}, -1};
     }
 
-    Result Select(const std::vector<std::string>& columns, const std::string& name,
-                  const std::string& where) const {
-        const Table& table = Existing(name);
-        std::vector<std::size_t> positions;
-        for (std::size_t i = 0; i < table.columns.size(); ++i) {
-            positions.push_back(i);
-        }
-        if (columns != std::vector<std::string>{"*"}) {
-            positions.resize(columns.size());
-            std::transform(columns.begin(), columns.end(), positions.begin(),
-                           [&](const std::string& column) { return PositionOf(table, column); });
-        }
+    Result SelectAll(const Parts& parts) {
+        const Table& table = Existing(parts[1]);
         Result result;
-        for (const std::size_t position : positions) {
-            result.types.push_back(table.columns[position].type.sqlType);
+        for (const Column& column : table.columns) {
+            result.types.push_back(column.type.sqlType);
         }
-        for (const Row& row : table.rows) {
-            if (Matches(table, row, where)) {
-                Row& chosen = result.rows.emplace_back();
-                for (const std::size_t position : positions) {
-                    chosen.push_back(row[position]);
-                }
-            }
+        std::copy_if(table.rows.begin(), table.rows.end(), std::back_inserter(result.rows),
+                     [&](const Row& row) { return Matches(table, row, parts[2]); });
+        return result;
+    }
+
+    Result SelectOne(const Parts& parts) {
+        Result result = SelectAll({parts[0], parts[2], parts[3]});
+        const std::size_t position = PositionOf(Existing(parts[2]), parts[1]);
+        result.types = {result.types[position]};
+        for (Row& row : result.rows) {
+            row = {row[position]};
         }
         return result;
     }
@@ -305,7 +263,7 @@ private:
 
     /// Conditions that are all to hold: column = literal.
     static bool Matches(const Table& table, const Row& row, const std::string& where) {
-        static const std::regex equal("\\[?(\\w+)\\]? = (\\S+)");
+        static const std::regex equal("(\\w+) = (\\S+)");
         for (std::sregex_iterator at(where.begin(), where.end(), equal), end; at != end; ++at) {
             const std::size_t position = PositionOf(table, (*at)[1]);
             const Cell wanted = FromLiteral((*at)[2], table.columns[position].type.sqlType);
@@ -336,9 +294,7 @@ private:
     }
 
     Tables& m_tables;
-    const std::string& m_sql;
     const std::vector<Argument>& m_arguments;
-    std::smatch m_parts;
     std::size_t m_marker = 0;
 };
 
@@ -353,37 +309,28 @@ Cell CellOf(std::int32_t number) {
 }
 
 std::vector<Type> Types() {
-    static const std::vector<Type> access = {
-        {"GUID", SQL_GUID},       {"LONGCHAR", SQL_WLONGVARCHAR},
-        {"BIT", SQL_BIT},         {"LONGBINARY", SQL_LONGVARBINARY},
-        {"CHAR", SQL_CHAR},       {"DECIMAL", SQL_DECIMAL},
-        {"INTEGER", SQL_INTEGER}, {"COUNTER", SQL_INTEGER},
-        {"FLOAT", SQL_FLOAT},     {"DOUBLE", SQL_DOUBLE},
-    };
+    static const std::vector<Type> access = {{"GUID", SQL_GUID},       {"LONGCHAR", SQL_WLONGVARCHAR},
+                                             {"BIT", SQL_BIT},         {"LONGBINARY", SQL_LONGVARBINARY},
+                                             {"CHAR", SQL_CHAR},       {"DECIMAL", SQL_DECIMAL},
+                                             {"INTEGER", SQL_INTEGER}, {"COUNTER", SQL_INTEGER},
+                                             {"FLOAT", SQL_FLOAT},     {"DOUBLE", SQL_DOUBLE}};
     // No row for SQL_DOUBLE: float is the ODBC type of that name.
-    static const std::vector<Type> sqlServer = {
-        {"uniqueidentifier", SQL_GUID},
-        {"ntext", SQL_WLONGVARCHAR},
-        {"bit", SQL_BIT},
-        {"image", SQL_LONGVARBINARY},
-        {"char", SQL_CHAR},
-        {"decimal", SQL_DECIMAL},
-        {"int", SQL_INTEGER},
-        {"int identity", SQL_INTEGER},
-        {"float", SQL_FLOAT},
-    };
-    const Settings& settings = Shim::Get().settings;
-    std::vector<Type> types = settings.isAccess ? access : sqlServer;
-    std::erase_if(types, [&](const Type& type) { return settings.missingTypes.count(type.sqlType) != 0; });
+    static const std::vector<Type> sqlServer = {{"uniqueidentifier", SQL_GUID},
+                                                {"ntext", SQL_WLONGVARCHAR},
+                                                {"bit", SQL_BIT},
+                                                {"image", SQL_LONGVARBINARY},
+                                                {"char", SQL_CHAR},
+                                                {"decimal", SQL_DECIMAL},
+                                                {"int", SQL_INTEGER},
+                                                {"int identity", SQL_INTEGER},
+                                                {"float", SQL_FLOAT}};
+    std::vector<Type> types = State().isAccess ? access : sqlServer;
+    std::erase_if(types, [](const Type& type) { return State().missingTypes.count(type.sqlType) != 0; });
     return types;
 }
 
-bool IsQuery(const std::string& sql) {
-    return sql.rfind("SELECT ", 0) == 0;
-}
-
 Result Execute(Tables& tables, const std::string& sql, const std::vector<Argument>& arguments) {
-    return Executor(tables, sql, arguments).Run();
+    return Executor(tables, arguments).Run(sql);
 }
 
 Cell ToC(int cType, int sqlType, const Cell& cell) {

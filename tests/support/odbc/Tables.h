@@ -52,7 +52,6 @@ struct Result {
     long affected = -1;
 };
 
-bool IsQuery(const std::string& sql);
 /// A statement that fails changes nothing.
 Result Execute(Tables& tables, const std::string& sql, const std::vector<Argument>& arguments);
 

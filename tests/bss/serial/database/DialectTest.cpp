@@ -27,8 +27,7 @@ std::string Quoted(const std::string& line) {
 class Dialect : public testing::TestWithParam<const char*> {
 protected:
     Dialect() : m_driver(TestDriver::Get()) {
-        m_driver.Clear();
-        m_driver.Script({std::string("flavour ") + GetParam()});
+        m_driver.Clear(GetParam());
     }
     bool IsAccess() const { return std::string(GetParam()) == "access"; }
 
@@ -82,8 +81,7 @@ TEST_P(Dialect, ConnectAsksForWhatItNeedsAndNoMore) {
 }
 
 TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
-    const std::string flavour = std::string("flavour ") + GetParam();
-    m_driver.Script({flavour, "without bit"});
+    m_driver.state.missingTypes = {-7}; // SQL_BIT
     EXPECT_NO_THROW(Connect());
     Sample sample;
     sample.Write(&m_database, 0, true);
@@ -91,8 +89,8 @@ TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
     EXPECT_NE(created.at(2).find("isOpen " + std::string(IsAccess() ? "CHAR" : "char") + " NULL"),
               std::string::npos)
         << created.at(2);
-    m_driver.Clear();
-    m_driver.Script({flavour, "without double", "without float"});
+    m_driver.Clear(GetParam());
+    m_driver.state.missingTypes = {8, 6}; // SQL_DOUBLE, SQL_FLOAT
     try {
         Connect();
         ADD_FAILURE() << "connected without any type for doubles";
@@ -204,7 +202,6 @@ TEST_P(Dialect, DeepWritesAreTwoTransactions) {
 
 /// After a failure at any call of a deep write, rows are as before it, and the next write succeeds.
 TEST_P(Dialect, NothingOfAFailedWriteStays) {
-    const std::string flavour = std::string("flavour ") + GetParam();
     Connect();
     Tree tree(1, 1, 2);
     tree.SetAll(1);
@@ -220,7 +217,7 @@ TEST_P(Dialect, NothingOfAFailedWriteStays) {
     for (const std::string call : {"SQLExecDirectW", "SQLEndTran", "SQLSetConnectAttrW", "SQLAllocHandle"}) {
         for (int n = 1; n <= 12; ++n) {
             SCOPED_TRACE(call + " " + std::to_string(n));
-            m_driver.Script({flavour, "fail " + call + " " + std::to_string(n) + " HY000 77 Out of order."});
+            m_driver.Fail(call, n, {"HY000", "Out of order.", 77});
             tree.SetAll(2);
             bool failed = false;
             try {
@@ -230,7 +227,7 @@ TEST_P(Dialect, NothingOfAFailedWriteStays) {
             } catch (const bss::WNestedException&) {
                 failed = true;
             }
-            m_driver.Script({flavour});
+            m_driver.state.rules.clear();
             if (failed) {
                 ++failures;
                 if (!m_database.IsConnected() || call == "SQLEndTran" || call == "SQLSetConnectAttrW") {
@@ -262,11 +259,12 @@ TEST(DialectFile, AccessFilesAreOpenedByTheirDriver) {
     EXPECT_EQ(database.GetConnectionType(), bss::WDatabase::connectionFile);
     EXPECT_EQ(database.GetDatabasePath(), L"/data/results.MDB");
 
-    driver.Script({"dbms ACCESS", "database /data/old.dat"});
+    driver.state.dbms = "ACCESS";
+    driver.state.database = "/data/old.dat";
     bss::WDatabase source;
     source.Connect(L"", L"", L"krtbss-test");
     EXPECT_EQ(source.GetDatabasePath(), L"/data/old.mdb"); // "ACCESS" is not "access"
-    driver.Script({"dbms access", "database /data/old.dat"});
+    driver.state.dbms = "access";
     EXPECT_EQ(source.GetDatabasePath(), L"/data/old.dat");
 }
 
