@@ -1,9 +1,12 @@
-// The row that the document of the format shows.
+// The row that the document of the format shows, and rows of older versions.
 
+#include "Everything.h"
 #include "Fixture.h"
 #include "Sample.h"
 
 #include <fstream>
+#include <map>
+#include <numeric>
 #include <sstream>
 
 namespace {
@@ -29,6 +32,59 @@ TEST_F(Format, TheRowOfTheDocumentIsWhatIsWritten) {
         EXPECT_EQ(Ask(L"SELECT " + shown + L" FROM Sample"), value) << column;
     }
     EXPECT_EQ(rows, 8);
+}
+
+TEST_F(Format, RowsOfOldVersionsAreReadAndWrittenAsTheyWere) {
+    std::ifstream file(KRTBSS_SOURCE_DIR "/tests/data/old_rows.txt");
+    std::map<long, std::wstring> checkSums; // by version; values as SQL has them
+    std::map<std::wstring, std::wstring> values = {{L"groupID", L"7"}, {L"objectID", L"1"}};
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream words(line);
+        std::string version;
+        std::string name;
+        std::string type;
+        std::string value;
+        if (line.find(" checkSum ") != std::string::npos) {
+            words >> version;
+        }
+        words >> name >> type >> value;
+        if (name == "#") {
+            continue;
+        }
+        const std::wstring wide(value.begin(), value.end());
+        const std::wstring sql = type == "blob"   ? L"x'" + wide + L"'"
+                                 : type == "text" ? L"CAST(x'" + wide + L"' AS TEXT)"
+                                                  : wide;
+        (version.empty() ? values[std::wstring(name.begin(), name.end())] : checkSums[std::stol(version)]) =
+            sql;
+    }
+    Everything written;
+    written.Fill();
+    written.narrow.resize(256);
+    std::iota(written.narrow.begin(), written.narrow.end(), '\0');
+    written.series = {0.5, 1e30F};
+    ASSERT_EQ(checkSums.size(), 4U);
+    for (const auto& [version, checkSum] : checkSums) {
+        SCOPED_TRACE(version);
+        values[L"m_nVersion"] = std::to_wstring(version);
+        values[L"checkSum"] = checkSum;
+        ASSERT_EQ(FailureOf([&] { written.Write(&m_database, version, true); }), "");
+        std::wstring names = L"RecID";
+        std::wstring list = L"'{}'";
+        for (const auto& [name, value] : values) {
+            EXPECT_EQ(Ask(L"SELECT COUNT(*) FROM Everything WHERE " + name + L" IS " + value), "1")
+                << krtpal::NarrowText(name);
+            names += L", " + name;
+            list += L", " + value;
+        }
+        ASSERT_TRUE(Execute(L"DELETE FROM Everything"));
+        ASSERT_TRUE(Execute(L"INSERT INTO Everything (" + names + L") VALUES (" + list + L")"));
+        Everything read;
+        EXPECT_EQ(FailureOf([&] { read.Read(&m_database, 0, true); }), "");
+        EXPECT_TRUE(read.IsSame(written));
+        EXPECT_EQ(read.GetVersion(), version);
+        ASSERT_TRUE(Execute(L"DELETE FROM Everything"));
+    }
 }
 
 } // namespace
