@@ -282,11 +282,12 @@ SQLRETURN Statement::Deliver(int column, const Buffer& target, Progress& progres
         std::memcpy(target.data, progress.image->data() + progress.bytes, count);
         std::memset(static_cast<char*>(target.data) + count, 0, zero);
     }
-    if (target.indicator != nullptr) {
-        *target.indicator = static_cast<SQLLEN>(left);
-    }
     progress.bytes += count;
     progress.isDone = count == left && room >= zero;
+    if (target.indicator != nullptr) {
+        const bool isHidden = State().hidesTotals && !progress.isDone;
+        *target.indicator = isHidden ? SQL_NO_TOTAL : static_cast<SQLLEN>(left);
+    }
     return ResultOf(*this, progress.isDone);
 }
 

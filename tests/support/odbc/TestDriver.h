@@ -55,6 +55,7 @@ struct DriverState {
     std::string dbms;           ///< SQL_DBMS_NAME; empty for the flavour's
     std::string database;       ///< SQL_DATABASE_NAME; empty for what was connected to
     std::set<int> missingTypes; ///< SQL types of which SQLGetTypeInfo has no row
+    bool hidesTotals = false;   ///< SQLGetData says SQL_NO_TOTAL of what it cuts
     std::vector<Rule> rules;
     std::vector<std::string> record;
     void (*dropTables)() = nullptr;

@@ -1,17 +1,30 @@
-// What reaches the drivers of Access and of SQL Server, call by call, as the tests' own driver records it.
+// What reaches the drivers of Access and of SQL Server, call by call, as the tests' own driver records it,
+// and what their failures lead to.
 
+#include "Everything.h"
+#include "Fixture.h"
 #include "Sample.h"
 #include "Tree.h"
 
 #include "bss/exception/WExceptionCatalogue.h"
-#include "krtpal/text.h"
+#include "support/DebugOutput.h"
 #include "support/odbc/TestDriver.h"
 
-#include <gtest/gtest.h>
+#include <dlfcn.h>
 
-#include <algorithm>
-#include <string>
-#include <vector>
+namespace {
+
+bool refusesAttributes = false;
+
+} // namespace
+
+/// In front of the driver manager, which keeps the attributes of a connection for itself until it connects.
+extern "C" [[gnu::visibility("default")]] short SQLSetConnectAttrW(void* connection, int attribute,
+                                                                   void* value, int length) {
+    static const auto real =
+        reinterpret_cast<decltype(&SQLSetConnectAttrW)>(dlsym(RTLD_NEXT, "SQLSetConnectAttrW"));
+    return refusesAttributes ? short{-1} : real(connection, attribute, value, length);
+}
 
 namespace {
 
@@ -26,9 +39,7 @@ std::string Quoted(const std::string& line) {
 
 class Dialect : public testing::TestWithParam<const char*> {
 protected:
-    Dialect() : m_driver(TestDriver::Get()) {
-        m_driver.Clear(GetParam());
-    }
+    Dialect() : m_driver(TestDriver::Get()) { m_driver.Clear(GetParam()); }
     bool IsAccess() const { return std::string(GetParam()) == "access"; }
 
     void Connect() {
@@ -86,9 +97,21 @@ TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
     Sample sample;
     sample.Write(&m_database, 0, true);
     const Lines created = Statements();
+    if (!IsAccess()) { // whose name for characters is not read
+        Sample read;
+        read.isOpen = false;
+        EXPECT_EQ(FailureOf([&] { read.Read(&m_database, 0, true); }), "");
+        EXPECT_TRUE(read.isOpen);
+    }
     EXPECT_NE(created.at(2).find("isOpen " + std::string(IsAccess() ? "CHAR" : "char") + " NULL"),
               std::string::npos)
         << created.at(2);
+    m_driver.Clear(GetParam());
+    m_driver.state.missingTypes = {4}; // SQL_INTEGER
+    EXPECT_NO_THROW(Connect());
+    sample.Write(&m_database, 0, true);
+    EXPECT_NE(Statements().at(0).find(IsAccess() ? "groupID DECIMAL NOT" : "groupID decimal NOT"),
+              std::string::npos);
     m_driver.Clear(GetParam());
     m_driver.state.missingTypes = {8, 6}; // SQL_DOUBLE, SQL_FLOAT
     try {
@@ -246,7 +269,117 @@ TEST_P(Dialect, NothingOfAFailedWriteStays) {
     EXPECT_GT(failures, 10);
 }
 
-TEST(DialectFile, AccessFilesAreOpenedByTheirDriver) {
+const Diagnostic kFirst = {"HY000", "Out of order.", 77};
+const Diagnostic kSecond = {"08S01", std::string(2000, 'x'), 78};
+
+/// Both records, of which the second is cut.
+std::string BothOf(const std::string& className) {
+    return "\tObject: " + className +
+           "\n\tSqlState: HY000\n\tNativeError: 77\n\tError message: Out of order.\n" +
+           "\tObject: " + className +
+           "\n\tSqlState: 08S01\n\tNativeError: 78\n\tError message: " + std::string(1023, 'x') + "\n";
+}
+
+/// Where a failure of a call is seen: the failure of the write of a new object, or the debug output alone.
+TEST_P(Dialect, FailuresOfAWriteAreReportedWithAllTheirRecords) {
+    struct Case {
+        const char* call;
+        int number;
+        std::string failure; ///< part of it; empty: the write succeeds
+        std::string debugText;
+    };
+    const Case cases[] = {
+        {"SQLExecDirectW", 1, "unknown failure", ""},    // CREATE TABLE
+        {"SQLExecDirectW", 3, "unexpected failure", ""}, // ALTER TABLE
+        {"SQLExecDirectW", 2, "", BothOf("Sample") + "\n\tSample (3,4)\n"},
+        {"SQLExecDirectW", 5, BothOf("Sample") + "\n\tSample (3,4)\n", ""},
+        {"SQLBindParameter", 2, "Too few parameters", BothOf("Sample") + "\n\tSample (3,4).m_nVersion\n"},
+        {"SQLPutData", 1, "Function sequence error", BothOf("Sample") + "\n\tSample (3,4).name\n"},
+        {"SQLParamData", 2, BothOf("Sample") + "\n\tSample (3,4)\n", ""},
+        {"SQLEndTran", 1, BothOf("Sample") + "\n\tSample (3,4)\n", ""},
+        {"SQLEndTran", 2, BothOf("Sample") + "\n\tSample (3,4)\n", ""},
+        {"SQLSetConnectAttrW", 1, BothOf("Sample") + "\n\tSample (3,4)\n", ""},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(std::string(each.call) + " " + std::to_string(each.number));
+        m_driver.Clear(GetParam());
+        Connect();
+        m_driver.Fail(each.call, each.number, kFirst);
+        m_driver.Fail(each.call, each.number, kSecond);
+        Sample written;
+        written.name.assign(600, L'n'); // goes while the statement runs
+        DebugOutput output;
+        const std::string failure = FailureOf([&] { written.Write(&m_database, 0, true); });
+        EXPECT_EQ(failure.empty(), each.failure.empty());
+        EXPECT_NE(failure.find(each.failure), std::string::npos) << failure;
+        const std::string text = krtpal::NarrowText(output.Text());
+        EXPECT_NE(text.find(each.debugText), std::string::npos) << text;
+        Sample read;
+        EXPECT_EQ(FailureOf([&] { read.Read(&m_database, 0, true); }).empty(), each.failure.empty());
+        m_database.Disconnect();
+    }
+    m_driver.Clear(GetParam());
+    Connect();
+    m_driver.Inform("SQLEndTran", 2, kFirst);
+    EXPECT_EQ(FailureOf([&] { Sample().Write(&m_database, 0, true); }), ""); // a commit with a warning
+    m_driver.Fail("SQLFetch", 1, kFirst);
+    const std::string failure = FailureOf([&] { m_database.GetRowCount(L"Sample"); });
+    EXPECT_NE(failure.find("Error message: Out of order."), std::string::npos) << failure;
+}
+
+TEST_P(Dialect, BinaryDataOfUnknownLengthIsNotTaken) {
+    Connect();
+    Sample().Write(&m_database, 0, true);
+    m_driver.state.hidesTotals = true;
+    Sample read;
+    EXPECT_NE(FailureOf([&] { read.Read(&m_database, 0, true); }).find("Unexpected error reading data."),
+              std::string::npos);
+}
+
+TEST(DialectConnection, FailuresToConnectAreReportedAndLeaveNothing) {
+    TestDriver& driver = TestDriver::Get();
+    for (const char* const call : {"SQLConnectW", "SQLGetInfoW", "SQLAllocHandle", "SQLTablesW"}) {
+        SCOPED_TRACE(call);
+        driver.Clear();
+        driver.Fail(call, std::string(call) == "SQLAllocHandle" ? 3 : 1,
+                    kFirst); // that of the first statement
+        driver.Fail(call, std::string(call) == "SQLAllocHandle" ? 3 : 1, kSecond);
+        bss::WDatabase database;
+        const std::string failure = FailureOf([&] { database.Connect(L"", L"", L"krtbss-test"); });
+        EXPECT_NE(failure.find("Out of order.\n\tObject: Unknown\n\tSqlState: 08S01\n\tNativeError: 78"),
+                  std::string::npos)
+            << failure;
+        EXPECT_FALSE(database.IsConnected());
+    }
+    driver.Clear();
+    refusesAttributes = true;
+    bss::WDatabase database;
+    EXPECT_THROW(database.Connect(L"", L"", L"krtbss-test"), bss::WNEODBCError);
+    DebugOutput output;
+    EXPECT_NO_THROW(database.ConnectFile(L"", L"", L"/data/x.mdb")); // it needs no login
+    refusesAttributes = false;
+    EXPECT_NE(output.Text().find(L"WDatabase::ConnectFile:  Error in SQLSetConnectAttr: "),
+              std::wstring::npos);
+    EXPECT_TRUE(database.IsConnected());
+}
+
+/// One object, connected to one after the other.
+TEST(DialectConnection, ABitOfTheFetchCapabilitiesTellsTheDialect) {
+    TestDriver& driver = TestDriver::Get();
+    bss::WDatabase database;
+    for (const unsigned extensions : {1U, 2U, 4U}) {
+        SCOPED_TRACE(extensions);
+        driver.Clear();
+        driver.state.extensions = extensions;
+        database.Connect(L"J\u00FCrgen", L"", L"krtbss-test");
+        EXPECT_EQ(database.GetUser(), L"J\u00FCrgen");
+        driver.Record();
+        FailureOf([&] { Tree(1, 0, 0).Write(&database, 0, true); });
+        EXPECT_EQ(driver.Record("SQLExecDirectW").at(0).find("[dbo].") != std::string::npos, extensions == 4);
+    }
+}
+
+TEST(DialectConnection, AccessFilesAreOpenedByTheirDriver) {
     TestDriver& driver = TestDriver::Get();
     driver.Clear();
     bss::WDatabase database;
