@@ -30,92 +30,73 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-std::string Quoted(const std::string& line) {
-    const std::size_t start = line.find('"');
-    const std::size_t end = line.rfind("\" = ");
-    return start == std::string::npos || end == std::string::npos ? line
-                                                                  : line.substr(start + 1, end - start - 1);
-}
-
-class Dialect : public testing::TestWithParam<const char*> {
+class Dialect : public BackendTest {
 protected:
-    Dialect() : m_driver(TestDriver::Get()) { m_driver.Clear(GetParam()); }
-    bool IsAccess() const { return std::string(GetParam()) == "access"; }
+    bool IsAccess() const { return GetParam().name == std::string(kAccess.name); }
 
-    void Connect() {
+    /// A new database of nothing, on a new connection.
+    void Restart() {
+        m_database.Disconnect();
+        m_driver.Clear(GetParam().name);
         m_database.Connect(L"Jim", L"secret", L"krtbss-test");
-        m_driver.Record();
     }
 
     /// The texts of the statements since the last look.
     Lines Statements() {
-        Lines texts;
-        for (const std::string& line : m_driver.Record("SQLExecDirectW")) {
-            texts.push_back(Quoted(line));
+        Lines texts = m_driver.Record("SQLExecDirectW");
+        for (std::string& line : texts) {
+            const std::size_t start = line.find('"') + 1;
+            line = line.substr(start, line.rfind("\" = ") - start);
         }
         return texts;
     }
 
-    TestDriver& m_driver;
-    bss::WDatabase m_database;
+    TestDriver& m_driver = TestDriver::Get();
 };
 
-INSTANTIATE_TEST_SUITE_P(Flavours, Dialect, testing::Values("access", "sqlserver"),
-                         [](const auto& flavour) { return std::string(flavour.param); });
+INSTANTIATE_TEST_SUITE_P(Flavours, Dialect, testing::Values(kAccess, kSqlServer),
+                         [](const auto& backend) { return std::string(backend.param.name); });
 
 TEST_P(Dialect, ConnectAsksForWhatItNeedsAndNoMore) {
-    m_database.Connect(L"Jim", L"secret", L"krtbss-test");
-    Lines calls;
-    for (const std::string& line : m_driver.Record()) {
-        const std::string name = line.substr(0, line.find(' '));
-        if (name != "SQLFreeStmt" && name != "SQLBindCol" && name != "SQLFetch") {
-            calls.push_back(line);
-        }
-    }
-    const auto has = [&calls](const std::string& start) {
-        return std::any_of(calls.begin(), calls.end(),
-                           [&](const std::string& line) { return line.substr(0, start.size()) == start; });
+    Restart();
+    Lines calls = m_driver.Record();
+    const auto count = [&calls](const std::string& start) {
+        return std::count_if(calls.begin(), calls.end(),
+                             [&](const std::string& line) { return line.rfind(start, 0) == 0; });
     };
     for (const char* const call : {"SQLSetEnvAttr E1 SQL_ATTR_ODBC_VERSION 3 = SQL_SUCCESS",
                                    "SQLSetConnectAttrW C1 SQL_ATTR_LOGIN_TIMEOUT 5 = SQL_SUCCESS",
                                    "SQLConnectW C1 \"krtbss-test\" \"Jim\" \"secret\" = SQL_SUCCESS",
                                    "SQLGetInfoW C1 SQL_GETDATA_EXTENSIONS", "SQLTablesW S2"}) {
-        EXPECT_TRUE(has(call)) << call;
+        EXPECT_EQ(count(call), 1) << call;
     }
     // SQL Server has no double, the last to be asked for: all are asked for once more.
-    const std::size_t types = IsAccess() ? 6 : 6 + 6;
-    const auto count = std::count_if(calls.begin(), calls.end(), [](const std::string& line) {
-        return line.find("SQLGetTypeInfoW") == 0;
-    });
-    EXPECT_EQ(static_cast<std::size_t>(count), types);
+    EXPECT_EQ(count("SQLGetTypeInfoW"), IsAccess() ? 6 : 6 + 6);
     EXPECT_EQ(m_database.GetConnectionType(), bss::WDatabase::connectionDataSource);
 }
 
 TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
-    m_driver.state.missingTypes = {-7}; // SQL_BIT
-    EXPECT_NO_THROW(Connect());
+    const auto connectWithout = [this](const std::set<int>& types) {
+        m_driver.Clear(GetParam().name);
+        m_driver.state.missingTypes = types;
+        m_database.Connect(L"", L"", L"krtbss-test");
+        m_driver.Record();
+    };
+    connectWithout({-7}); // SQL_BIT
     Sample sample;
     sample.Write(&m_database, 0, true);
-    const Lines created = Statements();
-    if (!IsAccess()) { // whose name for characters is not read
-        Sample read;
-        read.isOpen = false;
-        EXPECT_EQ(FailureOf([&] { read.Read(&m_database, 0, true); }), "");
-        EXPECT_TRUE(read.isOpen);
-    }
-    EXPECT_NE(created.at(2).find("isOpen " + std::string(IsAccess() ? "CHAR" : "char") + " NULL"),
-              std::string::npos)
-        << created.at(2);
-    m_driver.Clear(GetParam());
-    m_driver.state.missingTypes = {4}; // SQL_INTEGER
-    EXPECT_NO_THROW(Connect());
+    const std::string added = Statements().at(2);
+    EXPECT_NE(added.find(IsAccess() ? "isOpen CHAR NULL" : "isOpen char NULL"), std::string::npos) << added;
+    sample.isOpen = false;
+    EXPECT_EQ(FailureOf([&] { sample.Read(&m_database, 0, true); }).empty(),
+              !IsAccess()); // "CHAR" is not read
+    EXPECT_EQ(sample.isOpen, !IsAccess());
+    connectWithout({4}); // SQL_INTEGER
     sample.Write(&m_database, 0, true);
-    EXPECT_NE(Statements().at(0).find(IsAccess() ? "groupID DECIMAL NOT" : "groupID decimal NOT"),
-              std::string::npos);
-    m_driver.Clear(GetParam());
-    m_driver.state.missingTypes = {8, 6}; // SQL_DOUBLE, SQL_FLOAT
+    const std::string created = Statements().at(0);
+    EXPECT_NE(created.find(IsAccess() ? "groupID DECIMAL" : "groupID decimal"), std::string::npos) << created;
     try {
-        Connect();
+        connectWithout({8, 6}); // SQL_DOUBLE, SQL_FLOAT
         ADD_FAILURE() << "connected without any type for doubles";
     } catch (const bss::WNEODBCTypeNotSupported& e) {
         EXPECT_EQ(e.GetArgument<0>(), L"");
@@ -124,7 +105,7 @@ TEST_P(Dialect, MissingTypesHaveOneSecondChoice) {
 }
 
 TEST_P(Dialect, StatementsHaveTheirExactText) {
-    Connect();
+    m_driver.Record();
     Sample sample;
     sample.Write(&m_database, 0, true);
     const Lines first = Statements();
@@ -166,7 +147,6 @@ TEST_P(Dialect, StatementsHaveTheirExactText) {
 }
 
 TEST_P(Dialect, ValuesFrom1024BytesOnGoWhileTheStatementRuns) {
-    Connect();
     struct Row {
         std::size_t characters;
         std::size_t counts;
@@ -176,47 +156,39 @@ TEST_P(Dialect, ValuesFrom1024BytesOnGoWhileTheStatementRuns) {
         Sample written;
         written.name.assign(row.characters, L'\u20AC');
         written.counts.assign(row.counts, -1);
+        m_driver.Record();
         written.Write(&m_database, 0, true);
-        Lines bound;
-        int put = 0;
-        for (const std::string& line : m_driver.Record()) {
-            if (line.find("SQLBindParameter") == 0) {
-                bound.push_back(line);
-            }
-            put += line.find("SQLPutData") == 0 ? 1 : 0;
-        }
+        const Lines record = m_driver.state.record;
+        const Lines bound = m_driver.Record("SQLBindParameter");
         ASSERT_GE(bound.size(), 6U);
-        const auto types = [](const std::string& line) { return line.substr(line.find("SQL_C_")); };
-        EXPECT_EQ(types(bound[bound.size() - 2]), "SQL_C_WCHAR SQL_WLONGVARCHAR size " +
-                                                      std::to_string(2 * row.characters) +
-                                                      " digits 0 room 0 = SQL_SUCCESS");
-        EXPECT_EQ(types(bound.back()), "SQL_C_BINARY SQL_LONGVARBINARY size " + std::to_string(row.frame) +
-                                           " digits 0 room 0 = SQL_SUCCESS");
-        EXPECT_EQ(put, row.characters == 512 ? 2 : 0);
+        EXPECT_NE(bound.end()[-2].find(" SQL_C_WCHAR SQL_WLONGVARCHAR size " +
+                                       std::to_string(2 * row.characters) + " digits 0 room 0 = SQL_SUCCESS"),
+                  std::string::npos);
+        EXPECT_NE(bound.back().find(" SQL_C_BINARY SQL_LONGVARBINARY size " + std::to_string(row.frame) +
+                                    " digits 0 room 0 = SQL_SUCCESS"),
+                  std::string::npos);
+        EXPECT_EQ(std::count_if(record.begin(), record.end(),
+                                [](const std::string& line) { return line.rfind("SQLPutData", 0) == 0; }),
+                  row.characters == 512 ? 2 : 0);
         Sample read;
+        read.isOpen = false;
         read.Read(&m_database, 0, true);
-        EXPECT_TRUE(read.name == written.name);
-        EXPECT_TRUE(read.counts == written.counts);
-        EXPECT_TRUE(read.isOpen);
+        EXPECT_TRUE(read.name == written.name && read.counts == written.counts && read.isOpen);
     }
 }
 
 /// Autocommit, statements and ends of transactions, one letter each.
 TEST_P(Dialect, DeepWritesAreTwoTransactions) {
-    Connect();
-    Tree tree(1, 1, 2);
-    tree.Write(&m_database, 0, true);
+    m_driver.Record();
+    Tree(1, 1, 2).Write(&m_database, 0, true);
     std::string order;
     for (const std::string& line : m_driver.Record()) {
-        if (line.find("SQLSetConnectAttrW C1 SQL_ATTR_AUTOCOMMIT") == 0) {
-            order += line.find("AUTOCOMMIT SQL_AUTOCOMMIT_OFF") != std::string::npos ||
-                             line.find("AUTOCOMMIT 0") != std::string::npos
-                         ? '('
-                         : ')';
-        } else if (line.find("SQLEndTran C1 SQL_COMMIT") == 0) {
+        if (line.rfind("SQLSetConnectAttrW C1 SQL_ATTR_AUTOCOMMIT", 0) == 0) {
+            order += line.find("AUTOCOMMIT 0") != std::string::npos ? '(' : ')';
+        } else if (line.rfind("SQLEndTran C1 SQL_COMMIT", 0) == 0) {
             order += 'C';
-        } else if (line.find("SQLExecDirectW") == 0) {
-            order += Quoted(line).at(0);
+        } else if (line.rfind("SQLExecDirectW", 0) == 0) {
+            order += line.at(line.find('"') + 1);
         }
     }
     // Table, index and column; then the old parts go, and for each object a look and an insert.
@@ -225,7 +197,6 @@ TEST_P(Dialect, DeepWritesAreTwoTransactions) {
 
 /// After a failure at any call of a deep write, rows are as before it, and the next write succeeds.
 TEST_P(Dialect, NothingOfAFailedWriteStays) {
-    Connect();
     Tree tree(1, 1, 2);
     tree.SetAll(1);
     tree.Write(&m_database, 0, true);
@@ -242,20 +213,13 @@ TEST_P(Dialect, NothingOfAFailedWriteStays) {
             SCOPED_TRACE(call + " " + std::to_string(n));
             m_driver.Fail(call, n, {"HY000", "Out of order.", 77});
             tree.SetAll(2);
-            bool failed = false;
-            try {
-                tree.Write(&m_database, 0, true);
-            } catch (const std::exception&) {
-                failed = true;
-            } catch (const bss::WNestedException&) {
-                failed = true;
-            }
+            const bool failed = !FailureOf([&] { tree.Write(&m_database, 0, true); }).empty();
             m_driver.state.rules.clear();
             if (failed) {
                 ++failures;
-                if (!m_database.IsConnected() || call == "SQLEndTran" || call == "SQLSetConnectAttrW") {
+                if (call == "SQLEndTran" || call == "SQLSetConnectAttrW") {
                     m_database.Disconnect(); // a connection that can't end its transactions is of no more use
-                    m_database.Connect(L"Jim", L"secret", L"krtbss-test");
+                    Connect(m_database);
                 }
                 // The last of the calls is the way back to autocommit: by then all is committed.
                 const bool isCommitted = call == "SQLSetConnectAttrW" && n == 4;
@@ -302,8 +266,7 @@ TEST_P(Dialect, FailuresOfAWriteAreReportedWithAllTheirRecords) {
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(std::string(each.call) + " " + std::to_string(each.number));
-        m_driver.Clear(GetParam());
-        Connect();
+        Restart();
         m_driver.Fail(each.call, each.number, kFirst);
         m_driver.Fail(each.call, each.number, kSecond);
         Sample written;
@@ -316,10 +279,8 @@ TEST_P(Dialect, FailuresOfAWriteAreReportedWithAllTheirRecords) {
         EXPECT_NE(text.find(each.debugText), std::string::npos) << text;
         Sample read;
         EXPECT_EQ(FailureOf([&] { read.Read(&m_database, 0, true); }).empty(), each.failure.empty());
-        m_database.Disconnect();
     }
-    m_driver.Clear(GetParam());
-    Connect();
+    Restart();
     m_driver.Inform("SQLEndTran", 2, kFirst);
     EXPECT_EQ(FailureOf([&] { Sample().Write(&m_database, 0, true); }), ""); // a commit with a warning
     m_driver.Fail("SQLFetch", 1, kFirst);
@@ -328,7 +289,6 @@ TEST_P(Dialect, FailuresOfAWriteAreReportedWithAllTheirRecords) {
 }
 
 TEST_P(Dialect, BinaryDataOfUnknownLengthIsNotTaken) {
-    Connect();
     Sample().Write(&m_database, 0, true);
     m_driver.state.hidesTotals = true;
     Sample read;

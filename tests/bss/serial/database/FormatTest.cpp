@@ -34,29 +34,16 @@ TEST_F(Format, TheRowOfTheDocumentIsWhatIsWritten) {
     EXPECT_EQ(rows, 8);
 }
 
+/// The file has the columns of such a row as SQL has them, and checksums behind the versions that they are
+/// of.
 TEST_F(Format, RowsOfOldVersionsAreReadAndWrittenAsTheyWere) {
     std::ifstream file(KRTBSS_SOURCE_DIR "/tests/data/old_rows.txt");
-    std::map<long, std::wstring> checkSums; // by version; values as SQL has them
+    std::map<long, std::wstring> checkSums;
     std::map<std::wstring, std::wstring> values = {{L"groupID", L"7"}, {L"objectID", L"1"}};
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        std::string version;
-        std::string name;
-        std::string type;
-        std::string value;
-        if (line.find(" checkSum ") != std::string::npos) {
-            words >> version;
-        }
-        words >> name >> type >> value;
-        if (name == "#") {
-            continue;
-        }
-        const std::wstring wide(value.begin(), value.end());
-        const std::wstring sql = type == "blob"   ? L"x'" + wide + L"'"
-                                 : type == "text" ? L"CAST(x'" + wide + L"' AS TEXT)"
-                                                  : wide;
-        (version.empty() ? values[std::wstring(name.begin(), name.end())] : checkSums[std::stol(version)]) =
-            sql;
+    std::string name;
+    for (std::string value; file >> name && std::getline(file, value);) {
+        const bool isVersion = name[0] != 'm';
+        (isVersion ? checkSums[std::stol(name)] : values[krtpal::WidenText(name)]) = krtpal::WidenText(value);
     }
     Everything written;
     written.Fill();
@@ -71,10 +58,10 @@ TEST_F(Format, RowsOfOldVersionsAreReadAndWrittenAsTheyWere) {
         ASSERT_EQ(FailureOf([&] { written.Write(&m_database, version, true); }), "");
         std::wstring names = L"RecID";
         std::wstring list = L"'{}'";
-        for (const auto& [name, value] : values) {
-            EXPECT_EQ(Ask(L"SELECT COUNT(*) FROM Everything WHERE " + name + L" IS " + value), "1")
-                << krtpal::NarrowText(name);
-            names += L", " + name;
+        for (const auto& [column, value] : values) {
+            EXPECT_EQ(Ask(L"SELECT COUNT(*) FROM Everything WHERE " + column + L" IS " + value), "1")
+                << krtpal::NarrowText(column);
+            names += L", " + column;
             list += L", " + value;
         }
         ASSERT_TRUE(Execute(L"DELETE FROM Everything"));
