@@ -37,10 +37,9 @@ struct Connection : Handle {
         before.reset();
         // Cursors close with their transaction.
         for (Handle* const statement : statements) {
-            CloseCursor(*statement);
+            statement->Close();
         }
     }
-    static void CloseCursor(Handle& statement);
 
     bool isAutocommit = true;
     std::string source;
@@ -58,51 +57,6 @@ struct Buffer {
     int sqlType = 0;
     SQLULEN size = 0;
 };
-
-struct Statement : Handle {
-    explicit Statement(Connection& parent) : Handle('S'), connection(parent) {
-        parent.statements.insert(this);
-    }
-    ~Statement() override { connection.statements.erase(this); }
-
-    SQLRETURN Start(const std::string& text);
-    SQLRETURN NextParameter(SQLPOINTER* data);
-    void Put(SQLPOINTER data, SQLLEN length);
-    void Show(std::vector<int> types, std::vector<Row> rows);
-    SQLRETURN Fetch();
-    SQLRETURN GetData(int column, const Buffer& target);
-    void Close();
-
-    Connection& connection;
-    std::map<int, Buffer> columns;
-    std::map<int, Buffer> parameters;
-    Result result;
-
-private:
-    /// How far SQLGetData is in the row.
-    struct Progress {
-        int column = 0;
-        int cType = 0;
-        std::size_t bytes = 0;
-        bool isDone = false;
-        Cell image;
-    };
-
-    SQLRETURN Run();
-    SQLRETURN Deliver(int column, const Buffer& target, Progress& progress);
-
-    std::string m_sql;
-    int m_markers = 0;
-    std::vector<int> m_waiting; ///< parameters whose data is still to come, the next one last
-    int m_current = 0;
-    std::map<int, std::string> m_supplied;
-    std::size_t m_next = 0; ///< position of the row that is fetched next
-    Progress m_progress;
-};
-
-void Connection::CloseCursor(Handle& statement) {
-    static_cast<Statement&>(statement).Close();
-}
 
 bool ComesAtExecution(const Buffer& parameter) {
     return parameter.indicator != nullptr && *parameter.indicator <= SQL_LEN_DATA_AT_EXEC_OFFSET;
@@ -144,152 +98,184 @@ SQLRETURN ResultOf(Handle& handle, bool isWhole) {
     return isWhole ? SQL_SUCCESS : SQL_SUCCESS_WITH_INFO;
 }
 
-SQLRETURN Statement::Start(const std::string& text) {
-    m_waiting.clear();
-    m_supplied.clear();
-    m_current = 0;
-    Close();
-    m_sql = text;
-    m_markers = static_cast<int>(std::count(text.begin(), text.end(), '?'));
-    for (int number = m_markers; number >= 1; --number) {
-        if (parameters.count(number) == 0) {
-            Fail("07002", "Too few parameters. Expected " + std::to_string(m_markers) + '.');
+struct Statement : Handle {
+    explicit Statement(Connection& parent) : Handle('S'), connection(parent) {
+        parent.statements.insert(this);
+    }
+    ~Statement() override { connection.statements.erase(this); }
+
+    SQLRETURN Start(const std::string& text) {
+        m_waiting.clear();
+        m_supplied.clear();
+        m_current = 0;
+        Close();
+        m_sql = text;
+        m_markers = static_cast<int>(std::count(text.begin(), text.end(), '?'));
+        for (int number = m_markers; number >= 1; --number) {
+            if (parameters.count(number) == 0) {
+                Fail("07002", "Too few parameters. Expected " + std::to_string(m_markers) + '.');
+            }
+            if (ComesAtExecution(parameters.at(number))) {
+                m_waiting.push_back(number);
+            }
         }
-        if (ComesAtExecution(parameters.at(number))) {
-            m_waiting.push_back(number);
+        for (int number = 1; number <= m_markers; ++number) {
+            RecordDetail(Describe(number, parameters.at(number)));
         }
+        return m_waiting.empty() ? Run() : SQL_NEED_DATA;
     }
-    for (int number = 1; number <= m_markers; ++number) {
-        RecordDetail(Describe(number, parameters.at(number)));
-    }
-    return m_waiting.empty() ? Run() : SQL_NEED_DATA;
-}
 
-SQLRETURN Statement::Run() {
-    std::vector<Argument> arguments;
-    for (int number = 1; number <= m_markers; ++number) {
-        const Buffer& parameter = parameters.at(number);
-        const auto supplied = m_supplied.find(number);
-        arguments.push_back({parameter.cType, supplied != m_supplied.end()
-                                                  ? testodbc::CellOf(supplied->second)
-                                                  : CellOf(parameter)});
-    }
-    result = connection.Run(m_sql, arguments);
-    return result.affected == 0 ? SQL_NO_DATA : SQL_SUCCESS;
-}
-
-SQLRETURN Statement::NextParameter(SQLPOINTER* data) {
-    if (m_current != 0) {
-        // The driver wants to know lengths beforehand, as SQL Server's does.
-        const SQLLEN declared = SQL_LEN_DATA_AT_EXEC_OFFSET - *parameters.at(m_current).indicator;
-        if (m_supplied.count(m_current) == 0) {
-            Fail("HY010", "no data for parameter " + std::to_string(m_current));
+    SQLRETURN NextParameter(SQLPOINTER* data) {
+        if (m_current != 0) {
+            // The driver wants to know lengths beforehand, as SQL Server's does.
+            const SQLLEN declared = SQL_LEN_DATA_AT_EXEC_OFFSET - *parameters.at(m_current).indicator;
+            if (m_supplied.count(m_current) == 0) {
+                Fail("HY010", "no data for parameter " + std::to_string(m_current));
+            }
+            if (m_supplied[m_current].size() != static_cast<std::size_t>(declared)) {
+                Fail("22026",
+                     "parameter " + std::to_string(m_current) + " has another length than announced");
+            }
         }
-        if (m_supplied[m_current].size() != static_cast<std::size_t>(declared)) {
-            Fail("22026", "parameter " + std::to_string(m_current) + " has another length than announced");
+        m_current = 0;
+        if (m_waiting.empty()) {
+            return Run();
         }
+        m_current = m_waiting.back();
+        m_waiting.pop_back();
+        *data = parameters.at(m_current).data;
+        return SQL_NEED_DATA;
     }
-    m_current = 0;
-    if (m_waiting.empty()) {
-        return Run();
-    }
-    m_current = m_waiting.back();
-    m_waiting.pop_back();
-    *data = parameters.at(m_current).data;
-    return SQL_NEED_DATA;
-}
 
-void Statement::Put(SQLPOINTER data, SQLLEN length) {
-    if (m_current == 0 || length < 0) {
-        Fail("HY010", "no parameter is waiting for data");
+    void Put(SQLPOINTER data, SQLLEN length) {
+        if (m_current == 0 || length < 0) {
+            Fail("HY010", "no parameter is waiting for data");
+        }
+        const std::string_view piece(static_cast<const char*>(data), static_cast<std::size_t>(length));
+        RecordResult(' ' + HexOf(piece));
+        m_supplied[m_current] += piece;
     }
-    const std::string_view piece(static_cast<const char*>(data), static_cast<std::size_t>(length));
-    RecordResult(' ' + HexOf(piece));
-    m_supplied[m_current] += piece;
-}
 
-void Statement::Show(std::vector<int> types, std::vector<Row> rows) {
-    Close();
-    result = {std::move(types), std::move(rows), -1};
-}
+    void Show(std::vector<int> types, std::vector<Row> rows) {
+        Close();
+        result = {std::move(types), std::move(rows), -1};
+    }
 
-void Statement::Close() {
-    result = {};
-    m_next = 0;
-    m_progress = {};
-}
-
-SQLRETURN Statement::Fetch() {
-    if (result.types.empty()) {
-        Fail("24000", "no cursor is open");
-    }
-    m_progress = {};
-    if (m_next >= result.rows.size()) {
-        m_next = result.rows.size() + 1;
-        return SQL_NO_DATA;
-    }
-    ++m_next;
-    SQLRETURN worst = SQL_SUCCESS;
-    for (const auto& [column, target] : columns) {
-        Progress fromStart;
-        worst = std::max(worst, Deliver(column, target, fromStart));
-    }
-    return worst;
-}
-
-SQLRETURN Statement::GetData(int column, const Buffer& target) {
-    if (m_next == 0 || m_next > result.rows.size()) {
-        Fail("24000", "no row has been fetched");
-    }
-    if (((Extensions() & SQL_GD_ANY_ORDER) == 0 && column < m_progress.column) ||
-        ((Extensions() & SQL_GD_ANY_COLUMN) == 0 && !columns.empty() && column <= columns.rbegin()->first)) {
-        Fail("07009", "Invalid Descriptor Index");
-    }
-    if (m_progress.column != column) {
+    SQLRETURN Fetch() {
+        if (result.types.empty()) {
+            Fail("24000", "no cursor is open");
+        }
         m_progress = {};
-        m_progress.column = column;
-    }
-    return m_progress.isDone ? SQL_NO_DATA : Deliver(column, target, m_progress);
-}
-
-/// As much as the buffer holds, with a zero behind text.
-SQLRETURN Statement::Deliver(int column, const Buffer& target, Progress& progress) {
-    const auto at = static_cast<std::size_t>(column) - 1;
-    if (at >= result.types.size()) {
-        Fail("07009", "Invalid Descriptor Index");
-    }
-    const Cell& cell = result.rows[m_next - 1][at];
-    if (cell == nullptr) {
-        if (target.indicator == nullptr) {
-            Fail("22002", "Indicator variable required but not supplied");
+        if (m_next >= result.rows.size()) {
+            m_next = result.rows.size() + 1;
+            return SQL_NO_DATA;
         }
-        *target.indicator = SQL_NULL_DATA;
-        progress.isDone = true;
-        return SQL_SUCCESS;
+        ++m_next;
+        SQLRETURN worst = SQL_SUCCESS;
+        for (const auto& [column, target] : columns) {
+            Progress fromStart;
+            worst = std::max(worst, Deliver(column, target, fromStart));
+        }
+        return worst;
     }
-    if (progress.image == nullptr || progress.cType != target.cType) {
-        progress.image = ToC(target.cType, result.types[at], cell);
-        progress.cType = target.cType;
+
+    SQLRETURN GetData(int column, const Buffer& target) {
+        if (m_next == 0 || m_next > result.rows.size()) {
+            Fail("24000", "no row has been fetched");
+        }
+        if (((Extensions() & SQL_GD_ANY_ORDER) == 0 && column < m_progress.column) ||
+            ((Extensions() & SQL_GD_ANY_COLUMN) == 0 && !columns.empty() &&
+             column <= columns.rbegin()->first)) {
+            Fail("07009", "Invalid Descriptor Index");
+        }
+        if (m_progress.column != column) {
+            m_progress = {};
+            m_progress.column = column;
+        }
+        return m_progress.isDone ? SQL_NO_DATA : Deliver(column, target, m_progress);
     }
-    const std::size_t left = progress.image->size() - progress.bytes;
-    const std::size_t zero = target.cType == SQL_C_CHAR ? 1 : target.cType == SQL_C_WCHAR ? 2 : 0;
-    const auto room = IsVariable(target.cType) ? static_cast<std::size_t>(target.room) : left;
-    const std::size_t count =
-        room < zero
-            ? 0
-            : std::min(left, (room - zero) / std::max<std::size_t>(zero, 1) * std::max<std::size_t>(zero, 1));
-    if (target.data != nullptr && room >= zero) {
-        std::memcpy(target.data, progress.image->data() + progress.bytes, count);
-        std::memset(static_cast<char*>(target.data) + count, 0, zero);
+
+    void Close() override {
+        result = {};
+        m_next = 0;
+        m_progress = {};
     }
-    progress.bytes += count;
-    progress.isDone = count == left && room >= zero;
-    if (target.indicator != nullptr) {
-        const bool isHidden = State().hidesTotals && !progress.isDone;
-        *target.indicator = isHidden ? SQL_NO_TOTAL : static_cast<SQLLEN>(left);
+
+    Connection& connection;
+    std::map<int, Buffer> columns;
+    std::map<int, Buffer> parameters;
+    Result result;
+
+private:
+    /// How far SQLGetData is in the row.
+    struct Progress {
+        int column = 0;
+        int cType = 0;
+        std::size_t bytes = 0;
+        bool isDone = false;
+        Cell image;
+    };
+
+    SQLRETURN Run() {
+        std::vector<Argument> arguments;
+        for (int number = 1; number <= m_markers; ++number) {
+            const Buffer& parameter = parameters.at(number);
+            const auto supplied = m_supplied.find(number);
+            arguments.push_back({parameter.cType, supplied != m_supplied.end()
+                                                      ? testodbc::CellOf(supplied->second)
+                                                      : CellOf(parameter)});
+        }
+        result = connection.Run(m_sql, arguments);
+        return result.affected == 0 ? SQL_NO_DATA : SQL_SUCCESS;
     }
-    return ResultOf(*this, progress.isDone);
-}
+
+    /// As much as the buffer holds, with a zero behind text.
+    SQLRETURN Deliver(int column, const Buffer& target, Progress& progress) {
+        const auto at = static_cast<std::size_t>(column) - 1;
+        if (at >= result.types.size()) {
+            Fail("07009", "Invalid Descriptor Index");
+        }
+        const Cell& cell = result.rows[m_next - 1][at];
+        if (cell == nullptr) {
+            if (target.indicator == nullptr) {
+                Fail("22002", "Indicator variable required but not supplied");
+            }
+            *target.indicator = SQL_NULL_DATA;
+            progress.isDone = true;
+            return SQL_SUCCESS;
+        }
+        if (progress.image == nullptr || progress.cType != target.cType) {
+            progress.image = ToC(target.cType, result.types[at], cell);
+            progress.cType = target.cType;
+        }
+        const std::size_t left = progress.image->size() - progress.bytes;
+        const std::size_t zero = target.cType == SQL_C_CHAR ? 1 : target.cType == SQL_C_WCHAR ? 2 : 0;
+        const auto room = IsVariable(target.cType) ? static_cast<std::size_t>(target.room) : left;
+        const std::size_t count = room < zero
+                                      ? 0
+                                      : std::min(left, (room - zero) / std::max<std::size_t>(zero, 1) *
+                                                           std::max<std::size_t>(zero, 1));
+        if (target.data != nullptr && room >= zero) {
+            std::memcpy(target.data, progress.image->data() + progress.bytes, count);
+            std::memset(static_cast<char*>(target.data) + count, 0, zero);
+        }
+        progress.bytes += count;
+        progress.isDone = count == left && room >= zero;
+        if (target.indicator != nullptr) {
+            const bool isHidden = State().hidesTotals && !progress.isDone;
+            *target.indicator = isHidden ? SQL_NO_TOTAL : static_cast<SQLLEN>(left);
+        }
+        return ResultOf(*this, progress.isDone);
+    }
+
+    std::string m_sql;
+    int m_markers = 0;
+    std::vector<int> m_waiting; ///< parameters whose data is still to come, the next one last
+    int m_current = 0;
+    std::map<int, std::string> m_supplied;
+    std::size_t m_next = 0; ///< position of the row that is fetched next
+    Progress m_progress;
+};
 
 /// Runs a call with the object behind a handle.
 template <typename Object, typename Body>
@@ -314,11 +300,11 @@ std::string Listed(const Parts&... parts) {
 }
 
 std::string TextFrom(const SQLWCHAR* text, SQLINTEGER length) {
-    std::u16string units;
-    for (SQLINTEGER i = 0; text != nullptr && (length == SQL_NTS ? text[i] != 0 : i < length); ++i) {
-        units += static_cast<char16_t>(text[i]);
+    std::size_t count = text == nullptr ? 0 : static_cast<std::size_t>(length);
+    if (text != nullptr && length == SQL_NTS) {
+        count = std::char_traits<char16_t>::length(reinterpret_cast<const char16_t*>(text));
     }
-    return Utf8FromUtf16(units);
+    return Utf8FromImage(std::string(reinterpret_cast<const char*>(text), 2 * count));
 }
 
 std::string Quoted(const SQLWCHAR* text, SQLINTEGER length) {
@@ -327,16 +313,17 @@ std::string Quoted(const SQLWCHAR* text, SQLINTEGER length) {
 
 /// Room and length are counts of characters. False if the text had to be cut.
 bool PutText(const std::string& text, SQLWCHAR* out, SQLLEN room, SQLSMALLINT* length) {
-    const std::u16string units = Utf16FromUtf8(text);
+    const std::string units = Utf16Image(text);
+    const std::size_t count = units.size() / 2;
     if (length != nullptr) {
-        *length = static_cast<SQLSMALLINT>(units.size());
+        *length = static_cast<SQLSMALLINT>(count);
     }
     if (out != nullptr && room > 0) {
-        const std::size_t count = std::min(units.size(), static_cast<std::size_t>(room) - 1);
-        std::memcpy(out, units.data(), count * sizeof(SQLWCHAR));
-        out[count] = 0;
+        const std::size_t fitting = std::min(count, static_cast<std::size_t>(room) - 1);
+        std::memcpy(out, units.data(), 2 * fitting);
+        out[fitting] = 0;
     }
-    return out == nullptr || static_cast<SQLLEN>(units.size()) < room;
+    return out == nullptr || static_cast<SQLLEN>(count) < room;
 }
 
 /// The value of KEY=value; in a connection string.
@@ -516,7 +503,7 @@ ENTRY SQLGetTypeInfoW(SQLHSTMT handle, SQLSMALLINT type) {
                                         rows.push_back({testodbc::CellOf(each.name)});
                                     }
                                 }
-                                statement.Show({SQL_CHAR}, std::move(rows));
+                                statement.Show({SQL_C_CHAR}, std::move(rows));
                             });
 }
 
@@ -531,7 +518,7 @@ ENTRY SQLTablesW(SQLHSTMT handle, SQLWCHAR* catalog, SQLSMALLINT catalogLength, 
         for (const auto& [name, each] : AllTables()) {
             rows.push_back({nullptr, nullptr, testodbc::CellOf(name)});
         }
-        statement.Show(std::vector<int>(3, SQL_CHAR), std::move(rows));
+        statement.Show(std::vector<int>(3, SQL_C_CHAR), std::move(rows));
     };
     return Enter<Statement>(__func__, handle,
                             Listed(Quoted(catalog, catalogLength), Quoted(schema, schemaLength),
@@ -543,8 +530,8 @@ ENTRY SQLColumnsW(SQLHSTMT handle, SQLWCHAR* catalog, SQLSMALLINT catalogLength,
                   SQLSMALLINT schemaLength, SQLWCHAR* table, SQLSMALLINT tableLength, SQLWCHAR* column,
                   SQLSMALLINT columnLength) {
     const auto show = [&](Statement& statement) {
-        std::vector<int> types(17, SQL_CHAR);
-        types[13] = types[16] = SQL_INTEGER;
+        std::vector<int> types(17, SQL_C_CHAR);
+        types[13] = types[16] = SQL_C_SLONG;
         std::vector<Row> rows;
         for (const Column& each : AllTables()[TextFrom(table, tableLength)].columns) {
             Row& row = rows.emplace_back(types.size());

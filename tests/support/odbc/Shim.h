@@ -23,8 +23,10 @@ namespace testodbc {
 
 [[noreturn]] void Fail(std::string state, std::string text);
 
-std::string Utf8FromUtf16(std::u16string_view text);
-std::u16string Utf16FromUtf8(std::string_view text);
+/// UTF-8 from and to code units of 16 bits as they lie in memory.
+std::string Utf8FromImage(const std::string& image);
+std::string Utf16Image(const std::string& text);
+std::string TextOfGuid(const std::string& image);
 
 /// A constant's name, or the number of one without a name here.
 enum class Group { result, handleType, cType, sqlType, attribute, info, option, length };
@@ -40,6 +42,7 @@ struct Handle {
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
     virtual ~Handle();
+    virtual void Close() {} ///< its cursor
 
     std::string label;
     std::vector<Diagnostic> diagnostics;

@@ -1,9 +1,6 @@
 #include "support/odbc/Tables.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <cstring>
 #include <regex>
 
 namespace testodbc {
@@ -15,24 +12,10 @@ std::string Image(T value) {
     return {reinterpret_cast<const char*>(&value), sizeof(value)};
 }
 
-/// The C type whose bytes a column keeps.
-int OwnCType(int sqlType) {
-    static const std::map<int, int> types = {{SQL_BIT, SQL_C_BIT},
-                                             {SQL_INTEGER, SQL_C_SLONG},
-                                             {SQL_DECIMAL, SQL_C_SLONG},
-                                             {SQL_FLOAT, SQL_C_DOUBLE},
-                                             {SQL_DOUBLE, SQL_C_DOUBLE},
-                                             {SQL_GUID, SQL_C_GUID},
-                                             {SQL_WLONGVARCHAR, SQL_C_WCHAR},
-                                             {SQL_LONGVARBINARY, SQL_C_BINARY},
-                                             {SQL_CHAR, SQL_C_CHAR}};
-    return types.at(sqlType);
-}
-
-Cell FromLiteral(const std::string& literal, int sqlType) {
+Cell FromLiteral(const std::string& literal, int cType) {
     const bool isText = literal[0] == '\'';
     const std::string text = isText ? literal.substr(1, literal.size() - 2) : literal;
-    switch (OwnCType(sqlType)) {
+    switch (cType) {
     case SQL_C_BIT:
         return CellOf(std::string(1, text == "0" ? '\0' : '\1'));
     case SQL_C_SLONG:
@@ -43,25 +26,12 @@ Cell FromLiteral(const std::string& literal, int sqlType) {
         return CellOf(text);
     case SQL_C_WCHAR:
         if (isText) {
-            const std::u16string units = Utf16FromUtf8(text);
-            return CellOf({reinterpret_cast<const char*>(units.data()), units.size() * sizeof(units[0])});
+            return CellOf(Utf16Image(text));
         }
         [[fallthrough]];
     default:
         Fail("22018", "no value for the column: " + literal);
     }
-}
-
-/// {00112233-4455-6677-8899-AABBCCDDEEFF}; the first three groups have their low byte first in memory.
-std::string TextOfGuid(const std::string& guid) {
-    static constexpr std::array<std::size_t, 16> order = {3, 2, 1,  0,  5,  4,  7,  6,
-                                                          8, 9, 10, 11, 12, 13, 14, 15};
-    std::string text = "{";
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        text += i == 4 || i == 6 || i == 8 || i == 10 ? "-" : "";
-        text += HexOf(std::string_view(guid).substr(order.at(i), 1));
-    }
-    return text + "}";
 }
 
 std::vector<std::string> Split(const std::string& list, const std::string& separator) {
@@ -221,14 +191,14 @@ private:
 
     Result Count(const Parts& parts) {
         const Result rows = SelectOne({parts[0], parts[1], parts[2], {}});
-        return {{SQL_INTEGER}, {{CellOf(static_cast<std::int32_t>(rows.rows.size()))}}, -1};
+        return {{SQL_C_SLONG}, {{CellOf(static_cast<std::int32_t>(rows.rows.size()))}}, -1};
     }
 
     Result SelectAll(const Parts& parts) {
         const Table& table = Existing(parts[1]);
         Result result;
         for (const Column& column : table.columns) {
-            result.types.push_back(column.type.sqlType);
+            result.types.push_back(column.type.cType);
         }
         std::copy_if(table.rows.begin(), table.rows.end(), std::back_inserter(result.rows),
                      [&](const Row& row) { return Matches(table, row, parts[2]); });
@@ -247,14 +217,14 @@ private:
 
     void Set(const Table& table, Row& row, const std::string& column, const std::string& value) {
         const std::size_t position = PositionOf(table, column);
-        const int sqlType = table.columns[position].type.sqlType;
+        const int cType = table.columns[position].type.cType;
         if (value == "NULL") {
             row[position] = nullptr;
         } else if (value != "?") {
-            row[position] = FromLiteral(value, sqlType);
+            row[position] = FromLiteral(value, cType);
         } else {
             const Argument& argument = m_arguments.at(m_marker++);
-            if (argument.cType != OwnCType(sqlType)) {
+            if (argument.cType != cType) {
                 Fail("22018", "a value of another type for column '" + column + "'");
             }
             row[position] = argument.cell;
@@ -266,7 +236,7 @@ private:
         static const std::regex equal("(\\w+) = (\\S+)");
         for (std::sregex_iterator at(where.begin(), where.end(), equal), end; at != end; ++at) {
             const std::size_t position = PositionOf(table, (*at)[1]);
-            const Cell wanted = FromLiteral((*at)[2], table.columns[position].type.sqlType);
+            const Cell wanted = FromLiteral((*at)[2], table.columns[position].type.cType);
             if (row[position] == nullptr || *row[position] != *wanted) {
                 return false;
             }
@@ -309,21 +279,22 @@ Cell CellOf(std::int32_t number) {
 }
 
 std::vector<Type> Types() {
-    static const std::vector<Type> access = {{"GUID", SQL_GUID},       {"LONGCHAR", SQL_WLONGVARCHAR},
-                                             {"BIT", SQL_BIT},         {"LONGBINARY", SQL_LONGVARBINARY},
-                                             {"CHAR", SQL_CHAR},       {"DECIMAL", SQL_DECIMAL},
-                                             {"INTEGER", SQL_INTEGER}, {"COUNTER", SQL_INTEGER},
-                                             {"FLOAT", SQL_FLOAT},     {"DOUBLE", SQL_DOUBLE}};
+    static const std::vector<Type> access = {
+        {"GUID", SQL_GUID, SQL_C_GUID},        {"LONGCHAR", SQL_WLONGVARCHAR, SQL_C_WCHAR},
+        {"BIT", SQL_BIT, SQL_C_BIT},           {"LONGBINARY", SQL_LONGVARBINARY, SQL_C_BINARY},
+        {"CHAR", SQL_CHAR, SQL_C_CHAR},        {"DECIMAL", SQL_DECIMAL, SQL_C_SLONG},
+        {"INTEGER", SQL_INTEGER, SQL_C_SLONG}, {"COUNTER", SQL_INTEGER, SQL_C_SLONG},
+        {"FLOAT", SQL_FLOAT, SQL_C_DOUBLE},    {"DOUBLE", SQL_DOUBLE, SQL_C_DOUBLE}};
     // No row for SQL_DOUBLE: float is the ODBC type of that name.
-    static const std::vector<Type> sqlServer = {{"uniqueidentifier", SQL_GUID},
-                                                {"ntext", SQL_WLONGVARCHAR},
-                                                {"bit", SQL_BIT},
-                                                {"image", SQL_LONGVARBINARY},
-                                                {"char", SQL_CHAR},
-                                                {"decimal", SQL_DECIMAL},
-                                                {"int", SQL_INTEGER},
-                                                {"int identity", SQL_INTEGER},
-                                                {"float", SQL_FLOAT}};
+    static const std::vector<Type> sqlServer = {{"uniqueidentifier", SQL_GUID, SQL_C_GUID},
+                                                {"ntext", SQL_WLONGVARCHAR, SQL_C_WCHAR},
+                                                {"bit", SQL_BIT, SQL_C_BIT},
+                                                {"image", SQL_LONGVARBINARY, SQL_C_BINARY},
+                                                {"char", SQL_CHAR, SQL_C_CHAR},
+                                                {"decimal", SQL_DECIMAL, SQL_C_SLONG},
+                                                {"int", SQL_INTEGER, SQL_C_SLONG},
+                                                {"int identity", SQL_INTEGER, SQL_C_SLONG},
+                                                {"float", SQL_FLOAT, SQL_C_DOUBLE}};
     std::vector<Type> types = State().isAccess ? access : sqlServer;
     std::erase_if(types, [](const Type& type) { return State().missingTypes.count(type.sqlType) != 0; });
     return types;
@@ -333,21 +304,15 @@ Result Execute(Tables& tables, const std::string& sql, const std::vector<Argumen
     return Executor(tables, arguments).Run(sql);
 }
 
-Cell ToC(int cType, int sqlType, const Cell& cell) {
-    const int own = OwnCType(sqlType);
+Cell ToC(int cType, int own, const Cell& cell) {
     if (cType == own || cType == SQL_C_BINARY || (own == SQL_C_SLONG && cType == SQL_C_LONG)) {
         return cell;
     }
     if (own == SQL_C_SLONG && cType == SQL_C_SHORT) {
         return CellOf(cell->substr(0, 2));
     }
-    if (cType == SQL_C_CHAR && own == SQL_C_WCHAR) {
-        std::u16string units(cell->size() / 2, u'\0');
-        std::memcpy(units.data(), cell->data(), units.size() * 2);
-        return CellOf(Utf8FromUtf16(units));
-    }
-    if (cType == SQL_C_CHAR && own == SQL_C_GUID) {
-        return CellOf(TextOfGuid(*cell));
+    if (cType == SQL_C_CHAR && (own == SQL_C_WCHAR || own == SQL_C_GUID)) {
+        return CellOf(own == SQL_C_WCHAR ? Utf8FromImage(*cell) : TextOfGuid(*cell));
     }
     Fail("07006", "no such form of the column");
 }

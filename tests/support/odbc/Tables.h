@@ -13,7 +13,7 @@
 
 namespace testodbc {
 
-/// The bytes that a buffer of the column's own C type holds; null for NULL.
+/// The bytes that a buffer of the column's C type holds; null for NULL.
 using Cell = std::shared_ptr<const std::string>;
 using Row = std::vector<Cell>;
 
@@ -23,6 +23,7 @@ Cell CellOf(std::int32_t number);
 struct Type {
     std::string name;
     int sqlType = 0;
+    int cType = 0; ///< of the bytes that a column keeps
 };
 /// Those of the flavour, without the ones that the script removes.
 std::vector<Type> Types();
@@ -47,7 +48,7 @@ struct Argument {
 };
 
 struct Result {
-    std::vector<int> types; ///< of the columns; empty for a statement without rows
+    std::vector<int> types; ///< C types of the columns; none for a statement without rows
     std::vector<Row> rows;
     long affected = -1;
 };
@@ -57,7 +58,7 @@ Result Execute(Tables& tables, const std::string& sql, const std::vector<Argumen
 
 /// The bytes of a cell for a buffer of a C type, without a closing zero. Fails with 07006 where the type of
 /// the column has no such form.
-Cell ToC(int cType, int sqlType, const Cell& cell);
+Cell ToC(int cType, int own, const Cell& cell);
 
 } // namespace testodbc
 

@@ -41,8 +41,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(On, Crash, testing::Values(kSqlite, kPostgresql),
-                         [](const auto& backend) { return std::string(backend.param.name); });
+INSTANTIATE_TEST_SUITE_P(On, Crash, testing::Values(kSqlite, kPostgresql), testing::PrintToStringParamName());
 
 TEST_P(Crash, KilledWritersLeaveTheOldOrTheNewState) {
     Tree tree(1, 1, 2);

@@ -57,7 +57,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Flavours, Dialect, testing::Values(kAccess, kSqlServer),
-                         [](const auto& backend) { return std::string(backend.param.name); });
+                         testing::PrintToStringParamName());
 
 /// In two files, each as the driver records it. A run with other calls writes them to test-results.
 TEST_P(Dialect, CallsAreAsRecorded) {

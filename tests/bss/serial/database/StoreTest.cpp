@@ -54,8 +54,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(On, Store, testing::ValuesIn(kBackends),
-                         [](const auto& backend) { return std::string(backend.param.name); });
+INSTANTIATE_TEST_SUITE_P(On, Store, testing::ValuesIn(kBackends), testing::PrintToStringParamName());
 
 TEST_P(Store, EveryKindOfValueComesBackInEveryStoredForm) {
     for (const long version : {bss::WVersion::GetVersion(5, 3, 0, 0), bss::WVersion::GetVersion(5, 3, 1, 0),
@@ -436,7 +435,7 @@ TEST_P(Store, NothingIsLeftAfterDisconnect) {
 using Directory = BackendTest;
 
 INSTANTIATE_TEST_SUITE_P(On, Directory, testing::Values(kSqlite, kPostgresql),
-                         [](const auto& backend) { return std::string(backend.param.name); });
+                         testing::PrintToStringParamName());
 
 TEST_P(Directory, EntriesAreCountedAndMissingOnesListed) {
     for (const wchar_t* const sql :
