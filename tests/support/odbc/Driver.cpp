@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <sstream>
 
 using namespace testodbc;
@@ -58,37 +59,16 @@ struct Buffer {
     SQLULEN size = 0;
 };
 
+/// For the record: each with a blank before it.
+template <typename... Parts>
+std::string Listed(const Parts&... parts) {
+    std::ostringstream out;
+    ((out << ' ' << parts), ...);
+    return out.str();
+}
+
 bool ComesAtExecution(const Buffer& parameter) {
-    return parameter.indicator != nullptr && *parameter.indicator <= SQL_LEN_DATA_AT_EXEC_OFFSET;
-}
-
-bool IsVariable(int cType) {
-    return cType == SQL_C_CHAR || cType == SQL_C_WCHAR || cType == SQL_C_BINARY;
-}
-
-Cell CellOf(const Buffer& parameter) {
-    const SQLLEN length = parameter.indicator != nullptr ? *parameter.indicator : parameter.room;
-    if (length == SQL_NULL_DATA) {
-        return nullptr;
-    }
-    if (length < 0 || parameter.data == nullptr) {
-        Fail("HY090", "length " + std::to_string(length));
-    }
-    return testodbc::CellOf(
-        std::string(static_cast<const char*>(parameter.data), static_cast<std::size_t>(length)));
-}
-
-std::string Describe(int number, const Buffer& parameter) {
-    const bool comes = ComesAtExecution(parameter);
-    const Cell cell = comes ? nullptr : CellOf(parameter);
-    return "parameter " + std::to_string(number) + ' ' + NameOf(Group::cType, parameter.cType) + ' ' +
-           NameOf(Group::sqlType, parameter.sqlType) + " size " + std::to_string(parameter.size) + " room " +
-           std::to_string(parameter.room) + " indicator " +
-           (parameter.indicator != nullptr ? NameOf(Group::length, *parameter.indicator) : "none") +
-           " value " +
-           (comes  ? "at execution"
-            : cell ? HexOf(*cell)
-                   : "NULL");
+    return *parameter.indicator <= SQL_LEN_DATA_AT_EXEC_OFFSET;
 }
 
 SQLRETURN ResultOf(Handle& handle, bool isWhole) {
@@ -106,54 +86,44 @@ struct Statement : Handle {
 
     SQLRETURN Start(const std::string& text) {
         m_waiting.clear();
-        m_supplied.clear();
-        m_current = 0;
+        m_arguments.clear();
+        m_isCurrent = false;
         Close();
         m_sql = text;
-        m_markers = static_cast<int>(std::count(text.begin(), text.end(), '?'));
-        for (int number = m_markers; number >= 1; --number) {
-            if (parameters.count(number) == 0) {
-                Fail("07002", "Too few parameters. Expected " + std::to_string(m_markers) + '.');
-            }
-            if (ComesAtExecution(parameters.at(number))) {
-                m_waiting.push_back(number);
-            }
+        const auto markers = static_cast<int>(std::count(text.begin(), text.end(), '?'));
+        if (std::distance(parameters.begin(), parameters.upper_bound(markers)) != markers) {
+            Fail("07002", "Too few parameters. Expected " + std::to_string(markers) + '.');
         }
-        for (int number = 1; number <= m_markers; ++number) {
-            RecordDetail(Describe(number, parameters.at(number)));
+        for (int number = 1; number <= markers; ++number) {
+            Take(number, parameters.at(number));
         }
         return m_waiting.empty() ? Run() : SQL_NEED_DATA;
     }
 
     SQLRETURN NextParameter(SQLPOINTER* data) {
-        if (m_current != 0) {
+        if (m_isCurrent) {
             // The driver wants to know lengths beforehand, as SQL Server's does.
-            const SQLLEN declared = SQL_LEN_DATA_AT_EXEC_OFFSET - *parameters.at(m_current).indicator;
-            if (m_supplied.count(m_current) == 0) {
-                Fail("HY010", "no data for parameter " + std::to_string(m_current));
+            const int number = m_waiting.front();
+            const auto declared = SQL_LEN_DATA_AT_EXEC_OFFSET - *parameters.at(number).indicator;
+            const Cell& cell = m_arguments.at(static_cast<std::size_t>(number) - 1).cell;
+            if (cell == nullptr || static_cast<SQLLEN>(cell->size()) != declared) {
+                Fail("22026", "parameter " + std::to_string(number) + " has another length than announced");
             }
-            if (m_supplied[m_current].size() != static_cast<std::size_t>(declared)) {
-                Fail("22026",
-                     "parameter " + std::to_string(m_current) + " has another length than announced");
-            }
+            m_waiting.pop_front();
         }
-        m_current = 0;
-        if (m_waiting.empty()) {
+        m_isCurrent = !m_waiting.empty();
+        if (!m_isCurrent) {
             return Run();
         }
-        m_current = m_waiting.back();
-        m_waiting.pop_back();
-        *data = parameters.at(m_current).data;
+        *data = parameters.at(m_waiting.front()).data;
         return SQL_NEED_DATA;
     }
 
+    /// A value comes in one piece.
     void Put(SQLPOINTER data, SQLLEN length) {
-        if (m_current == 0 || length < 0) {
-            Fail("HY010", "no parameter is waiting for data");
-        }
-        const std::string_view piece(static_cast<const char*>(data), static_cast<std::size_t>(length));
-        RecordResult(' ' + HexOf(piece));
-        m_supplied[m_current] += piece;
+        const Cell piece = CellOf({static_cast<const char*>(data), static_cast<std::size_t>(length)});
+        RecordResult(' ' + HexOf(*piece));
+        m_arguments.at(static_cast<std::size_t>(m_waiting.at(0)) - 1).cell = piece;
     }
 
     void Show(std::vector<int> types, std::vector<Row> rows) {
@@ -216,16 +186,26 @@ private:
         Cell image;
     };
 
-    SQLRETURN Run() {
-        std::vector<Argument> arguments;
-        for (int number = 1; number <= m_markers; ++number) {
-            const Buffer& parameter = parameters.at(number);
-            const auto supplied = m_supplied.find(number);
-            arguments.push_back({parameter.cType, supplied != m_supplied.end()
-                                                      ? testodbc::CellOf(supplied->second)
-                                                      : CellOf(parameter)});
+    /// The value of a parameter, unless it is to come.
+    void Take(int number, const Buffer& from) {
+        Cell cell;
+        std::string value = "NULL";
+        if (ComesAtExecution(from)) {
+            m_waiting.push_back(number);
+            value = "at execution";
+        } else if (*from.indicator != SQL_NULL_DATA) {
+            cell = CellOf({static_cast<const char*>(from.data), static_cast<std::size_t>(*from.indicator)});
+            value = HexOf(*cell);
         }
-        result = connection.Run(m_sql, arguments);
+        m_arguments.push_back({from.cType, cell});
+        RecordDetail("parameter" + Listed(number, NameOf(Group::cType, from.cType),
+                                          NameOf(Group::sqlType, from.sqlType), "size", from.size, "room",
+                                          from.room, "indicator", NameOf(Group::length, *from.indicator),
+                                          "value", value));
+    }
+
+    SQLRETURN Run() {
+        result = connection.Run(m_sql, m_arguments);
         return result.affected == 0 ? SQL_NO_DATA : SQL_SUCCESS;
     }
 
@@ -237,9 +217,6 @@ private:
         }
         const Cell& cell = result.rows[m_next - 1][at];
         if (cell == nullptr) {
-            if (target.indicator == nullptr) {
-                Fail("22002", "Indicator variable required but not supplied");
-            }
             *target.indicator = SQL_NULL_DATA;
             progress.isDone = true;
             return SQL_SUCCESS;
@@ -250,30 +227,26 @@ private:
         }
         const std::size_t left = progress.image->size() - progress.bytes;
         const std::size_t zero = target.cType == SQL_C_CHAR ? 1 : target.cType == SQL_C_WCHAR ? 2 : 0;
-        const auto room = IsVariable(target.cType) ? static_cast<std::size_t>(target.room) : left;
-        const std::size_t count = room < zero
-                                      ? 0
-                                      : std::min(left, (room - zero) / std::max<std::size_t>(zero, 1) *
-                                                           std::max<std::size_t>(zero, 1));
+        const bool isVariable = zero != 0 || target.cType == SQL_C_BINARY;
+        const auto room = isVariable ? static_cast<std::size_t>(target.room) : left;
+        const std::size_t usable = room < zero ? 0 : room - zero;
+        const std::size_t count = std::min(left, zero == 2 ? usable / 2 * 2 : usable);
         if (target.data != nullptr && room >= zero) {
             std::memcpy(target.data, progress.image->data() + progress.bytes, count);
             std::memset(static_cast<char*>(target.data) + count, 0, zero);
         }
         progress.bytes += count;
         progress.isDone = count == left && room >= zero;
-        if (target.indicator != nullptr) {
-            const bool isHidden = State().hidesTotals && !progress.isDone;
-            *target.indicator = isHidden ? SQL_NO_TOTAL : static_cast<SQLLEN>(left);
-        }
+        const bool isHidden = State().hidesTotals && !progress.isDone;
+        *target.indicator = isHidden ? SQL_NO_TOTAL : static_cast<SQLLEN>(left);
         return ResultOf(*this, progress.isDone);
     }
 
     std::string m_sql;
-    int m_markers = 0;
-    std::vector<int> m_waiting; ///< parameters whose data is still to come, the next one last
-    int m_current = 0;
-    std::map<int, std::string> m_supplied;
-    std::size_t m_next = 0; ///< position of the row that is fetched next
+    std::vector<Argument> m_arguments;
+    std::deque<int> m_waiting; ///< parameters whose data is still to come
+    bool m_isCurrent = false;  ///< that of the first one is
+    std::size_t m_next = 0;    ///< position of the row that is fetched next
     Progress m_progress;
 };
 
@@ -289,14 +262,6 @@ SQLRETURN Enter(const char* call, SQLHANDLE handle, const std::string& arguments
             return body(object);
         }
     });
-}
-
-/// For the record: each with a blank before it.
-template <typename... Parts>
-std::string Listed(const Parts&... parts) {
-    std::ostringstream out;
-    ((out << ' ' << parts), ...);
-    return out.str();
 }
 
 std::string TextFrom(const SQLWCHAR* text, SQLINTEGER length) {
@@ -500,7 +465,7 @@ ENTRY SQLGetTypeInfoW(SQLHSTMT handle, SQLSMALLINT type) {
                                 std::vector<Row> rows;
                                 for (const Type& each : Types()) {
                                     if (each.sqlType == type) {
-                                        rows.push_back({testodbc::CellOf(each.name)});
+                                        rows.push_back({CellOf(each.name)});
                                     }
                                 }
                                 statement.Show({SQL_C_CHAR}, std::move(rows));
@@ -513,10 +478,10 @@ ENTRY SQLTablesW(SQLHSTMT handle, SQLWCHAR* catalog, SQLSMALLINT catalogLength, 
     const auto show = [&](Statement& statement) {
         std::vector<Row> rows;
         if (TextFrom(type, typeLength) != "TABLE") { // each back-end has some of its own
-            rows.push_back({nullptr, nullptr, testodbc::CellOf(std::string("MSysObjects"))});
+            rows.push_back({nullptr, nullptr, CellOf(std::string("MSysObjects"))});
         }
         for (const auto& [name, each] : AllTables()) {
-            rows.push_back({nullptr, nullptr, testodbc::CellOf(name)});
+            rows.push_back({nullptr, nullptr, CellOf(name)});
         }
         statement.Show(std::vector<int>(3, SQL_C_CHAR), std::move(rows));
     };
@@ -535,10 +500,10 @@ ENTRY SQLColumnsW(SQLHSTMT handle, SQLWCHAR* catalog, SQLSMALLINT catalogLength,
         std::vector<Row> rows;
         for (const Column& each : AllTables()[TextFrom(table, tableLength)].columns) {
             Row& row = rows.emplace_back(types.size());
-            row[3] = testodbc::CellOf(each.name);
-            row[5] = testodbc::CellOf(each.type.name);
-            row[13] = testodbc::CellOf(std::int32_t{each.type.sqlType});
-            row[16] = testodbc::CellOf(static_cast<std::int32_t>(rows.size()));
+            row[3] = CellOf(each.name);
+            row[5] = CellOf(each.type.name);
+            row[13] = CellOf(std::int32_t{each.type.sqlType});
+            row[16] = CellOf(static_cast<std::int32_t>(rows.size()));
         }
         statement.Show(types, std::move(rows));
     };
@@ -564,7 +529,7 @@ ENTRY SQLGetData(SQLHSTMT handle, SQLUSMALLINT column, SQLSMALLINT cType, SQLPOI
                  SQLLEN* indicator) {
     const auto get = [&](Statement& statement) {
         const SQLRETURN result = statement.GetData(column, {cType, data, room, indicator});
-        if (indicator != nullptr && SQL_SUCCEEDED(result)) {
+        if (SQL_SUCCEEDED(result)) {
             RecordResult(" indicator " + NameOf(Group::length, *indicator));
         }
         return result;
