@@ -21,7 +21,6 @@ inline const std::filesystem::path& OdbcFolder() {
             std::filesystem::create_directories(path);
             setenv("ODBCSYSINI", KRTBSS_TEST_ODBC_ROOT, 1);
             setenv("ODBCINI", (path / "odbc.ini").c_str(), 1);
-            setenv("KRTBSS_TEST_ODBC_FOLDER", path.c_str(), 1);
         }
         ~Folder() {
             std::error_code ignored;

@@ -1,32 +1,12 @@
-// The tests' own ODBC driver, set up for a test program: it answers as Microsoft Access or as SQL Server,
-// keeps tables and rows in the memory of the process, fails on demand, and records every call that reaches
-// it.
+// The tests' own ODBC driver, set up for a test program: it acts as Microsoft Access or as SQL Server, keeps
+// tables and rows in the memory of the process, fails on demand, and records every call that reaches it.
 //
 //     TestDriver& driver = TestDriver::Get();      // before the first ODBC call of the process
-//     driver.Clear();
-//     driver.Script({"flavour sqlserver", "fail SQLEndTran 1 40001 1205 Deadlock victim."});
+//     driver.Clear("sqlserver");
+//     driver.Fail("SQLEndTran", 1, {"40001", "Deadlock victim.", 1205});
 //     ... connect to the source "krtbss-test" or the driver "Microsoft Access Driver (*.mdb)", and write ...
 //     EXPECT_EQ(driver.Record("SQLEndTran").at(0),
 //               "SQLEndTran C1 SQL_COMMIT = SQL_ERROR 40001 1205 \"Deadlock victim.\"");
-//
-// A script replaces the one before and holds from the next call of the driver on. Its lines:
-//
-//     flavour access | sqlserver     types, capabilities and syntax; access unless said otherwise
-//     without TYPE                   SQLGetTypeInfo has no row for bit, char, integer, decimal, float,
-//                                    double, wlongvarchar, longvarbinary or guid
-//     extensions NUMBER              SQL_GETDATA_EXTENSIONS, which SQLGetData then obeys; without this line
-//                                    15 for Access, 4 for SQL Server
-//     dbms TEXT                      SQL_DBMS_NAME; else "ACCESS" or "Microsoft SQL Server"
-//     database TEXT                  SQL_DATABASE_NAME; else the file or the data source connected to
-//     no-totals                      SQLGetData says SQL_NO_TOTAL of what it cuts
-//     fail CALL N STATE NATIVE TEXT  the N-th call of this function does nothing but fail
-//     info CALL N STATE NATIVE TEXT  the N-th call, if it succeeds, is SQL_SUCCESS_WITH_INFO with this
-//     answer CALL N CODE             the N-th call does nothing but return the code
-//     clear [NUMBER]                 forgets all tables; with a number, if the last script had another
-//     # TEXT                         nothing
-//
-// Calls are counted from the script on, under their names in the driver: "SQLExecDirectW". After a line that
-// can't be read every call fails, naming it.
 //
 // A line of the record is the function, the handle, the arguments, what came out, " = ", the result, and of
 // each diagnostic record the state, the number and the text. Handles are E1, C1, S1 and so on, each with the
@@ -34,9 +14,10 @@
 //
 //     parameter 2 SQL_C_SLONG SQL_INTEGER size 0 room 4 indicator 4 value 01000000
 //
-// with the first 32 bytes, "NULL", or "at execution": those bytes are in the line of SQLPutData. The driver
-// manager hands on attributes of a connection when it connects, and asks for SQL_CURSOR_COMMIT_BEHAVIOR and
-// SQL_CURSOR_ROLLBACK_BEHAVIOR on its own account; it answers SQLGetDiagRecW itself.
+// with up to 32 bytes (of a longer value, its length and a hash), "NULL", or "at execution": those bytes are
+// in the line of SQLPutData. The driver manager hands on attributes of a connection when it connects, and
+// asks for SQL_CURSOR_COMMIT_BEHAVIOR and SQL_CURSOR_ROLLBACK_BEHAVIOR on its own account; it answers
+// SQLGetDiagRecW itself.
 //
 // The driver is one a process (OdbcFolder.h), so there is one object. Not for several threads.
 
@@ -45,12 +26,40 @@
 
 #include "support/odbc/OdbcFolder.h"
 
-#include <filesystem>
-#include <fstream>
+#include <dlfcn.h>
+#include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+/// A diagnostic record.
+struct Diagnostic {
+    std::string state;
+    std::string text;
+    int native = 0;
+};
+
+/// The driver's memory, which the test program shares.
+struct DriverState {
+    struct Rule {
+        std::string call;
+        int callsToGo = 1;
+        Diagnostic diagnostic;
+        bool fails = true; ///< does nothing else; otherwise a success has the record
+    };
+    bool isAccess = true;
+    std::optional<unsigned>
+        extensions;             ///< SQL_GETDATA_EXTENSIONS, which SQLGetData obeys; else the flavour's
+    std::string dbms;           ///< SQL_DBMS_NAME; empty for the flavour's
+    std::string database;       ///< SQL_DATABASE_NAME; empty for what was connected to
+    std::set<int> missingTypes; ///< SQL types of which SQLGetTypeInfo has no row
+    bool hidesTotals = false;   ///< SQLGetData says SQL_NO_TOTAL of what it cuts
+    std::vector<Rule> rules;
+    std::vector<std::string> record;
+    void (*dropTables)() = nullptr;
+};
 
 class TestDriver {
 public:
@@ -61,53 +70,47 @@ public:
     TestDriver(const TestDriver&) = delete;
     TestDriver& operator=(const TestDriver&) = delete;
 
-    void Script(const std::vector<std::string>& lines) {
-        // A number makes each script another, so that the driver notices it.
-        std::string text = "# script " + std::to_string(++m_scripts) + '\n';
-        for (const std::string& line : lines) {
-            text += line + '\n';
-        }
-        Write("script", text + "clear " + std::to_string(m_clears) + '\n');
+    /// No tables, no record and no rules. No transaction may be open.
+    void Clear(const std::string& flavour = "access") {
+        state.dropTables();
+        void (*const dropTables)() = state.dropTables;
+        state = {};
+        state.isAccess = flavour == "access";
+        state.dropTables = dropTables;
     }
 
-    /// No tables, no script, and the record so far is passed over. The tables go with the next call of the
-    /// driver, whatever script there is then; no transaction should be open.
-    void Clear() {
-        ++m_clears;
-        Script({});
-        Record();
+    /// The n-th call of a function from now on fails. Several failures of one call give it several records.
+    void Fail(const std::string& call, int n, const Diagnostic& diagnostic) {
+        state.rules.push_back({call, n, diagnostic, true});
+    }
+    /// Likewise, but the call succeeds with this information.
+    void Inform(const std::string& call, int n, const Diagnostic& diagnostic) {
+        state.rules.push_back({call, n, diagnostic, false});
     }
 
     /// The lines since the last call, of all functions or of one.
     std::vector<std::string> Record(std::string_view function = {}) {
-        std::ifstream file(m_folder / "record", std::ios::binary);
-        file.seekg(m_read);
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(file, line);) {
-            m_read += static_cast<std::streamoff>(line.size()) + 1;
-            if (function.empty() || line.substr(0, line.find(' ')) == function) {
-                lines.push_back(line);
-            }
-        }
+        std::vector<std::string> lines = std::move(state.record);
+        state.record.clear();
+        std::erase_if(lines, [function](const std::string& line) {
+            return !function.empty() && line.substr(0, line.find(' ')) != function;
+        });
         return lines;
     }
 
-    static bool HasSqlite() { return !std::string_view(KRTBSS_SQLITE_ODBC).empty(); }
+    DriverState& state;
 
 private:
-    TestDriver() : m_folder(OdbcFolder()) { Write("record", {}); }
+    TestDriver() : state(Load()) { OdbcFolder(); }
 
-    void Write(const char* name, const std::string& text) const {
-        std::ofstream file(m_folder / name, std::ios::binary | std::ios::trunc);
-        if (!(file << text << std::flush)) {
-            throw std::runtime_error("cannot write " + (m_folder / name).string());
+    static DriverState& Load() {
+        void* const module = dlopen(KRTBSS_TEST_ODBC_DRIVER, RTLD_NOW | RTLD_LOCAL);
+        void* const entry = module == nullptr ? nullptr : dlsym(module, "GetDriverState");
+        if (entry == nullptr) {
+            throw std::runtime_error(dlerror());
         }
+        return *reinterpret_cast<DriverState* (*)()>(entry)();
     }
-
-    const std::filesystem::path& m_folder;
-    std::streamoff m_read = 0;
-    int m_scripts = 0;
-    int m_clears = 0;
 };
 
 #endif

@@ -5,8 +5,11 @@
 
 #include "Persistent.h"
 
+#include "bss/system/WGuid.h"
+
 #include <ctime>
 #include <string>
+#include <tuple>
 #include <vector>
 
 /// A member of every kind that a table can hold.
@@ -26,17 +29,14 @@ public:
         bRead ? database.RetrieveF(L"m_series", series) : database.InsertF(L"m_series", series);
     }
 
-    bool IsSame(const Everything& other) const {
-        return flag == other.flag && small == other.small && number == other.number && wide == other.wide &&
-               single == other.single && real == other.real && text == other.text && narrow == other.narrow &&
-               guid == other.guid && texts == other.texts && narrows == other.narrows &&
-               flags == other.flags && reals == other.reals && longs == other.longs &&
-               numbers == other.numbers && smalls == other.smalls && singlesVector == other.singlesVector &&
-               series == other.series && time.tm_year == other.time.tm_year &&
-               time.tm_mon == other.time.tm_mon && time.tm_mday == other.time.tm_mday &&
-               time.tm_hour == other.time.tm_hour && time.tm_min == other.time.tm_min &&
-               time.tm_sec == other.time.tm_sec;
+    auto Members() const {
+        const std::vector<int> moment = {time.tm_year, time.tm_mon, time.tm_mday,
+                                         time.tm_hour, time.tm_min, time.tm_sec};
+        return std::make_tuple(flag, small, number, wide, single, real, text, narrow, moment,
+                               bss::WGuid::GetAsText(guid), texts, narrows, flags, reals, longs, numbers,
+                               smalls, singlesVector, series);
     }
+    bool IsSame(const Everything& other) const { return Members() == other.Members(); }
 
     void Fill() {
         flag = true;

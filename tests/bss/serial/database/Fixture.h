@@ -54,8 +54,7 @@ protected:
 #ifndef _WIN32
         OdbcFolder();
         if (IsTestDriver()) {
-            TestDriver::Get().Clear();
-            TestDriver::Get().Script({std::string("flavour ") + m_backend.name});
+            TestDriver::Get().Clear(m_backend.name);
         }
 #endif
         if (IsPostgresql()) {
