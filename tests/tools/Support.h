@@ -5,7 +5,7 @@
 #define TESTS_TOOLS_SUPPORT_H
 
 #include "common/Failure.h"
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -4,7 +4,7 @@
 #include "common/Entry.h"
 
 #ifdef _WIN32
-#include "krtpal/text.h"
+#include "krtpal/common/text.h"
 
 int wmain(int count, wchar_t** values) {
     std::vector<std::string> arguments;

@@ -203,7 +203,8 @@ private:
     mutable std::vector<double> m_adResiduals;
     mutable std::vector<double> m_adResidualCoefficients;
     mutable bool m_bResidualsComplete = false;
-    /// The weights w, with 1.0 replaced by 100.0. Cached while m_bWeightsKept, otherwise computed at each use.
+    /// The weights w, with 1.0 replaced by 100.0. Cached while m_bWeightsKept, otherwise computed at each
+    /// use.
     mutable std::vector<double> m_adWeights;
     mutable bool m_bWeightsKept = false;
     mutable bool m_bWeightsAreNumbers = true;

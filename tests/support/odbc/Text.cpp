@@ -1,7 +1,7 @@
 // Apart from the other sources: the driver manager's headers define types of the same names.
 
-#include "krtpal/text.h"
 #include "bss/system/WGuid.h"
+#include "krtpal/common/text.h"
 
 #include <cstring>
 #include <string>
@@ -20,7 +20,7 @@ std::string Utf16Image(const std::string& text) {
 }
 
 std::string TextOfGuid(const std::string& image) {
-    GUID guid{};
+    krtpal::GUID guid{};
     std::memcpy(&guid, image.data(), sizeof(guid));
     return krtpal::Utf8FromWide(bss::WGuid::GetAsText(guid));
 }
