@@ -1,7 +1,7 @@
 // Apart from the other sources: the driver manager's headers define types of the same names.
 
-#include "bss/system/WGuid.h"
 #include "krtpal/common/text.h"
+#include "bss/system/WGuid.h"
 
 #include <cstring>
 #include <string>
