@@ -1,5 +1,6 @@
 #include "krtpal/variant.h"
 #include "support/Expect.h"
+#include "support/Wine.h"
 
 #include <bit>
 #include <cstdint>
@@ -161,6 +162,9 @@ TEST(Variant, NumbersBecomeIntegersOfTheirValueOrOverflow) {
     for (const auto& [kind, rows] : reals) {
         for (const auto& [real, text] : rows) {
             SCOPED_TRACE(real);
+            if (real == -0x1p63 && RunsUnderWine()) {
+                continue; // which takes the least number for an overflow
+            }
             Value number(real);
             check(number, kind, text);
         }
