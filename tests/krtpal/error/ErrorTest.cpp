@@ -4,7 +4,7 @@
 #include "support/Expect.h"
 
 #include <algorithm>
-#include <barrier>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <thread>
