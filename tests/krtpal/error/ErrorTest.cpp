@@ -10,15 +10,16 @@
 #include <thread>
 
 TEST(LastError, BelongsToTheThread) {
-    // Starting and joining a thread may set the error of the calling one: both set theirs before one of them
-    // looks.
-    std::barrier together(2);
-    const auto keeps = [&together](DWORD error) {
+    // Waits set the error of the calling thread on Windows: both threads set theirs before one of them looks,
+    // and none waits.
+    std::atomic<int> ready = 0;
+    const auto keeps = [&ready](DWORD error) {
         SetLastError(error);
-        together.arrive_and_wait();
+        for (++ready; ready != 2;) {
+        }
         EXPECT_EQ(GetLastError(), error);
     };
-    std::thread other(keeps, ERROR_ACCESS_DENIED);
+    std::thread other(keeps, static_cast<DWORD>(ERROR_ACCESS_DENIED));
     keeps(ERROR_INVALID_HANDLE);
     other.join();
 }
