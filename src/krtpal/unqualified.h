@@ -2,7 +2,7 @@
 //
 //     #include "krtpal/unqualified.h"
 //
-//     SYSTEMTIME time = bss::WSystemTimeEx().GetDateTime();      // without it: krtpal::SYSTEMTIME
+//     const SYSTEMTIME now = bss::WSystemTimeEx();      // without this header: krtpal::SYSTEMTIME
 //
 // On Windows the names are global, and this header has no effect. On Linux it is one using-directive for
 // namespace krtpal, which covers all headers of this layer, also those that are included later.

@@ -1,5 +1,14 @@
 // Catches failures of the library by type, across the module's border, and uses each kind of header that is
 // installed. Exit status 0 if all is as it should be; otherwise the number of the line that is not.
+//
+// The headers of ODBC come first here and last in second.cpp: they define BOOL, ULONG, WCHAR and others on
+// Linux.
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+#include <sql.h>
+#include <sqlext.h>
 
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/exception/WFileEventLog.h"
@@ -48,7 +57,11 @@ public:
     double m_fAngle;
 };
 
+/// In second.cpp: the year of a time stamp, through the system's type.
+int YearOf(const bss::WSystemTimeEx& time);
+
 int main() {
+    REQUIRE(YearOf(bss::WSystemTimeEx(44621.0)) == 2022) // an OLE date
     REQUIRE(Catches<bss::WNEDivideByZero>([] { bss::WBroadeningFunction().Evaluate(1.0); }))
     REQUIRE(Catches<bss::WNestedException>([] { bss::WBroadeningFunction().Evaluate(1.0); }))
     REQUIRE(Catches<bss::WNENoSolution>([] {
