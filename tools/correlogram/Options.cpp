@@ -55,8 +55,8 @@ std::string NotEmpty(const std::string& option, const std::string& path) {
 
 long ParseAnalysisNumber(const std::string& text) {
     const auto value = ParseNumber(text);
-    constexpr double highest = 2147483647.0;
-    if (!value || *value < 1.0 || *value > highest || *value != std::floor(*value)) {
+    constexpr double kHighest = 2147483647.0;
+    if (!value || *value < 1.0 || *value > kHighest || *value != std::floor(*value)) {
         throw Failure("--show " + QuoteStart(text) + " is not the number of an analysis.");
     }
     return static_cast<long>(*value);

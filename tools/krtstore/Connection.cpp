@@ -133,8 +133,8 @@ Kind KindOfStorage(const std::string& name) {
 
 /// Whether the text stands for its code units by four digits each, behind a mark.
 bool IsEscape(const std::wstring& text) {
-    constexpr unsigned mark = 0xFFFE;
-    return !text.empty() && static_cast<unsigned>(text[0]) == mark;
+    constexpr unsigned kMark = 0xFFFE;
+    return !text.empty() && static_cast<unsigned>(text[0]) == kMark;
 }
 
 bool IsWholeEscape(const std::wstring& text) {
@@ -382,13 +382,13 @@ void Connection::ConnectDataSource(const Arguments& arguments) {
 }
 
 void Connection::ReadCapabilities() {
-    constexpr std::uint32_t anyColumn = 1;
-    constexpr std::uint32_t anyOrder = 2;
+    constexpr std::uint32_t kAnyColumn = 1;
+    constexpr std::uint32_t kAnyOrder = 2;
     std::uint32_t extensions = 0;
     odbc::GetInfo(m_Link.connection, odbc::kGetDataExtensions, &extensions,
                   static_cast<std::int16_t>(sizeof(extensions)), nullptr);
     const std::wstring backEnd = InfoText(odbc::kDbmsName);
-    m_pDialect = bss::SqlDialect::Make(backEnd, (extensions & (anyColumn | anyOrder)) != 0);
+    m_pDialect = bss::SqlDialect::Make(backEnd, (extensions & (kAnyColumn | kAnyOrder)) != 0);
     m_bSqlite = backEnd == L"SQLite";
     m_sQuote = InfoText(kIdentifierQuote);
     if (m_sQuote == L" ") {

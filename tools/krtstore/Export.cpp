@@ -19,15 +19,15 @@ using tools::Json;
 /// In pieces, as the encoder counts in 32 bits; they join to one text since each but the last has a multiple
 /// of 3 bytes.
 Json Base64(std::span<const unsigned char> bytes) {
-    constexpr std::size_t piece = 49'152;
-    constexpr unsigned long flags = bss::base64::NoLineBreaks;
+    constexpr std::size_t kPiece = 49'152;
+    constexpr unsigned long kFlags = bss::base64::NoLineBreaks;
     std::string all;
-    for (std::size_t at = 0; at < bytes.size(); at += piece) {
-        const auto part = bytes.subspan(at, std::min(piece, bytes.size() - at));
+    for (std::size_t at = 0; at < bytes.size(); at += kPiece) {
+        const auto part = bytes.subspan(at, std::min(kPiece, bytes.size() - at));
         const auto size = static_cast<int>(part.size());
-        int length = bss::base64::EncodeGetRequiredLength(size, flags);
+        int length = bss::base64::EncodeGetRequiredLength(size, kFlags);
         std::string text(static_cast<std::size_t>(length), '\0');
-        bss::base64::Encode(part.data(), size, text.data(), &length, flags);
+        bss::base64::Encode(part.data(), size, text.data(), &length, kFlags);
         all.append(text, 0, static_cast<std::size_t>(length));
     }
     return all;

@@ -149,10 +149,10 @@ void Progress::Advance(const std::string& what) {
         return;
     }
     Clear();
-    constexpr std::size_t width = 40;
-    const std::string done(percent * width / 100, '#');
-    const std::string line =
-        "[" + PadRight(done, width) + "] " + PadLeft(std::to_string(percent), 3) + " % " + what.substr(0, 30);
+    constexpr std::size_t kWidth = 40;
+    const std::string done(percent * kWidth / 100, '#');
+    const std::string line = "[" + PadRight(done, kWidth) + "] " + PadLeft(std::to_string(percent), 3) +
+                             " % " + what.substr(0, 30);
     *m_pTerminal << line << std::flush;
     m_nPercent = percent;
     m_nWidth = line.size();

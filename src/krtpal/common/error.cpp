@@ -7,10 +7,10 @@ namespace krtpal {
 std::wstring SystemText(DWORD error) {
     const DWORD before = GetLastError();
     wchar_t* allocated = nullptr;
-    constexpr DWORD flags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                            FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
+    constexpr DWORD kFlags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
+                             FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
     const DWORD length =
-        FormatMessageW(flags, nullptr, error, 0, reinterpret_cast<LPWSTR>(&allocated), 0, nullptr);
+        FormatMessageW(kFlags, nullptr, error, 0, reinterpret_cast<LPWSTR>(&allocated), 0, nullptr);
     std::wstring text;
     if (length == 0) {
         text = L"Unknown error";

@@ -96,11 +96,11 @@ Result Connect(Handle connection, const std::wstring& dataSource, const std::wst
 }
 
 Result DriverConnect(Handle connection, const std::wstring& text) {
-    constexpr SQLSMALLINT room = 4096;
-    SQLWCHAR completed[room] = {};
+    constexpr SQLSMALLINT kRoom = 4096;
+    SQLWCHAR completed[kRoom] = {};
     SQLSMALLINT length = 0;
     Text request(text);
-    return SQLDriverConnectW(connection, nullptr, request.Data(), request.Length(), completed, room, &length,
+    return SQLDriverConnectW(connection, nullptr, request.Data(), request.Length(), completed, kRoom, &length,
                              SQL_DRIVER_NOPROMPT);
 }
 
@@ -183,16 +183,16 @@ Result CloseCursor(Handle statement) {
 }
 
 Result GetDiagRec(std::int16_t kind, Handle handle, std::int16_t number, DiagnosticRecord* record) {
-    constexpr SQLSMALLINT room = 1024;
+    constexpr SQLSMALLINT kRoom = 1024;
     SQLWCHAR state[6] = {};
-    SQLWCHAR text[room] = {};
+    SQLWCHAR text[kRoom] = {};
     SQLINTEGER nativeError = 0;
     SQLSMALLINT length = 0;
-    const Result result = SQLGetDiagRecW(kind, handle, number, state, &nativeError, text, room, &length);
+    const Result result = SQLGetDiagRecW(kind, handle, number, state, &nativeError, text, kRoom, &length);
     if (Succeeded(result)) {
         record->state = WideText(state, 5);
         record->nativeError = nativeError;
-        record->text = WideText(text, static_cast<std::size_t>(std::clamp<int>(length, 0, room - 1)));
+        record->text = WideText(text, static_cast<std::size_t>(std::clamp<int>(length, 0, kRoom - 1)));
     }
     return result;
 }

@@ -333,9 +333,9 @@ DWORD CheckFlags(DWORD flags) {
 }
 
 bool HasEnglishTexts(DWORD languageId) {
-    constexpr DWORD english = 9;
+    constexpr DWORD kEnglish = 9;
     const DWORD primary = languageId & 0x3FF;
-    return primary == LANG_NEUTRAL || primary == english;
+    return primary == LANG_NEUTRAL || primary == kEnglish;
 }
 
 DWORD Allocate(const std::wstring& text, DWORD leastSize, wchar_t** result) {

@@ -33,19 +33,19 @@ std::string SocketPath() {
 
 // Returns facility (1 user, 10 security for audits) and severity (RFC 3164).
 int PriorityOf(WORD type) {
-    constexpr int user = 1 * 8;
-    constexpr int security = 10 * 8;
+    constexpr int kUser = 1 * 8;
+    constexpr int kSecurity = 10 * 8;
     switch (type) {
     case EVENTLOG_ERROR_TYPE:
-        return user + 3;
+        return kUser + 3;
     case EVENTLOG_WARNING_TYPE:
-        return user + 4;
+        return kUser + 4;
     case EVENTLOG_AUDIT_SUCCESS:
-        return security + 5;
+        return kSecurity + 5;
     case EVENTLOG_AUDIT_FAILURE:
-        return security + 4;
+        return kSecurity + 4;
     default:
-        return user + 6;
+        return kUser + 6;
     }
 }
 
@@ -103,9 +103,9 @@ private:
         localtime_r(&now, &local);
         char time[32];
         // RFC 3164 has English names in every locale.
-        static constexpr const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-        std::snprintf(time, sizeof(time), "%s %2d %02d:%02d:%02d", months[local.tm_mon], local.tm_mday,
+        static constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+        std::snprintf(time, sizeof(time), "%s %2d %02d:%02d:%02d", kMonths[local.tm_mon], local.tm_mday,
                       local.tm_hour, local.tm_min, local.tm_sec);
         std::string datagram(1, '<');
         datagram.append(std::to_string(PriorityOf(type)))

@@ -155,17 +155,17 @@ void SweepOnce(int folder, bool machine) {
 } // namespace
 
 DWORD ParseObjectName(const wchar_t* name, ObjectName* parsed) {
-    constexpr std::wstring_view global = L"Global\\";
-    constexpr std::wstring_view local = L"Local\\";
+    constexpr std::wstring_view kGlobal = L"Global\\";
+    constexpr std::wstring_view kLocal = L"Local\\";
     std::wstring_view rest = name;
     if (rest.size() > MAX_PATH) {
         return ERROR_FILENAME_EXCED_RANGE;
     }
-    parsed->global = rest.substr(0, global.size()) == global;
+    parsed->global = rest.substr(0, kGlobal.size()) == kGlobal;
     if (parsed->global) {
-        rest.remove_prefix(global.size());
-    } else if (rest.substr(0, local.size()) == local) {
-        rest.remove_prefix(local.size());
+        rest.remove_prefix(kGlobal.size());
+    } else if (rest.substr(0, kLocal.size()) == kLocal) {
+        rest.remove_prefix(kLocal.size());
     }
     if (rest.empty()) {
         return ERROR_INVALID_NAME;

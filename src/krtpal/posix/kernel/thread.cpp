@@ -56,8 +56,8 @@ bool ReadThreadFile(std::uint32_t process, std::uint32_t thread, char* state, st
     }
     field += 2;
     *state = *field;
-    constexpr int fieldsToStart = 19;
-    for (int i = 0; i < fieldsToStart && field != nullptr; ++i) {
+    constexpr int kFieldsToStart = 19;
+    for (int i = 0; i < kFieldsToStart && field != nullptr; ++i) {
         field = std::strchr(field + 1, ' ');
     }
     *start = field == nullptr ? 0 : std::strtoull(field, nullptr, 10);

@@ -16,9 +16,9 @@ namespace {
 class ModuleEntry {
 public:
     ModuleEntry() {
-        constexpr DWORD flags =
+        constexpr DWORD kFlags =
             GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-        GetModuleHandleExW(flags, reinterpret_cast<LPCWSTR>(this), &m_module);
+        GetModuleHandleExW(kFlags, reinterpret_cast<LPCWSTR>(this), &m_module);
         Call(DLL_PROCESS_ATTACH);
     }
     ModuleEntry(const ModuleEntry&) = delete;

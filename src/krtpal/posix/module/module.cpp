@@ -108,13 +108,13 @@ BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
         return FALSE;
     }
     *module = nullptr;
-    constexpr DWORD supported =
+    constexpr DWORD kSupported =
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    if ((flags & ~(supported | GET_MODULE_HANDLE_EX_FLAG_PIN)) != 0) {
+    if ((flags & ~(kSupported | GET_MODULE_HANDLE_EX_FLAG_PIN)) != 0) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    if (flags != supported) {
+    if (flags != kSupported) {
         SetLastError(ERROR_NOT_SUPPORTED);
         return FALSE;
     }
@@ -153,8 +153,8 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;
     }
-    constexpr std::uintptr_t lastOrdinal = 0xFFFF;
-    if (reinterpret_cast<std::uintptr_t>(name) <= lastOrdinal) {
+    constexpr std::uintptr_t kLastOrdinal = 0xFFFF;
+    if (reinterpret_cast<std::uintptr_t>(name) <= kLastOrdinal) {
         SetLastError(name == nullptr ? ERROR_INVALID_PARAMETER : ERROR_NOT_SUPPORTED);
         return nullptr;
     }

@@ -79,8 +79,8 @@ private:
         std::uint16_t magic = 0;
         std::uint32_t start = 0;
         std::uint32_t signature = 0;
-        constexpr std::uint64_t startAt = 0x3C;
-        if (!m_file.Read(0, &magic) || magic != 0x5A4D || !m_file.Read(startAt, &start) ||
+        constexpr std::uint64_t kStartAt = 0x3C;
+        if (!m_file.Read(0, &magic) || magic != 0x5A4D || !m_file.Read(kStartAt, &start) ||
             !m_file.Read(start, &signature) || signature != 0x4550) {
             return false;
         }

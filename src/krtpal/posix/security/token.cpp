@@ -92,8 +92,8 @@ BOOL GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind, LPVOID info
 }
 
 DWORD GetLengthSid(PSID sid) {
-    constexpr DWORD header = 8;
-    return header + 4U * static_cast<const UCHAR*>(sid)[1];
+    constexpr DWORD kHeader = 8;
+    return kHeader + 4U * static_cast<const UCHAR*>(sid)[1];
 }
 
 BOOL CopySid(DWORD length, PSID target, PSID source) {

@@ -24,8 +24,8 @@ HRESULT CoCreateGuid(GUID* id) {
 }
 
 int StringFromGUID2(REFGUID id, LPWSTR text, int count) {
-    constexpr int needed = 39;
-    if (text == nullptr || count < needed) {
+    constexpr int kNeeded = 39;
+    if (text == nullptr || count < kNeeded) {
         return 0;
     }
     const auto write = [&text](std::uint64_t number, int digits) {
@@ -47,16 +47,16 @@ int StringFromGUID2(REFGUID id, LPWSTR text, int count) {
     }
     *text++ = L'}';
     *text = L'\0';
-    return needed;
+    return kNeeded;
 }
 
 int UuidCompare(UUID* a, UUID* b, RPC_STATUS* status) {
-    static constexpr GUID zeros{};
+    static constexpr GUID kZeros{};
     if (status != nullptr) {
         *status = RPC_S_OK;
     }
-    const GUID& left = a == nullptr ? zeros : *a;
-    const GUID& right = b == nullptr ? zeros : *b;
+    const GUID& left = a == nullptr ? kZeros : *a;
+    const GUID& right = b == nullptr ? kZeros : *b;
     const auto compare = [](auto x, auto y) { return x < y ? -1 : (y < x ? 1 : 0); };
     if (left.Data1 != right.Data1) {
         return compare(left.Data1, right.Data1);

@@ -16,10 +16,10 @@ struct Decimal {
 
 Decimal ExactDecimal(double magnitude) {
     // The largest subnormal number has the longest expansion, 767 significant digits.
-    constexpr int mostDigits = 767;
-    char buffer[mostDigits + 16];
+    constexpr int kMostDigits = 767;
+    char buffer[kMostDigits + 16];
     const auto end = std::to_chars(std::begin(buffer), std::end(buffer), magnitude,
-                                   std::chars_format::scientific, mostDigits - 1)
+                                   std::chars_format::scientific, kMostDigits - 1)
                          .ptr;
     const std::string_view text(buffer, static_cast<std::size_t>(end - buffer));
     const std::size_t mark = text.find('e');
@@ -109,9 +109,9 @@ bool TakeExponent(std::wstring_view* text, int* exponent) {
         return false;
     }
     DropLeadingZeros(&digits);
-    constexpr std::size_t mostDigits = 5;
-    constexpr int farOut = 100'000;
-    const int value = digits.empty() ? 0 : digits.size() > mostDigits ? farOut : std::stoi(digits);
+    constexpr std::size_t kMostDigits = 5;
+    constexpr int kFarOut = 100'000;
+    const int value = digits.empty() ? 0 : digits.size() > kMostDigits ? kFarOut : std::stoi(digits);
     *exponent = negative ? -value : value;
     return true;
 }

@@ -143,7 +143,7 @@ double ToReal(const Number& number) {
 // all bits set in every width.
 template <typename T>
 HRESULT ToInteger(const Number& number, T* result) {
-    constexpr auto lowest = std::numeric_limits<T>::min();
+    constexpr auto kLowest = std::numeric_limits<T>::min();
     switch (number.family) {
     case Number::Family::Boolean:
         *result = static_cast<T>(number.integer);
@@ -166,7 +166,7 @@ HRESULT ToInteger(const Number& number, T* result) {
     const double rounded = std::nearbyint(number.real);
     // The upper bound is a power of two and therefore exact, unlike the largest 64-bit value.
     const double end = std::ldexp(1.0, std::numeric_limits<T>::digits);
-    if (!(rounded >= static_cast<double>(lowest) && rounded < end)) {
+    if (!(rounded >= static_cast<double>(kLowest) && rounded < end)) {
         return DISP_E_OVERFLOW;
     }
     *result = static_cast<T>(rounded);
@@ -274,8 +274,8 @@ HRESULT ConvertText(std::wstring_view text, VARIANT* result) {
         return DISP_E_OVERFLOW;
     }
     // Integers of up to 18 digits are converted exactly.
-    constexpr std::size_t exactDigits = 18;
-    if (parsed->IsInteger() && parsed->integer.size() <= exactDigits && result->vt != VT_R8 &&
+    constexpr std::size_t kExactDigits = 18;
+    if (parsed->IsInteger() && parsed->integer.size() <= kExactDigits && result->vt != VT_R8 &&
         result->vt != VT_R4) {
         const LONGLONG magnitude = parsed->integer.empty() ? 0 : std::stoll(parsed->integer);
         return ConvertNumber(SignedNumber(parsed->negative ? -magnitude : magnitude), VT_BSTR, result);
@@ -382,9 +382,9 @@ HRESULT Convert(const VARIANT& value, USHORT flags, VARIANT* result) {
 }
 
 bool HasDecimalPoint(LCID locale) {
-    constexpr LCID english = 0x09;
+    constexpr LCID kEnglish = 0x09;
     return locale == 0 || locale == LOCALE_USER_DEFAULT || locale == LOCALE_SYSTEM_DEFAULT ||
-           locale == LOCALE_INVARIANT || (locale & 0x3FF) == english;
+           locale == LOCALE_INVARIANT || (locale & 0x3FF) == kEnglish;
 }
 
 } // namespace
@@ -433,9 +433,9 @@ HRESULT VariantChangeType(VARIANT* target, VARIANT* source, USHORT flags, VARTYP
 }
 
 HRESULT VariantChangeTypeEx(VARIANT* target, VARIANT* source, LCID locale, USHORT flags, VARTYPE kind) {
-    constexpr USHORT knownFlags =
+    constexpr USHORT kKnownFlags =
         VARIANT_NOVALUEPROP | VARIANT_ALPHABOOL | VARIANT_NOUSEROVERRIDE | VARIANT_LOCALBOOL;
-    if (target == nullptr || source == nullptr || (flags & ~knownFlags) != 0 || !HasDecimalPoint(locale)) {
+    if (target == nullptr || source == nullptr || (flags & ~kKnownFlags) != 0 || !HasDecimalPoint(locale)) {
         return E_INVALIDARG;
     }
     if (!IsKind(source->vt) || !IsKind(kind)) {

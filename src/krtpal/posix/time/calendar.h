@@ -19,8 +19,8 @@ constexpr bool IsLeapYear(std::int64_t year) {
 
 /// REQUIRES: month 1 to 12.
 constexpr int DaysInMonth(std::int64_t year, int month) {
-    constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && IsLeapYear(year) ? 29 : days[month - 1];
+    constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return month == 2 && IsLeapYear(year) ? 29 : kDays[month - 1];
 }
 
 constexpr std::int64_t FloorDivide(std::int64_t a, std::int64_t b) {
@@ -35,17 +35,17 @@ constexpr std::int64_t DaysFromDate(const CivilDate& date) {
     const std::int64_t dayOfYear = (153 * monthFromMarch + 2) / 5 + date.day - 1;
     const std::int64_t days =
         365 * year + FloorDivide(year, 4) - FloorDivide(year, 100) + FloorDivide(year, 400) + dayOfYear;
-    constexpr std::int64_t daysBefore1601 = 365 * 1600 + 400 - 16 + 4 + 306;
-    return days - daysBefore1601;
+    constexpr std::int64_t kDaysBefore1601 = 365 * 1600 + 400 - 16 + 4 + 306;
+    return days - kDaysBefore1601;
 }
 
 /// Returns the date of a number of days from 1 January 1601.
 constexpr CivilDate DateFromDays(std::int64_t days) {
-    constexpr std::int64_t daysOf400Years = 146097;
+    constexpr std::int64_t kDaysOf400Years = 146097;
     // From 1 March 1600, the start of a cycle of 400 years.
     const std::int64_t shifted = days + 306;
-    const std::int64_t cycle = FloorDivide(shifted, daysOf400Years);
-    const std::int64_t dayOfCycle = shifted - cycle * daysOf400Years;
+    const std::int64_t cycle = FloorDivide(shifted, kDaysOf400Years);
+    const std::int64_t dayOfCycle = shifted - cycle * kDaysOf400Years;
     const std::int64_t yearOfCycle =
         (dayOfCycle - dayOfCycle / 1460 + dayOfCycle / 36524 - dayOfCycle / 146096) / 365;
     const std::int64_t dayOfYear = dayOfCycle - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);

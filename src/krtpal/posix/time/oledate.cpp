@@ -50,16 +50,16 @@ INT SystemTimeToVariantTime(SYSTEMTIME* time, double* date) {
 }
 
 INT VariantTimeToSystemTime(double date, SYSTEMTIME* time) {
-    constexpr double first = static_cast<double>(kFirstDay);
-    constexpr double last = static_cast<double>(kLastDay);
-    if (!(date > first - 1.0 && date < last + 1.0)) {
+    constexpr double kFirst = static_cast<double>(kFirstDay);
+    constexpr double kLast = static_cast<double>(kLastDay);
+    if (!(date > kFirst - 1.0 && date < kLast + 1.0)) {
         return FALSE;
     }
     const double wholeDays = std::trunc(date);
     // Compensates seconds that no fraction of a day expresses exactly.
-    constexpr double slack = 1e-11;
+    constexpr double kSlack = 1e-11;
     const double fraction = std::fabs(date - wholeDays);
-    double rest = fraction + slack < 1.0 ? fraction + slack : fraction;
+    double rest = fraction + kSlack < 1.0 ? fraction + kSlack : fraction;
     rest *= 24.0;
     const double hour = std::floor(rest);
     rest = (rest - hour) * 60.0;

@@ -34,9 +34,9 @@ std::int64_t OffsetAt(std::int64_t unixSeconds) {
 
 // A local time that occurs twice means the first one; one that is left out is taken by the new offset.
 std::int64_t ProcessLocalToUtc(std::int64_t localSeconds) {
-    constexpr std::int64_t day = 86'400;
-    const std::int64_t before = OffsetAt(localSeconds - day);
-    const std::int64_t after = OffsetAt(localSeconds + day);
+    constexpr std::int64_t kDay = 86'400;
+    const std::int64_t before = OffsetAt(localSeconds - kDay);
+    const std::int64_t after = OffsetAt(localSeconds + kDay);
     return OffsetAt(localSeconds - before) == before ? localSeconds - before : localSeconds - after;
 }
 
@@ -165,9 +165,9 @@ DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
     ZoneMoment standard = current;
     ZoneMoment daylight = current;
     int changes = 0;
-    constexpr std::int64_t step = std::int64_t{7} * 86'400;
-    for (std::int64_t low = startOfYear(year); low < startOfYear(year + 1); low += step) {
-        const std::int64_t high = std::min(low + step, startOfYear(year + 1));
+    constexpr std::int64_t kStep = std::int64_t{7} * 86'400;
+    for (std::int64_t low = startOfYear(year); low < startOfYear(year + 1); low += kStep) {
+        const std::int64_t high = std::min(low + kStep, startOfYear(year + 1));
         if (ZoneAt(low).daylight == ZoneAt(high).daylight) {
             continue;
         }
