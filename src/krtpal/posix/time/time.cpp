@@ -1,8 +1,8 @@
 #include "krtpal/time.h"
 
 #include "krtpal/error.h"
-#include "krtpal/posix/kernel/ticks.h"
 #include "krtpal/posix/time/calendar.h"
+#include "krtpal/posix/time/ticks.h"
 
 #include <cerrno>
 #include <ctime>

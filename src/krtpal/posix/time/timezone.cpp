@@ -1,7 +1,7 @@
 #include "krtpal/common/text.h"
 #include "krtpal/error.h"
-#include "krtpal/posix/kernel/ticks.h"
 #include "krtpal/posix/time/calendar.h"
+#include "krtpal/posix/time/ticks.h"
 #include "krtpal/time.h"
 
 #include <algorithm>

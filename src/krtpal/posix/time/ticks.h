@@ -1,7 +1,7 @@
 // Conversion between broken-down times and 64-bit tick counts.
 
-#ifndef KRTPAL_POSIX_KERNEL_TICKS_H
-#define KRTPAL_POSIX_KERNEL_TICKS_H
+#ifndef KRTPAL_POSIX_TIME_TICKS_H
+#define KRTPAL_POSIX_TIME_TICKS_H
 
 #include "krtpal/time.h"
 
