@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <thread>
 
 TEST(LastError, BelongsToTheThread) {
@@ -42,22 +43,19 @@ TEST(SystemText, HasNoLineEndAndKeepsTheLastError) {
 
 #ifndef _WIN32
 TEST(Errno, HasTheNumberOfItsMeaningAndATextForIt) {
-    const struct {
-        int number;
-        DWORD error;
-    } rows[] = {{0, ERROR_SUCCESS},
-                {ENOENT, ERROR_FILE_NOT_FOUND},
-                {EACCES, ERROR_ACCESS_DENIED},
-                {EPERM, ERROR_ACCESS_DENIED},
-                {EEXIST, ERROR_ALREADY_EXISTS},
-                {EINVAL, ERROR_INVALID_PARAMETER},
-                {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
-                {ENOSPC, ERROR_DISK_FULL},
-                {EPIPE, ERROR_BROKEN_PIPE},
-                {ETIMEDOUT, ERROR_TIMEOUT},
-                {987654, ERROR_GEN_FAILURE}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(krtpal::ErrorFromErrno(row.number), row.error) << row.number;
+    const std::map<int, DWORD> errors = {{0, ERROR_SUCCESS},
+                                         {ENOENT, ERROR_FILE_NOT_FOUND},
+                                         {EACCES, ERROR_ACCESS_DENIED},
+                                         {EPERM, ERROR_ACCESS_DENIED},
+                                         {EEXIST, ERROR_ALREADY_EXISTS},
+                                         {EINVAL, ERROR_INVALID_PARAMETER},
+                                         {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
+                                         {ENOSPC, ERROR_DISK_FULL},
+                                         {EPIPE, ERROR_BROKEN_PIPE},
+                                         {ETIMEDOUT, ERROR_TIMEOUT},
+                                         {987654, ERROR_GEN_FAILURE}};
+    for (const auto& [number, error] : errors) {
+        EXPECT_EQ(krtpal::ErrorFromErrno(number), error) << number;
     }
     for (int number = 0; number < 134; ++number) {
         EXPECT_NE(krtpal::SystemText(krtpal::ErrorFromErrno(number)), L"Unknown error")
