@@ -5,8 +5,7 @@
 #include "bss/module.h"
 #include "krtpal/error.h"
 #include "krtpal/registry.h"
-
-#include <gtest/gtest.h>
+#include "support/Expect.h"
 
 #include <cstdlib>
 #include <string>
@@ -17,9 +16,7 @@
 
 #include <windows.h>
 
-TEST(SystemLog, EntriesAreReadBackFromTheDaemon) {
-    GTEST_SKIP() << "there is no log daemon on Windows";
-}
+SKIPPED_TEST(SystemLog, EntriesAreReadBackFromTheDaemon, "there is no log daemon on Windows")
 
 TEST(SystemLog, SourceIsRegisteredWithTheModuleAsItsMessageFile) {
     EXPECT_FALSE(bss::WEventLog::Write(L"before", bss::WEventLog::Error));

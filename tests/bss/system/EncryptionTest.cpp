@@ -64,14 +64,6 @@ TEST(Encryption, GivesTheSameBytesOnAllSystems) {
     }
 }
 
-TEST(Encryption, WorksBlockByBlock) {
-    std::string text;
-    for (std::string expected = "1E083A03BA738B97"; text.size() < 64; expected += "1E083A03BA738B97") {
-        text += "12345678";
-        EXPECT_EQ(ToHex(WEncryption::Encrypt(text)), expected);
-    }
-}
-
 /// Another key for a scope
 struct KeyScope {
     explicit KeyScope(std::string& key) { WEncryption::m_Key = Bytes(key); }

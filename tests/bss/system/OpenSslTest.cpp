@@ -1,18 +1,12 @@
 // DES, encryption and base64 beside OpenSSL.
 
-#include <gtest/gtest.h>
+#include "support/Expect.h"
 
 #ifdef _WIN32
 
-TEST(DesBesideOpenSsl, AgreesForRandomKeysAndBlocks) {
-    GTEST_SKIP() << "OpenSSL is there for Linux only";
-}
-TEST(EncryptionBesideOpenSsl, AgreesForTextsOfAllLengths) {
-    GTEST_SKIP() << "OpenSSL is there for Linux only";
-}
-TEST(Base64BesideOpenSsl, AgreesForTextsOfAllLengths) {
-    GTEST_SKIP() << "OpenSSL is there for Linux only";
-}
+SKIPPED_TEST(DesBesideOpenSsl, AgreesForRandomKeysAndBlocks, "OpenSSL is there for Linux only")
+SKIPPED_TEST(EncryptionBesideOpenSsl, AgreesForTextsOfAllLengths, "OpenSSL is there for Linux only")
+SKIPPED_TEST(Base64BesideOpenSsl, AgreesForTextsOfAllLengths, "OpenSSL is there for Linux only")
 
 #else
 

@@ -1,8 +1,8 @@
 #include "krtpal/file.h"
+#include "support/Expect.h"
 #include "support/Wine.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <string>
 
 namespace {
@@ -72,9 +72,8 @@ TEST_F(PlatformFile, BadArgumentsAreRefused) {
     EXPECT_EQ(text[0], L'x');
 }
 #else
-TEST_F(PlatformFile, BadArgumentsAreRefused) {
-    GTEST_SKIP() << "bad arguments of the C library end the program on Windows";
-}
+SKIPPED_TEST_F(PlatformFile, BadArgumentsAreRefused,
+               "bad arguments of the C library end the program on Windows")
 #endif
 
 TEST(PlatformErrnoText, IsCutToTheRoom) {
