@@ -4,8 +4,9 @@
 //     OutputDebugStringW(L"text");
 //     EXPECT_EQ(output.Text(), L"text");
 //
-// One object at a time. On Linux the output is led to a file of its own through the environment variable; on
-// Windows the exceptions are watched by which the system passes the text to a debugger.
+// One object at a time. On Linux the output is led to a file of its own through the environment variable,
+// which is removed at the end; on Windows the exceptions are watched by which the system passes the text to a
+// debugger.
 
 #ifndef TESTS_SUPPORT_DEBUGOUTPUT_H
 #define TESTS_SUPPORT_DEBUGOUTPUT_H
@@ -74,15 +75,11 @@ private:
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <unistd.h>
 
 class DebugOutput {
 public:
     DebugOutput() {
-        if (const char* const before = std::getenv(kVariable)) {
-            m_before = before;
-        }
         char name[] = "/tmp/krtbss-debug-XXXXXX";
         close(mkstemp(name));
         m_file = name;
@@ -91,11 +88,7 @@ public:
     DebugOutput(const DebugOutput&) = delete;
     DebugOutput& operator=(const DebugOutput&) = delete;
     ~DebugOutput() {
-        if (m_before) {
-            setenv(kVariable, m_before->c_str(), 1);
-        } else {
-            unsetenv(kVariable);
-        }
+        unsetenv(kVariable);
         unlink(m_file.c_str());
     }
 
@@ -109,7 +102,6 @@ public:
 private:
     static constexpr const char* kVariable = "KRTBSS_DEBUG_OUTPUT";
 
-    std::optional<std::string> m_before;
     std::string m_file;
 };
 

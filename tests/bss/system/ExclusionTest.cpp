@@ -1,7 +1,6 @@
 #include "bss/system/WExclusion.h"
 
-#include "krtpal/process.h"
-#include "krtpal/sync.h"
+#include "krtpal/kernel/Support.h"
 #include "support/ChildProcess.h"
 #include "support/Wine.h"
 
@@ -19,12 +18,8 @@ public:
     }
 };
 
-std::wstring OwnName() {
-    return L"krtbss-exclusion-" + std::to_wstring(GetCurrentProcessId());
-}
-
 TEST(Exclusion, TellsAboutAnotherInstanceInEveryScope) {
-    const std::wstring name = OwnName();
+    const std::wstring name = OwnName(L"exclusion");
     const std::string narrow(name.begin(), name.end());
     for (int kind = 0; kind <= 3; ++kind) {
         bss::WExclusion exclusion;
@@ -67,7 +62,7 @@ TEST(Exclusion, ScopesHaveNamesOfTheirOwn) {
 }
 
 TEST(Exclusion, GivesUpTheFormerWhenSetOrAssignedAnew) {
-    const std::wstring name = OwnName();
+    const std::wstring name = OwnName(L"exclusion");
     const std::wstring second = name + L"2";
     const auto isFree = [](const std::wstring& text) {
         return bss::WExclusion().SetExclusion(text.c_str(), bss::WExclusion::User);
@@ -92,7 +87,7 @@ TEST(Exclusion, GivesUpTheFormerWhenSetOrAssignedAnew) {
 }
 
 TEST(Exclusion, CopiesHoldItTooAndMovesHandItOver) {
-    const std::wstring name = OwnName();
+    const std::wstring name = OwnName(L"exclusion");
     const auto isHeld = [&] { return !bss::WExclusion().SetExclusion(name.c_str(), bss::WExclusion::Logon); };
     bss::WExclusion second;
     {

@@ -2,14 +2,13 @@
 #include "bss/system/WIDDispenser.h"
 #include "krtpal/common/text.h"
 #include "support/Rows.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -109,17 +108,11 @@ TEST(IDDispenser, GivesEachNumberOnce) {
     bss::WIDDispenser shared(0);
     constexpr int each = 20'000;
     std::vector<std::atomic<int>> taken(4 * each + 1);
-    std::barrier start(4);
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            start.arrive_and_wait();
-            for (int j = 0; j < each; ++j) {
-                ++taken[static_cast<std::size_t>(shared.GetNewID())];
-            }
-        });
-    }
-    threads.clear();
+    RunInThreads(4, [&](int) {
+        for (int i = 0; i < each; ++i) {
+            ++taken[static_cast<std::size_t>(shared.GetNewID())];
+        }
+    });
     EXPECT_EQ(std::count(taken.begin() + 1, taken.end(), 1), 4 * each);
     EXPECT_EQ(shared.GetCurrent(), 4 * each);
 }

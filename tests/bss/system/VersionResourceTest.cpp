@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <iomanip>
+#include <sstream>
 
 namespace {
 
@@ -134,31 +136,22 @@ TEST(VersionResource, ServesTheLibraryAndTheProgram) {
 }
 
 TEST(VersionResource, ParsesAtMostFourNumbers) {
-    struct Row {
-        const wchar_t* text;
-        const wchar_t* numbers;
-    };
-    const Row rows[] = {
+    const wchar_t* const rows[][2] = {
         {L"1, 2.3 4,5", L"1 2 3 4"},
         {L" ,.7", L"7 9 9 9"}, // what is not there stays
         {L"", L"9 9 9 9"},
         {L"x1.2y.99999999999.-1", L"0 2 2147483647 4294967295"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [text, numbers] : rows) {
         WVersionResource::versionnumber number{9, 9, 9, 9};
-        Resource::ParseVersionString(row.text, number.product, number.major, number.minor, number.build);
-        EXPECT_EQ(Numbers(number), row.numbers) << row.text;
+        Resource::ParseVersionString(text, number.product, number.major, number.minor, number.build);
+        EXPECT_EQ(Numbers(number), numbers) << text;
     }
 }
 
 TEST(VersionResource, BuildDateIsAMonthLate) {
     std::tm april{};
-    april.tm_year = 104;
-    april.tm_mon = 3;
-    april.tm_mday = 2;
-    april.tm_hour = 3;
-    april.tm_min = 4;
-    april.tm_sec = 5;
+    std::istringstream("2004-04-02 03:04:05") >> std::get_time(&april, "%Y-%m-%d %H:%M:%S");
     april.tm_isdst = -1;
     const std::int64_t expected = std::mktime(&april);
     CStdStr<wchar_t> text;

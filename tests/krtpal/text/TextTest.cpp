@@ -49,10 +49,6 @@ TEST(Utf16, AnySequenceOfUnitsComesBack) {
         all.push_back(unit);
     }
     EXPECT_EQ(UnitsOf(FromUnits(all)), all);
-}
-
-TEST(Utf16, CharactersBeyondTheFirstPlaneCountTwice) {
-    EXPECT_EQ(krtpal::Utf16Length(L"a\U0001F600b"), 4U);
     EXPECT_EQ(UnitsOf(L"\U0010FFFF"), (std::vector<int>{0xDBFF, 0xDFFF}));
     if constexpr (sizeof(wchar_t) == 4) {
         const std::wstring beyond(1, static_cast<wchar_t>(0x110000));

@@ -9,6 +9,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -118,23 +119,19 @@ TEST(Variant, CopiesTextDeepAndFreesTheTarget) {
 
 // The texts are those of the system's own call, which the same test asks on Windows.
 TEST(Variant, NumbersReadAsTheSystemWritesThem) {
-    const struct {
-        VARTYPE kind;
-        std::uint64_t bits;
-        const wchar_t* text;
-    } rows[] = {
+    const std::tuple<VARTYPE, std::uint64_t, const wchar_t*> rows[] = {
 #include "NumberTexts.inc"
     };
-    for (const auto& row : rows) {
+    for (const auto& [kind, bits, text] : rows) {
         Value number;
-        number->vt = row.kind;
-        if (row.kind == VT_R4) {
-            number->fltVal = std::bit_cast<float>(static_cast<std::uint32_t>(row.bits));
+        number->vt = kind;
+        if (kind == VT_R4) {
+            number->fltVal = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
         } else {
-            number->dblVal = std::bit_cast<double>(row.bits);
+            number->dblVal = std::bit_cast<double>(bits);
         }
         ASSERT_EQ(number.ChangeTo(VT_BSTR), S_OK);
-        EXPECT_EQ(number.Text(), row.text) << row.kind << " bits " << std::hex << row.bits;
+        EXPECT_EQ(number.Text(), text) << kind << " bits " << std::hex << bits;
     }
 }
 
