@@ -24,14 +24,14 @@
 class DebugOutput {
 public:
     DebugOutput() {
-        Active() = this;
+        s_active = this;
         m_handler = AddVectoredExceptionHandler(1, &Watch);
     }
     DebugOutput(const DebugOutput&) = delete;
     DebugOutput& operator=(const DebugOutput&) = delete;
     ~DebugOutput() {
         RemoveVectoredExceptionHandler(m_handler);
-        Active() = nullptr;
+        s_active = nullptr;
     }
 
     /// All text since construction
@@ -41,29 +41,26 @@ public:
     }
 
 private:
-    static DebugOutput*& Active() {
-        static DebugOutput* active = nullptr;
-        return active;
-    }
-
     /// Parameters: count of characters with the NUL, address of the text. Where the wide form is passed on,
     /// the system raises the narrow one too if nobody has taken the wide one.
     static LONG CALLBACK Watch(EXCEPTION_POINTERS* pointers) {
         constexpr DWORD narrowText = 0x40010006;
         constexpr DWORD wideText = 0x4001000A;
         const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
-        if (Active() == nullptr || (record.ExceptionCode != narrowText && record.ExceptionCode != wideText)) {
+        if (s_active == nullptr || (record.ExceptionCode != narrowText && record.ExceptionCode != wideText)) {
             return EXCEPTION_CONTINUE_SEARCH;
         }
-        const std::lock_guard lock(Active()->m_guard);
+        const std::lock_guard lock(s_active->m_guard);
         if (record.ExceptionCode == wideText) {
-            Active()->m_text += reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]);
+            s_active->m_text += reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]);
         } else {
-            Active()->m_text +=
+            s_active->m_text +=
                 krtpal::WidenText(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
         }
         return EXCEPTION_CONTINUE_EXECUTION;
     }
+
+    inline static DebugOutput* s_active = nullptr;
 
     std::mutex m_guard;
     std::wstring m_text;

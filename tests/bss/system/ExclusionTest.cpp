@@ -21,19 +21,19 @@ public:
 TEST(Exclusion, TellsAboutAnotherInstanceInEveryScope) {
     const std::wstring name = OwnName(L"exclusion");
     const std::string narrow(name.begin(), name.end());
-    for (int kind = 0; kind <= 3; ++kind) {
+    for (const auto kind : {bss::WExclusion::Machine, bss::WExclusion::Desktop, bss::WExclusion::Logon,
+                            bss::WExclusion::User}) {
         bss::WExclusion exclusion;
         {
             ChildProcess child(EXCLUSION_CHILD, {narrow, std::to_string(kind)});
             ASSERT_EQ(child.ReadLine(), "alone") << kind;
-            EXPECT_FALSE(exclusion.SetExclusion(name.c_str(), static_cast<bss::WExclusion::_kind>(kind)))
-                << kind;
+            EXPECT_FALSE(exclusion.SetExclusion(name.c_str(), kind)) << kind;
             exclusion.ReleaseExclusion();
             // It ends with the process, however that ends.
             child.Kill();
             child.Wait();
         }
-        EXPECT_TRUE(exclusion.SetExclusion(name.c_str(), static_cast<bss::WExclusion::_kind>(kind))) << kind;
+        EXPECT_TRUE(exclusion.SetExclusion(name.c_str(), kind)) << kind;
         ChildProcess second(EXCLUSION_CHILD, {narrow, std::to_string(kind)});
         EXPECT_EQ(second.ReadLine(), "not alone") << kind;
     }

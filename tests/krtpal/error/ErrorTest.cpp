@@ -43,18 +43,18 @@ TEST(SystemText, HasNoLineEndAndKeepsTheLastError) {
 
 #ifndef _WIN32
 TEST(Errno, HasTheNumberOfItsMeaningAndATextForIt) {
-    static constexpr std::pair<int, DWORD> errorsOfNumbers[] = {{0, ERROR_SUCCESS},
-                                                                {ENOENT, ERROR_FILE_NOT_FOUND},
-                                                                {EACCES, ERROR_ACCESS_DENIED},
-                                                                {EPERM, ERROR_ACCESS_DENIED},
-                                                                {EEXIST, ERROR_ALREADY_EXISTS},
-                                                                {EINVAL, ERROR_INVALID_PARAMETER},
-                                                                {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
-                                                                {ENOSPC, ERROR_DISK_FULL},
-                                                                {EPIPE, ERROR_BROKEN_PIPE},
-                                                                {ETIMEDOUT, ERROR_TIMEOUT},
-                                                                {987654, ERROR_GEN_FAILURE}};
-    for (const auto& [number, error] : errorsOfNumbers) {
+    const std::pair<int, DWORD> errors[] = {{0, ERROR_SUCCESS},
+                                            {ENOENT, ERROR_FILE_NOT_FOUND},
+                                            {EACCES, ERROR_ACCESS_DENIED},
+                                            {EPERM, ERROR_ACCESS_DENIED},
+                                            {EEXIST, ERROR_ALREADY_EXISTS},
+                                            {EINVAL, ERROR_INVALID_PARAMETER},
+                                            {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
+                                            {ENOSPC, ERROR_DISK_FULL},
+                                            {EPIPE, ERROR_BROKEN_PIPE},
+                                            {ETIMEDOUT, ERROR_TIMEOUT},
+                                            {987654, ERROR_GEN_FAILURE}};
+    for (const auto& [number, error] : errors) {
         EXPECT_EQ(krtpal::ErrorFromErrno(number), error) << number;
     }
     for (int number = 0; number < 134; ++number) {

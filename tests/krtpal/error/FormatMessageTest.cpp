@@ -15,18 +15,12 @@ constexpr DWORD kFromString = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUME
 /// 11 to 99 texts.
 std::va_list* Arguments() {
     static DWORD_PTR arguments[99];
-    const auto text = [](const wchar_t* characters) { return reinterpret_cast<DWORD_PTR>(characters); };
-    const DWORD_PTR first[] = {text(L"one"),
-                               text(L"%1two\n"),
-                               text(L""),
-                               text(L"four"),
-                               42,
-                               static_cast<DWORD_PTR>(-3),
-                               L'Z',
-                               6,
-                               3,
-                               7};
-    std::fill(std::copy(std::begin(first), std::end(first), arguments), std::end(arguments), text(L"many"));
+    static const wchar_t* const texts[] = {L"one", L"%1two\n", L"", L"four", L"many"};
+    const DWORD_PTR numbers[] = {42, static_cast<DWORD_PTR>(-3), L'Z', 6, 3, 7};
+    for (std::size_t i = 0; i < 99; ++i) {
+        arguments[i] = reinterpret_cast<DWORD_PTR>(texts[std::min<std::size_t>(i, 4)]);
+    }
+    std::ranges::copy(numbers, arguments + 4);
     return reinterpret_cast<std::va_list*>(arguments);
 }
 
