@@ -63,11 +63,14 @@ inline std::string WithFixedFields(std::size_t at, const std::vector<std::uint32
     return bytes;
 }
 
-/// The module that holds an address
+/// The module that holds an address; throws std::runtime_error if there is none.
 inline HMODULE ModuleOf(const void* address) {
+    constexpr DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       static_cast<LPCWSTR>(address), &module);
+    if (!GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &module)) {
+        throw std::runtime_error("no module holds the address");
+    }
     return module;
 }
 
