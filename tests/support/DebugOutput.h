@@ -4,8 +4,9 @@
 //     OutputDebugStringW(L"text");
 //     EXPECT_EQ(output.Text(), L"text");
 //
-// One object at a time. On Linux the output is led to a file of its own through the environment variable; on
-// Windows the exceptions are watched by which the system passes the text to a debugger.
+// One object at a time. On Linux the output is led to a file of its own through the environment variable,
+// which is removed at the end; on Windows the exceptions are watched by which the system passes the text to a
+// debugger.
 
 #ifndef TESTS_SUPPORT_DEBUGOUTPUT_H
 #define TESTS_SUPPORT_DEBUGOUTPUT_H
@@ -23,14 +24,14 @@
 class DebugOutput {
 public:
     DebugOutput() {
-        Active() = this;
+        s_active = this;
         m_handler = AddVectoredExceptionHandler(1, &Watch);
     }
     DebugOutput(const DebugOutput&) = delete;
     DebugOutput& operator=(const DebugOutput&) = delete;
     ~DebugOutput() {
         RemoveVectoredExceptionHandler(m_handler);
-        Active() = nullptr;
+        s_active = nullptr;
     }
 
     /// All text since construction
@@ -40,29 +41,26 @@ public:
     }
 
 private:
-    static DebugOutput*& Active() {
-        static DebugOutput* active = nullptr;
-        return active;
-    }
-
     /// Parameters: count of characters with the NUL, address of the text. Where the wide form is passed on,
     /// the system raises the narrow one too if nobody has taken the wide one.
     static LONG CALLBACK Watch(EXCEPTION_POINTERS* pointers) {
         constexpr DWORD narrowText = 0x40010006;
         constexpr DWORD wideText = 0x4001000A;
         const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
-        if (Active() == nullptr || (record.ExceptionCode != narrowText && record.ExceptionCode != wideText)) {
+        if (s_active == nullptr || (record.ExceptionCode != narrowText && record.ExceptionCode != wideText)) {
             return EXCEPTION_CONTINUE_SEARCH;
         }
-        const std::lock_guard lock(Active()->m_guard);
+        const std::lock_guard lock(s_active->m_guard);
         if (record.ExceptionCode == wideText) {
-            Active()->m_text += reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]);
+            s_active->m_text += reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]);
         } else {
-            Active()->m_text +=
+            s_active->m_text +=
                 krtpal::WidenText(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
         }
         return EXCEPTION_CONTINUE_EXECUTION;
     }
+
+    inline static DebugOutput* s_active = nullptr;
 
     std::mutex m_guard;
     std::wstring m_text;
@@ -74,15 +72,11 @@ private:
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <unistd.h>
 
 class DebugOutput {
 public:
     DebugOutput() {
-        if (const char* const before = std::getenv(kVariable)) {
-            m_before = before;
-        }
         char name[] = "/tmp/krtbss-debug-XXXXXX";
         close(mkstemp(name));
         m_file = name;
@@ -91,11 +85,7 @@ public:
     DebugOutput(const DebugOutput&) = delete;
     DebugOutput& operator=(const DebugOutput&) = delete;
     ~DebugOutput() {
-        if (m_before) {
-            setenv(kVariable, m_before->c_str(), 1);
-        } else {
-            unsetenv(kVariable);
-        }
+        unsetenv(kVariable);
         unlink(m_file.c_str());
     }
 
@@ -109,7 +99,6 @@ public:
 private:
     static constexpr const char* kVariable = "KRTBSS_DEBUG_OUTPUT";
 
-    std::optional<std::string> m_before;
     std::string m_file;
 };
 

@@ -18,5 +18,9 @@
     TEST(suite, name) {                                                                                      \
         GTEST_SKIP() << (reason);                                                                            \
     }
+#define SKIPPED_TEST_F(fixture, name, reason)                                                                \
+    TEST_F(fixture, name) {                                                                                  \
+        GTEST_SKIP() << (reason);                                                                            \
+    }
 
 #endif

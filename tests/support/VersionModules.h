@@ -21,6 +21,21 @@ inline std::filesystem::path ModuleFilePath(const std::string& name) {
     return std::filesystem::path(MODULE_FOLDER) / (name + MODULE_SUFFIX);
 }
 
+/// The PE files of a module that were made beside it: where a resource compiler was there, and not on
+/// Windows.
+inline std::vector<std::filesystem::path> PeFiles([[maybe_unused]] const std::string& name) {
+    std::vector<std::filesystem::path> files;
+#ifdef PE_FOLDER
+    for (const char* const triple : {"x86_64-w64-mingw32", "i686-w64-mingw32"}) {
+        const auto file = std::filesystem::path(PE_FOLDER) / triple / (name + ".dll");
+        if (std::filesystem::exists(file)) {
+            files.push_back(file);
+        }
+    }
+#endif
+    return files;
+}
+
 inline std::string ReadBytes(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -46,6 +61,17 @@ inline std::string WithFixedFields(std::size_t at, const std::vector<std::uint32
     std::string bytes = ReadBytes(ModuleFilePath("version_plain"));
     std::memcpy(&bytes[FindBlock(bytes) + fixedPart + at], fields.data(), fields.size() * 4);
     return bytes;
+}
+
+/// The module that holds an address; throws std::runtime_error if there is none.
+inline HMODULE ModuleOf(const void* address) {
+    constexpr DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE module = nullptr;
+    if (!GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &module)) {
+        throw std::runtime_error("no module holds the address");
+    }
+    return module;
 }
 
 /// A file that is there as long as the object.

@@ -1,9 +1,9 @@
 #include "bss/exception/WExceptionCatalogue.h"
+#include "support/Threads.h"
 
 #include <exception>
 #include <gtest/gtest.h>
 #include <memory>
-#include <thread>
 
 BSS_EXCEPTION_CLASS(, WNELaserOff, 20001, L"Laser %1 is off after %2 s.", bss::CRITICAL, long, double)
 WNELaserOff::~WNELaserOff() = default;
@@ -165,23 +165,17 @@ TEST(Chain, OneExceptionIsCopiedByManyThreads) {
     const WNEODBCError cause(L"locked");
     const auto caught = std::make_exception_ptr(WNEDataIOError(L"writing", &cause));
     const std::wstring text = L"Data I/O Error: writing\nODBC Error: locked\n";
-    std::vector<std::thread> threads(4);
-    for (std::thread& thread : threads) {
-        thread = std::thread([&caught, &text] {
-            for (int i = 0; i < 1000; ++i) {
-                try {
-                    std::rethrow_exception(caught);
-                } catch (const WNEDataIOError& e) {
-                    WNEDataIOError copy(e);
-                    copy += e;
-                    ASSERT_EQ(text + L"name- WNEDataIOError\n" + text, copy.AsString(false));
-                }
+    RunInThreads(4, [&](int) {
+        for (int i = 0; i < 1000; ++i) {
+            try {
+                std::rethrow_exception(caught);
+            } catch (const WNEDataIOError& e) {
+                WNEDataIOError copy(e);
+                copy += e;
+                ASSERT_EQ(text + L"name- WNEDataIOError\n" + text, copy.AsString(false));
             }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+        }
+    });
 }
 
 TEST(Chain, StripPathKnowsBackslashesAlone) {

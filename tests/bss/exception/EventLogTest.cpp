@@ -1,11 +1,9 @@
 #include "bss/exception/WExceptionCatalogue.h"
 #include "bss/exception/WFileEventLog.h"
+#include "support/ChildProcess.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <deque>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
 #include <sstream>
@@ -29,12 +27,18 @@ std::wstring Formatted(const wchar_t* message, std::initializer_list<const wchar
     return WExceptionEventLog::FormatEventMessage(params, false, nullptr, nullptr, false, false);
 }
 
-template <class Value>
-std::wstring ArgumentText(Value value) {
-    WLogParams params;
-    params.FormatEventArgument(3, value);
-    const wchar_t* text = params.GetFormatArg(3);
-    return text == nullptr ? L"(null)" : text;
+/// The texts of the values, with blanks behind them
+template <class... Values>
+std::wstring ArgumentTexts(Values... values) {
+    std::wstring texts;
+    const auto append = [&texts](const auto& value) {
+        WLogParams params;
+        params.FormatEventArgument(3, value);
+        const wchar_t* const text = params.GetFormatArg(3);
+        texts += std::wstring(text == nullptr ? L"(null)" : text) + L' ';
+    };
+    (append(values), ...);
+    return texts;
 }
 
 TEST(EventLog, WritesHeaderAndALinePerLink) {
@@ -109,21 +113,14 @@ TEST(EventLog, TemplateInserts) {
 }
 
 TEST(EventLog, ArgumentTexts) {
-    EXPECT_EQ(L"-1", ArgumentText(static_cast<short>(-1)));
-    EXPECT_EQ(L"65", ArgumentText('A'));
-    EXPECT_EQ(L"-2147483648", ArgumentText(std::numeric_limits<int>::min()));
-    EXPECT_EQ(L"255", ArgumentText(static_cast<unsigned char>(255)));
-    EXPECT_EQ(L"65535", ArgumentText(static_cast<unsigned short>(65535)));
-    EXPECT_EQ(L"4294967295", ArgumentText(4294967295U));
-    EXPECT_EQ(L"4294967295", ArgumentText(4294967295UL));
-    EXPECT_EQ(L"0xff", ArgumentText(LONGLONG{255}));
-    EXPECT_EQ(L"0xffffffffffffffff", ArgumentText(LONGLONG{-1}));
-    EXPECT_EQ(L"0.1", ArgumentText(0.1F));
-    EXPECT_EQ(L"0.333333333333333", ArgumentText(1.0 / 3.0));
-    EXPECT_EQ(L"1E+20", ArgumentText(1e20));
-    EXPECT_EQ(L"", ArgumentText(std::wstring()));
-    EXPECT_EQ(L"narrow", ArgumentText(std::string("narrow")));
-    EXPECT_EQ(L"(null)", ArgumentText(static_cast<const wchar_t*>(nullptr)));
+    EXPECT_EQ(L"-1 65 -2147483648 ", ArgumentTexts(short{-1}, 'A', std::numeric_limits<int>::min()));
+    EXPECT_EQ(L"255 65535 ",
+              ArgumentTexts(static_cast<unsigned char>(255), static_cast<unsigned short>(65535)));
+    EXPECT_EQ(L"4294967295 4294967295 ", ArgumentTexts(4294967295U, 4294967295UL));
+    EXPECT_EQ(L"0xff 0xffffffffffffffff ", ArgumentTexts(LONGLONG{255}, LONGLONG{-1}));
+    EXPECT_EQ(L"0.1 0.333333333333333 1E+20 ", ArgumentTexts(0.1F, 1.0 / 3.0, 1e20));
+    EXPECT_EQ(L" narrow (null) ",
+              ArgumentTexts(std::wstring(), std::string("narrow"), static_cast<const wchar_t*>(nullptr)));
     WLogParams params;
     params.FormatEventArgument(8, 1);
     params.FormatEventArgument(-1, L"x");
@@ -156,18 +153,6 @@ TEST(EventLog, DefaultLogIsMadeOnFirstUse) {
     EXPECT_EQ(L"Unknown", log.GetAppName());
 }
 
-std::string OutputOfDefaultLogProgram(const std::string& argument) {
-    const std::string file = testing::TempDir() + "default_log_output.txt";
-    const std::string command = std::string(DEFAULT_LOG_PROGRAM) + " " + argument + " > " + file;
-    EXPECT_EQ(0, std::system(command.c_str())) << command;
-    std::ifstream stream(file, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    stream.close();
-    std::remove(file.c_str());
-    std::erase(text, '\r');
-    return text;
-}
-
 TEST(EventLog, TextOutsideAsciiReachesTheConsoleWholeWithoutALocale) {
     const std::string expected =
         "before\n"
@@ -176,8 +161,15 @@ TEST(EventLog, TextOutsideAsciiReachesTheConsoleWholeWithoutALocale) {
         "1.2911 WNEODBCError           : ODBC Error: Tabelle \xc2\xbbGr\xc3\xb6\xc3\x9f"
         "e\xc2\xab \xe2\x80\x94 \xe7\xb2\x92\xe5\xbe\x84 \xf0\x9f\x94\xac\n"
         "after\n";
-    EXPECT_EQ(expected, OutputOfDefaultLogProgram(""));
-    EXPECT_EQ(expected, OutputOfDefaultLogProgram("unsynchronised"));
+    for (const char* const mode : {"synchronised", "unsynchronised"}) {
+        ChildProcess program(DEFAULT_LOG_PROGRAM, {mode});
+        std::string output;
+        for (std::string line = program.ReadLine(); !line.empty(); line = program.ReadLine()) {
+            output += line + '\n';
+        }
+        EXPECT_EQ(expected, output);
+        EXPECT_EQ(0, program.Wait());
+    }
 }
 
 } // namespace

@@ -5,21 +5,18 @@
 #include "bss/module.h"
 #include "krtpal/error.h"
 #include "krtpal/registry.h"
-
-#include <gtest/gtest.h>
+#include "support/Expect.h"
+#include "support/Threads.h"
 
 #include <cstdlib>
 #include <string>
-#include <thread>
 #include <vector>
 
 #ifdef _WIN32
 
 #include <windows.h>
 
-TEST(SystemLog, EntriesAreReadBackFromTheDaemon) {
-    GTEST_SKIP() << "there is no log daemon on Windows";
-}
+SKIPPED_TEST(SystemLog, EntriesAreReadBackFromTheDaemon, "there is no log daemon on Windows")
 
 TEST(SystemLog, SourceIsRegisteredWithTheModuleAsItsMessageFile) {
     EXPECT_FALSE(bss::WEventLog::Write(L"before", bss::WEventLog::Error));
@@ -142,12 +139,8 @@ TEST(SystemLog, EntriesAreReadBackFromTheDaemon) {
     EXPECT_LE(cut.size(), 8192U);
     EXPECT_EQ(cut.size() % 3, 0U);
 
-    std::vector<std::thread> threads;
+    RunInThreads(4, [](int) { bss::WEventLog::Write("one of four", bss::WEventLog::Error); });
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] { bss::WEventLog::Write("one of four", bss::WEventLog::Error); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
         EXPECT_EQ(daemon.Read().back(), "one of four");
     }
 }

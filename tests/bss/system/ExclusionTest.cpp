@@ -1,7 +1,6 @@
 #include "bss/system/WExclusion.h"
 
-#include "krtpal/process.h"
-#include "krtpal/sync.h"
+#include "krtpal/kernel/Support.h"
 #include "support/ChildProcess.h"
 #include "support/Wine.h"
 
@@ -19,26 +18,22 @@ public:
     }
 };
 
-std::wstring OwnName() {
-    return L"krtbss-exclusion-" + std::to_wstring(GetCurrentProcessId());
-}
-
 TEST(Exclusion, TellsAboutAnotherInstanceInEveryScope) {
-    const std::wstring name = OwnName();
+    const std::wstring name = OwnName(L"exclusion");
     const std::string narrow(name.begin(), name.end());
-    for (int kind = 0; kind <= 3; ++kind) {
+    for (const auto kind : {bss::WExclusion::Machine, bss::WExclusion::Desktop, bss::WExclusion::Logon,
+                            bss::WExclusion::User}) {
         bss::WExclusion exclusion;
         {
             ChildProcess child(EXCLUSION_CHILD, {narrow, std::to_string(kind)});
             ASSERT_EQ(child.ReadLine(), "alone") << kind;
-            EXPECT_FALSE(exclusion.SetExclusion(name.c_str(), static_cast<bss::WExclusion::_kind>(kind)))
-                << kind;
+            EXPECT_FALSE(exclusion.SetExclusion(name.c_str(), kind)) << kind;
             exclusion.ReleaseExclusion();
             // It ends with the process, however that ends.
             child.Kill();
             child.Wait();
         }
-        EXPECT_TRUE(exclusion.SetExclusion(name.c_str(), static_cast<bss::WExclusion::_kind>(kind))) << kind;
+        EXPECT_TRUE(exclusion.SetExclusion(name.c_str(), kind)) << kind;
         ChildProcess second(EXCLUSION_CHILD, {narrow, std::to_string(kind)});
         EXPECT_EQ(second.ReadLine(), "not alone") << kind;
     }
@@ -67,7 +62,7 @@ TEST(Exclusion, ScopesHaveNamesOfTheirOwn) {
 }
 
 TEST(Exclusion, GivesUpTheFormerWhenSetOrAssignedAnew) {
-    const std::wstring name = OwnName();
+    const std::wstring name = OwnName(L"exclusion");
     const std::wstring second = name + L"2";
     const auto isFree = [](const std::wstring& text) {
         return bss::WExclusion().SetExclusion(text.c_str(), bss::WExclusion::User);
@@ -92,7 +87,7 @@ TEST(Exclusion, GivesUpTheFormerWhenSetOrAssignedAnew) {
 }
 
 TEST(Exclusion, CopiesHoldItTooAndMovesHandItOver) {
-    const std::wstring name = OwnName();
+    const std::wstring name = OwnName(L"exclusion");
     const auto isHeld = [&] { return !bss::WExclusion().SetExclusion(name.c_str(), bss::WExclusion::Logon); };
     bss::WExclusion second;
     {

@@ -1,13 +1,14 @@
 #include "bss/system/WGuid.h"
 #include "bss/system/WIDDispenser.h"
+#include "krtpal/common/text.h"
+#include "support/Rows.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -28,35 +29,15 @@ TEST(Guid, TextBothWays) {
     guid.SetGuid(text.c_str());
     EXPECT_EQ(guid.GetAsText(), text);
     EXPECT_EQ(WGuid::GetGuid(text.c_str()).GetAsText(), text);
+    wchar_t buffer[39];
+    EXPECT_EQ(StringFromGUID2(kSample, buffer, 38), 0);
+    EXPECT_EQ(StringFromGUID2(kSample, buffer, 39), 39);
 }
 
 TEST(Guid, HostileTextGivesWhatItsGroupsHold) {
-    struct Case {
-        const wchar_t* text;
-        const wchar_t* expected;
-    };
-    const Case cases[] = {
-        {L"", L"{00000000-0000-0000-0000-000000000000}"},
-        {L"{", L"{00000000-0000-0000-0000-000000000000}"},
-        {L"{}", L"{00000000-0000-0000-0000-000000000000}"},
-        {L"----------", L"{00000000-0000-0000-0000-000000000000}"},
-        {L"1", L"{00000001-0000-0000-0000-000000000000}"},
-        {L"{1-2", L"{00000001-0002-0000-0000-000000000000}"},
-        {L"1-2-3-4-5", L"{00000001-0002-0003-0004-000000000005}"},
-        {L"1--3", L"{00000001-0000-0003-0000-000000000000}"},
-        {L"ABCDEF0123456789-12345-0-0-0", L"{23456789-2345-0000-0000-000000000000}"},
-        {L"0-0-0-123456-FF123456789ABC", L"{00000000-0000-0000-3456-123456789ABC}"},
-        {L"xyz-12zz-0x12-ff g-1}9", L"{00000000-0012-0000-00FF-000000000001}"},
-        {L"{{1-2-3-4-5}}", L"{00000000-0002-0003-0004-000000000005}"},
-        {L" 1-2-3-4-5", L"{00000000-0002-0003-0004-000000000005}"},
-        {L"1/-2:-3@-4G-5`", L"{00000001-0002-0003-0004-000000000005}"}, // beside the digits
-        {L"9g-AG-f/-0:", L"{00000009-000A-000F-0000-000000000000}"},
-        {L"1-2-3-4-5-6-7", L"{00000001-0002-0003-0004-000000000005}"},
-        {L"\u0661-\U0001F600-1-1-1", L"{00000000-0000-0001-0001-000000000001}"},
-    };
-    for (const Case& row : cases) {
-        EXPECT_EQ(WGuid::GetGuid(row.text).GetAsText(), row.expected)
-            << testing::PrintToString(std::wstring(row.text));
+    for (const auto& row : ReadRows("system/guid_texts.tsv")) {
+        const std::wstring text = krtpal::WideFromUtf8(row[0]);
+        EXPECT_EQ(krtpal::Utf8FromWide(WGuid::GetGuid(text.c_str()).GetAsText()), row[1]) << row[0];
     }
     const std::wstring huge(100'000, L'f');
     EXPECT_EQ(WGuid(huge.c_str()).GetAsText(), L"{FFFFFFFF-0000-0000-0000-000000000000}");
@@ -113,15 +94,6 @@ TEST(Guid, OrdersCompareFieldsWithoutSign) {
     EXPECT_EQ(status, RPC_S_OK);
 }
 
-TEST(Guid, TextNeedsItsRoom) {
-    wchar_t text[40] = {};
-    text[38] = text[39] = L'#';
-    EXPECT_EQ(StringFromGUID2(kSample, text, 38), 0);
-    EXPECT_EQ(text[38], L'#');
-    EXPECT_EQ(StringFromGUID2(kSample, text, 39), 39);
-    EXPECT_EQ(text[39], L'#');
-}
-
 TEST(IDDispenser, GivesEachNumberOnce) {
     bss::WIDDispenser ids(0);
     EXPECT_EQ(ids.GetCurrent(), 0);
@@ -136,17 +108,11 @@ TEST(IDDispenser, GivesEachNumberOnce) {
     bss::WIDDispenser shared(0);
     constexpr int each = 20'000;
     std::vector<std::atomic<int>> taken(4 * each + 1);
-    std::barrier start(4);
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            start.arrive_and_wait();
-            for (int j = 0; j < each; ++j) {
-                ++taken[static_cast<std::size_t>(shared.GetNewID())];
-            }
-        });
-    }
-    threads.clear();
+    RunInThreads(4, [&](int) {
+        for (int i = 0; i < each; ++i) {
+            ++taken[static_cast<std::size_t>(shared.GetNewID())];
+        }
+    });
     EXPECT_EQ(std::count(taken.begin() + 1, taken.end(), 1), 4 * each);
     EXPECT_EQ(shared.GetCurrent(), 4 * each);
 }

@@ -1,18 +1,12 @@
 // DES, encryption and base64 beside OpenSSL.
 
-#include <gtest/gtest.h>
+#include "support/Expect.h"
 
 #ifdef _WIN32
 
-TEST(DesBesideOpenSsl, AgreesForRandomKeysAndBlocks) {
-    GTEST_SKIP() << "OpenSSL is there for Linux only";
-}
-TEST(EncryptionBesideOpenSsl, AgreesForTextsOfAllLengths) {
-    GTEST_SKIP() << "OpenSSL is there for Linux only";
-}
-TEST(Base64BesideOpenSsl, AgreesForTextsOfAllLengths) {
-    GTEST_SKIP() << "OpenSSL is there for Linux only";
-}
+SKIPPED_TEST(DesBesideOpenSsl, AgreesForRandomKeysAndBlocks, "OpenSSL is there for Linux only")
+SKIPPED_TEST(EncryptionBesideOpenSsl, AgreesForTextsOfAllLengths, "OpenSSL is there for Linux only")
+SKIPPED_TEST(Base64BesideOpenSsl, AgreesForTextsOfAllLengths, "OpenSSL is there for Linux only")
 
 #else
 
@@ -25,7 +19,6 @@ TEST(Base64BesideOpenSsl, AgreesForTextsOfAllLengths) {
 #include <cstring>
 #include <openssl/des.h>
 #include <openssl/evp.h>
-#include <random>
 #include <string>
 
 namespace {
@@ -44,19 +37,11 @@ std::string Peer(std::string key, const std::string& text, bool encrypt) {
     return result;
 }
 
-std::string Random(std::mt19937& generator, std::size_t size) {
-    std::string bytes;
-    while (bytes.size() < size) {
-        bytes += static_cast<char>(generator());
-    }
-    return bytes;
-}
-
 TEST(DesBesideOpenSsl, AgreesForRandomKeysAndBlocks) {
     std::mt19937 generator(1977);
     for (int i = 0; i < 2000; ++i) {
-        std::string key = Random(generator, 24);
-        std::string text = Random(generator, 16);
+        std::string key = RandomBytes(generator, 24);
+        std::string text = RandomBytes(generator, 16);
         const auto mode = static_cast<short>(i % 2);
         std::string two(16, '\0');
         std::string one(8, '\0');
@@ -87,7 +72,7 @@ TEST(EncryptionBesideOpenSsl, AgreesForTextsOfAllLengths) {
     const std::string key(reinterpret_cast<const char*>(bss::WEncryption::m_Key), 24);
     std::mt19937 generator(1999);
     for (std::size_t size = 0; size <= 200; ++size) {
-        const std::string text = Random(generator, size);
+        const std::string text = RandomBytes(generator, size);
         std::string padded = text;
         padded.resize((size + 7) / 8 * 8, '\0');
         ASSERT_EQ(ToHex(bss::WEncryption::Encrypt(text)), ToHex(Peer(key, padded, true)));
@@ -98,7 +83,7 @@ TEST(EncryptionBesideOpenSsl, AgreesForTextsOfAllLengths) {
 TEST(Base64BesideOpenSsl, AgreesForTextsOfAllLengths) {
     std::mt19937 generator(4648);
     for (int size = 1; size < 400; ++size) {
-        std::string bytes = Random(generator, static_cast<std::size_t>(size));
+        std::string bytes = RandomBytes(generator, static_cast<std::size_t>(size));
         std::string expected(600, '\0');
         expected.resize(static_cast<std::size_t>(EVP_EncodeBlock(Bytes(expected), Bytes(bytes), size)));
         int length = 600;

@@ -1,11 +1,15 @@
+#include "support/Rows.h"
 #include "support/VersionModules.h"
 
 #include "bss/module.h"
 #include "bss/system/WVersionResource.h"
+#include "krtpal/common/text.h"
 
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <iomanip>
+#include <sstream>
 
 namespace {
 
@@ -92,38 +96,16 @@ TEST(VersionResource, LeavesOutWhatTheModuleDoesNotSay) {
 
 TEST(VersionResource, NamesEveryKindOfFileAndOfSystem) {
     constexpr std::size_t systemAt = 32;
-    const struct {
-        const wchar_t* type;
-        std::vector<std::uint32_t> numbers; ///< system, type, subtype
-        const wchar_t* system;
-    } rows[] = {
-        {L"Unknown type", {0, 0, 0}, L"Unknown OS"},
-        {L"Application", {1, 1, 0}, L"16-bit windows"},
-        {L"Dynamic link library", {2, 2, 0}, L"16-bit Presentation manager"},
-        {L"Unknown driver", {3, 3, 0}, L"32-bit Presentation manager"},
-        {L"Printer driver", {4, 3, 1}, L"Win32 API"},
-        {L"Keyboard driver", {0x10000, 3, 2}, L"MS-DOS"},
-        {L"Language driver", {0x10001, 3, 3}, L"16-bit windows running on MS-DOS"},
-        {L"Display driver", {0x10004, 3, 4}, L"Win32 API running on MS-DOS"},
-        {L"Mouse driver", {0x20000, 3, 5}, L"16-bit OS/2"},
-        {L"Network driver", {0x20002, 3, 6}, L"16-bit Presentation manager running on 16-bit OS/2"},
-        {L"System driver", {0x30000, 3, 7}, L"32-bit OS/2"},
-        {L"Installable driver", {0x30003, 3, 8}, L"32-bit Presentation manager running on 32-bit OS/2"},
-        {L"Sound driver", {0x40000, 3, 9}, L"Windows NT"},
-        {L"Unknown font", {0x40004, 4, 0}, L"Win32 API on Windows NT"},
-        {L"Raster font", {4, 4, 1}, L"Win32 API"},
-        {L"Vector font", {4, 4, 2}, L"Win32 API"},
-        {L"Truetype font", {4, 4, 3}, L"Win32 API"},
-        {L"Virtual device", {4, 5, 0}, L"Win32 API"},
-        {L"Static link library", {4, 7, 0}, L"Win32 API"},
-        {L"", {0x50000, 3, 11}, L""}, // numbers of no kind
-    };
-    for (const auto& row : rows) {
-        const TemporaryFile file(WithFixedFields(systemAt, row.numbers));
+    for (const auto& row : ReadRows("system/version_kinds.tsv")) {
+        std::vector<std::uint32_t> numbers; // system, type, subtype
+        for (int i = 0; i < 3; ++i) {
+            numbers.push_back(static_cast<std::uint32_t>(std::stoul(row[i], nullptr, 0)));
+        }
+        const TemporaryFile file(WithFixedFields(systemAt, numbers));
         const LoadedModule module(file.Path());
         const WVersionResource resource(module.Handle());
-        EXPECT_STREQ(resource.GetFileType(), row.type);
-        EXPECT_STREQ(resource.GetFileOS(), row.system);
+        EXPECT_EQ(krtpal::Utf8FromWide(resource.GetFileType()), row[3]);
+        EXPECT_EQ(krtpal::Utf8FromWide(resource.GetFileOS()), row[4]);
     }
 }
 
@@ -154,31 +136,22 @@ TEST(VersionResource, ServesTheLibraryAndTheProgram) {
 }
 
 TEST(VersionResource, ParsesAtMostFourNumbers) {
-    struct Row {
-        const wchar_t* text;
-        const wchar_t* numbers;
-    };
-    const Row rows[] = {
+    const wchar_t* const rows[][2] = {
         {L"1, 2.3 4,5", L"1 2 3 4"},
         {L" ,.7", L"7 9 9 9"}, // what is not there stays
         {L"", L"9 9 9 9"},
         {L"x1.2y.99999999999.-1", L"0 2 2147483647 4294967295"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [text, numbers] : rows) {
         WVersionResource::versionnumber number{9, 9, 9, 9};
-        Resource::ParseVersionString(row.text, number.product, number.major, number.minor, number.build);
-        EXPECT_EQ(Numbers(number), row.numbers) << row.text;
+        Resource::ParseVersionString(text, number.product, number.major, number.minor, number.build);
+        EXPECT_EQ(Numbers(number), numbers) << text;
     }
 }
 
 TEST(VersionResource, BuildDateIsAMonthLate) {
     std::tm april{};
-    april.tm_year = 104;
-    april.tm_mon = 3;
-    april.tm_mday = 2;
-    april.tm_hour = 3;
-    april.tm_min = 4;
-    april.tm_sec = 5;
+    std::istringstream("2004-04-02 03:04:05") >> std::get_time(&april, "%Y-%m-%d %H:%M:%S");
     april.tm_isdst = -1;
     const std::int64_t expected = std::mktime(&april);
     CStdStr<wchar_t> text;

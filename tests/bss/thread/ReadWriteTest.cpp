@@ -2,6 +2,7 @@
 #include "bss/thread/WReadWritePtrEx.h"
 
 #include "support/Blocked.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
@@ -57,22 +58,18 @@ TEST(ReadWriteLock, GuardsDataUnderLoad) {
     WReadWriteLock lock;
     long value = 0; // no atomic: the lock has to guard it
     long copy = 0;
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&, i] {
-            for (int j = 0; j < 2000; ++j) {
-                if ((i + j) % 4 == 0) {
-                    const WSingleLockReadWrite writing(&lock, WSingleLockReadWrite::WriteLock);
-                    ++value;
-                    ++copy;
-                } else {
-                    const WSingleLockReadWrite reading(&lock, WSingleLockReadWrite::ReadLock);
-                    EXPECT_EQ(value, copy);
-                }
+    RunInThreads(4, [&](int number) {
+        for (int i = 0; i < 2000; ++i) {
+            if ((number + i) % 4 == 0) {
+                const WSingleLockReadWrite writing(&lock, WSingleLockReadWrite::WriteLock);
+                ++value;
+                ++copy;
+            } else {
+                const WSingleLockReadWrite reading(&lock, WSingleLockReadWrite::ReadLock);
+                EXPECT_EQ(value, copy);
             }
-        });
-    }
-    threads.clear();
+        }
+    });
     EXPECT_EQ(value, 2000);
 }
 

@@ -56,6 +56,11 @@ DWORD Owner(const bss::WCriticalSection& section) {
     return static_cast<DWORD>(reinterpret_cast<ULONG_PTR>(section.GetOwnerThread()));
 }
 
+void EnterAndRelease(bss::WCriticalSection& section) {
+    section.Enter();
+    section.Release();
+}
+
 TEST(Synchronizer, CriticalSectionCountsItsEntries) {
     bss::WCriticalSection section;
     EXPECT_TRUE(section.Release()); // free: nothing happens
@@ -63,10 +68,7 @@ TEST(Synchronizer, CriticalSectionCountsItsEntries) {
     section.Enter();
     section.Enter();
     EXPECT_EQ(Owner(section), GetCurrentThreadId());
-    Blocked waiter([&] {
-        section.Enter();
-        section.Release();
-    });
+    Blocked waiter([&] { EnterAndRelease(section); });
     EXPECT_TRUE(section.Release());
     EXPECT_FALSE(waiter.HasEnded());
     EXPECT_TRUE(section.Release());
@@ -98,10 +100,7 @@ TEST(Synchronizer, SingleEnterEntersAgainAfterReleaseAndReleaseAll) {
     EXPECT_TRUE(section.Release() && section.ReleaseAll()); // now the thread's entry is gone
     section.SingleEnter();
     EXPECT_EQ(Owner(section), GetCurrentThreadId());
-    Blocked waiter([&] {
-        section.Enter();
-        section.Release();
-    });
+    Blocked waiter([&] { EnterAndRelease(section); });
     EXPECT_FALSE(waiter.HasEnded());
     EXPECT_TRUE(section.Release());
     EXPECT_TRUE(waiter.EndsSoon());

@@ -171,21 +171,12 @@ TEST(Console, LostReadersAndFullDisksAreReported) {
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
     close(ends[0]);
     const auto before = std::signal(SIGPIPE, SIG_IGN);
-    const struct {
-        int target;
-        DWORD error;
-    } rows[] = {{ends[1], ERROR_BROKEN_PIPE}, {open("/dev/full", O_WRONLY | O_CLOEXEC), ERROR_DISK_FULL}};
-    for (const auto& row : rows) {
-        bool written = true;
-        DWORD error = 0;
-        {
-            const StreamTo output(STD_OUTPUT_HANDLE, row.target);
-            written = krtpal::WriteConsoleText(STD_OUTPUT_HANDLE, L"text");
-            error = GetLastError();
-        }
-        EXPECT_FALSE(written);
-        EXPECT_EQ(error, row.error);
-    }
+    const auto errorOfWriting = [](int target) {
+        const StreamTo output(STD_OUTPUT_HANDLE, target);
+        return krtpal::WriteConsoleText(STD_OUTPUT_HANDLE, L"text") ? ERROR_SUCCESS : GetLastError();
+    };
+    EXPECT_EQ(errorOfWriting(ends[1]), ERROR_BROKEN_PIPE);
+    EXPECT_EQ(errorOfWriting(open("/dev/full", O_WRONLY | O_CLOEXEC)), ERROR_DISK_FULL);
     std::signal(SIGPIPE, before);
 }
 

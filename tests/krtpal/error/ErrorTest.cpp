@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 TEST(LastError, BelongsToTheThread) {
     // Waits set the error of the calling thread on Windows: both threads set theirs before one of them looks,
@@ -48,22 +49,19 @@ TEST(SystemText, HasNoLineEndAndKeepsTheLastError) {
 
 #ifndef _WIN32
 TEST(Errno, HasTheNumberOfItsMeaningAndATextForIt) {
-    const struct {
-        int number;
-        DWORD error;
-    } rows[] = {{0, ERROR_SUCCESS},
-                {ENOENT, ERROR_FILE_NOT_FOUND},
-                {EACCES, ERROR_ACCESS_DENIED},
-                {EPERM, ERROR_ACCESS_DENIED},
-                {EEXIST, ERROR_ALREADY_EXISTS},
-                {EINVAL, ERROR_INVALID_PARAMETER},
-                {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
-                {ENOSPC, ERROR_DISK_FULL},
-                {EPIPE, ERROR_BROKEN_PIPE},
-                {ETIMEDOUT, ERROR_TIMEOUT},
-                {987654, ERROR_GEN_FAILURE}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(krtpal::ErrorFromErrno(row.number), row.error) << row.number;
+    const std::pair<int, DWORD> errors[] = {{0, ERROR_SUCCESS},
+                                            {ENOENT, ERROR_FILE_NOT_FOUND},
+                                            {EACCES, ERROR_ACCESS_DENIED},
+                                            {EPERM, ERROR_ACCESS_DENIED},
+                                            {EEXIST, ERROR_ALREADY_EXISTS},
+                                            {EINVAL, ERROR_INVALID_PARAMETER},
+                                            {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
+                                            {ENOSPC, ERROR_DISK_FULL},
+                                            {EPIPE, ERROR_BROKEN_PIPE},
+                                            {ETIMEDOUT, ERROR_TIMEOUT},
+                                            {987654, ERROR_GEN_FAILURE}};
+    for (const auto& [number, error] : errors) {
+        EXPECT_EQ(krtpal::ErrorFromErrno(number), error) << number;
     }
     for (int number = 0; number < 134; ++number) {
         EXPECT_NE(krtpal::SystemText(krtpal::ErrorFromErrno(number)), L"Unknown error")

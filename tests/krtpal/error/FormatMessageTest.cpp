@@ -1,6 +1,8 @@
+#include "krtpal/common/text.h"
 #include "krtpal/error.h"
 #include "krtpal/memory.h"
 #include "support/Expect.h"
+#include "support/Rows.h"
 #include "support/Wine.h"
 
 #include <algorithm>
@@ -14,18 +16,12 @@ constexpr DWORD kFromString = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUME
 /// 11 to 99 texts.
 std::va_list* Arguments() {
     static DWORD_PTR arguments[99];
-    const auto text = [](const wchar_t* characters) { return reinterpret_cast<DWORD_PTR>(characters); };
-    const DWORD_PTR first[] = {text(L"one"),
-                               text(L"%1two\n"),
-                               text(L""),
-                               text(L"four"),
-                               42,
-                               static_cast<DWORD_PTR>(-3),
-                               L'Z',
-                               6,
-                               3,
-                               7};
-    std::fill(std::copy(std::begin(first), std::end(first), arguments), std::end(arguments), text(L"many"));
+    static const wchar_t* const texts[] = {L"one", L"%1two\n", L"", L"four", L"many"};
+    const DWORD_PTR numbers[] = {42, static_cast<DWORD_PTR>(-3), L'Z', 6, 3, 7};
+    for (std::size_t i = 0; i < 99; ++i) {
+        arguments[i] = reinterpret_cast<DWORD_PTR>(texts[std::min<std::size_t>(i, 4)]);
+    }
+    std::ranges::copy(numbers, arguments + 4);
     return reinterpret_cast<std::va_list*>(arguments);
 }
 
@@ -60,36 +56,11 @@ TEST(FormatMessage, RefusesBadArguments) {
 }
 
 TEST(FormatMessage, FillsTemplatesAsTheSystemDoes) {
-    const struct {
-        const wchar_t* source;
-        const wchar_t* expected;
-    } rows[] = {
-        {L"", L"error 235"},
-        {L"a%1b%2c", L"aoneb%1two\nc"}, // what is inserted is not expanded again, and its line ends stay
-        {L"[%3]", L"[]"},
-        {L"%11|%99|%123", L"many|many|many3"},
-        {L"%1%%2", L"one%2"},
-        {L"%% %. %! %b %- %z %d", L"% . ! b - z d"},
-        {L"a%nb%rc%td", L"a\r\nb\rc\td"},
-        {L"%0", L"error 235"},
-        {L"x%", L"error 87"},
-        {L"a\n\r\nb\r\rc", L"a\r\n\r\nb\r\n\r\nc"},
-        {L"COM interface failure: %1\n\n%4", L"COM interface failure: one\r\n\r\nfour"},
-        {L"%\n", L"\n"},
-        {L"%1!s!|%1!10s!|%1!-10s!|%1!.2s!|%1!8.2s!|%1!ls!", L"one|       one|one       |on|      on|one"},
-        {L"%5!d!|%5!5d!|%5!05d!|%5!-5d!|%5!+d!|%5! d!", L"42|   42|00042|42   |+42| 42"},
-        {L"%5!x!|%5!X!|%5!#x!|%5!08x!|%5!o!|%5!c!|%7!c!", L"2a|2A|0x2a|0000002a|52|*|Z"},
-        {L"%6!d!|%6!i!|%6!u!|%6!x!|%6!ld!|%6!lu!", L"-3|-3|4294967293|fffffffd|-3|4294967293"},
-        {L"%5!.4d!|%5!8.4d!|%5!hd!", L"0042|    0042|42"},
-        {L"%8!*.*d!", L"   007"},
-        {L"%1!s!s!", L"ones!"},
-        {L"%6!05d!|%5!#06x!", L"-0003|0x002a"},
-        {L"[%1!!]", L"[]"},
-        {L"%1!s", L"error 87"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Format(row.source), row.expected) << row.expected;
+    for (const auto& row : ReadRows("krtpal/format_messages.tsv")) {
+        EXPECT_EQ(Format(krtpal::WideFromUtf8(row[0]).c_str()), krtpal::WideFromUtf8(row[1])) << row[0];
     }
+    DWORD_PTR null[1] = {0};
+    EXPECT_EQ(Format(L"[%1]", kFromString, reinterpret_cast<std::va_list*>(null)), L"[(null)]");
 }
 
 TEST(FormatMessage, TakesSixtyFourBitArgumentsWhereAnArgumentHasThem) {
@@ -97,11 +68,6 @@ TEST(FormatMessage, TakesSixtyFourBitArgumentsWhereAnArgumentHasThem) {
         GTEST_SKIP() << "an argument has 32 bits here";
     }
     EXPECT_EQ(Format(L"%6!I64d!|%6!I64x!|%6!lld!"), L"-3|fffffffffffffffd|-3");
-}
-
-TEST(FormatMessage, NamesNullText) {
-    DWORD_PTR arguments[1] = {0};
-    EXPECT_EQ(Format(L"[%1]", kFromString, reinterpret_cast<std::va_list*>(arguments)), L"[(null)]");
 }
 
 TEST(FormatMessage, LeavesInsertsAloneAndJoinsLinesOnDemand) {

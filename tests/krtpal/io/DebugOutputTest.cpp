@@ -2,9 +2,7 @@
 #include "krtpal/debug.h"
 #include "krtpal/error.h"
 #include "support/Expect.h"
-
-#include <thread>
-#include <vector>
+#include "support/Threads.h"
 
 TEST(DebugOutput, BothFormsAreCaughtInOrder) {
     DebugOutput output;
@@ -19,15 +17,11 @@ TEST(DebugOutput, BothFormsAreCaughtInOrder) {
 TEST(DebugOutput, TextsOfSeveralThreadsStayWhole) {
     DebugOutput output;
     const std::wstring line = std::wstring(200, L'x') + L"\n";
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&line] {
-            for (int k = 0; k < 50; ++k) {
-                OutputDebugStringW(line.c_str());
-            }
-        });
-    }
-    threads.clear();
+    RunInThreads(4, [&line](int) {
+        for (int i = 0; i < 50; ++i) {
+            OutputDebugStringW(line.c_str());
+        }
+    });
     const std::wstring text = output.Text();
     ASSERT_EQ(text.size(), 200 * line.size());
     for (std::size_t at = 0; at < text.size(); at += line.size()) {
@@ -37,7 +31,7 @@ TEST(DebugOutput, TextsOfSeveralThreadsStayWhole) {
 
 #ifndef _WIN32
 TEST(DebugOutput, GoesNowhereWithoutTheVariableOrWithABadName) {
-    const DebugOutput restoresTheVariable;
+    const DebugOutput removesTheVariable;
     testing::internal::CaptureStderr();
     unsetenv("KRTBSS_DEBUG_OUTPUT");
     OutputDebugStringW(L"lost");

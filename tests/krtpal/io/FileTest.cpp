@@ -1,9 +1,10 @@
 #include "krtpal/file.h"
+#include "support/Expect.h"
 #include "support/Wine.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -35,21 +36,17 @@ TEST_F(PlatformFile, IsWrittenAppendedToAndReadByWidePath) {
 }
 
 TEST_F(PlatformFile, FailuresAreInTheResultAndInErrno) {
-    const struct {
-        std::wstring path;
-        const wchar_t* mode;
-        errno_t error;
-    } rows[] = {
+    const std::tuple<std::wstring, const wchar_t*, errno_t> rows[] = {
         {In(L"missing"), L"rb", ENOENT},
         {In(L"missing\\or/not"), L"wb", ENOENT},
         {folder.wstring(), L"rb", EACCES},
         {folder.wstring(), L"wb", EACCES},
     };
-    for (const auto& row : rows) {
+    for (const auto& [path, mode, error] : rows) {
         std::FILE* file = stdout;
         errno = 0;
-        EXPECT_EQ(_wfopen_s(&file, row.path.c_str(), row.mode), row.error);
-        EXPECT_EQ(errno, row.error);
+        EXPECT_EQ(_wfopen_s(&file, path.c_str(), mode), error);
+        EXPECT_EQ(errno, error);
         EXPECT_EQ(file, nullptr);
     }
 }
@@ -72,29 +69,24 @@ TEST_F(PlatformFile, BadArgumentsAreRefused) {
     EXPECT_EQ(text[0], L'x');
 }
 #else
-TEST_F(PlatformFile, BadArgumentsAreRefused) {
-    GTEST_SKIP() << "bad arguments of the C library end the program on Windows";
-}
+SKIPPED_TEST_F(PlatformFile, BadArgumentsAreRefused,
+               "bad arguments of the C library end the program on Windows")
 #endif
 
 TEST(PlatformErrnoText, IsCutToTheRoom) {
     wchar_t wide[260];
     char narrow[260];
-    const struct {
-        int number;
-        std::size_t room;
-        const char* text;
-    } rows[] = {{ENOENT, 260, "No such file or directory"},
-                {ENOENT, 8, "No such"},
-                {ENOSPC, 1, ""},
-                {54321, 260, "Unknown error"}};
-    for (const auto& row : rows) {
-        if (row.room == 260 || !RunsUnderWine()) { // which does not look at the room
-            ASSERT_EQ(_wcserror_s(wide, row.room, row.number), 0);
-            EXPECT_EQ(std::wstring(wide), std::wstring(row.text, row.text + std::strlen(row.text)));
+    const std::tuple<int, std::size_t, std::string> rows[] = {{ENOENT, 260, "No such file or directory"},
+                                                              {ENOENT, 8, "No such"},
+                                                              {ENOSPC, 1, ""},
+                                                              {54321, 260, "Unknown error"}};
+    for (const auto& [number, room, text] : rows) {
+        if (room == 260 || !RunsUnderWine()) { // which does not look at the room
+            ASSERT_EQ(_wcserror_s(wide, room, number), 0);
+            EXPECT_EQ(std::wstring(wide), std::wstring(text.begin(), text.end()));
         }
-        ASSERT_EQ(strerror_s(narrow, row.room, row.number), 0);
-        EXPECT_STREQ(narrow, row.text);
+        ASSERT_EQ(strerror_s(narrow, room, number), 0);
+        EXPECT_EQ(narrow, text);
     }
 }
 

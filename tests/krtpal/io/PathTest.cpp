@@ -20,13 +20,7 @@ int Split(const wchar_t* path, Parts* parts) {
 }
 
 TEST(SplitPath, PartsAreThoseOfTheLastSlashAndPoint) {
-    struct Row {
-        const wchar_t* path;
-        const wchar_t* folder;
-        const wchar_t* name;
-        const wchar_t* extension;
-    };
-    const Row rows[] = {
+    const wchar_t* const rows[][4] = {
         {L"/opt/suite/Control.exe", L"/opt/suite/", L"Control", L".exe"},
         {L"a.b/c", L"a.b/", L"c", L""},
         {L"libx.so.1", L"", L"libx.so", L".1"},
@@ -34,12 +28,12 @@ TEST(SplitPath, PartsAreThoseOfTheLastSlashAndPoint) {
         {L"folder/", L"folder/", L"", L""},
         {L"", L"", L"", L""},
     };
-    for (const Row& row : rows) {
+    for (const auto& [path, folder, name, extension] : rows) {
         Parts parts{};
-        EXPECT_EQ(Split(row.path, &parts), 0) << row.path;
-        EXPECT_STREQ(parts.folder, row.folder) << row.path;
-        EXPECT_STREQ(parts.name, row.name) << row.path;
-        EXPECT_STREQ(parts.extension, row.extension) << row.path;
+        EXPECT_EQ(Split(path, &parts), 0) << path;
+        EXPECT_STREQ(parts.folder, folder) << path;
+        EXPECT_STREQ(parts.name, name) << path;
+        EXPECT_STREQ(parts.extension, extension) << path;
     }
     Parts parts{L"f", L"n", L"e"};
     EXPECT_EQ(Split((L"x/" + std::wstring(_MAX_FNAME, L'n')).c_str(), &parts), ERANGE);

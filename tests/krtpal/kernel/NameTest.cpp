@@ -23,13 +23,10 @@ std::string Narrow(const std::wstring& text) {
 std::vector<std::string> FilesLeftOf(const std::string& name) {
     std::vector<std::string> left;
     std::error_code error;
-    for (const auto& folder : std::filesystem::directory_iterator("/dev/shm", error)) {
-        if (folder.path().filename().string().rfind("krtbss", 0) == 0) {
-            for (const auto& file : std::filesystem::directory_iterator(folder.path(), error)) {
-                if (file.path().filename().string().rfind(name, 0) == 0) {
-                    left.push_back(file.path().string());
-                }
-            }
+    constexpr auto options = std::filesystem::directory_options::skip_permission_denied;
+    for (const auto& file : std::filesystem::recursive_directory_iterator("/dev/shm", options, error)) {
+        if (file.path().filename().string().starts_with(name)) {
+            left.push_back(file.path().string());
         }
     }
     return left;

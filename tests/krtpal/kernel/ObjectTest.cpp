@@ -6,9 +6,11 @@
 #include "krtpal/user.h"
 #include "support/Blocked.h"
 #include "support/Expect.h"
+#include "support/Threads.h"
 #include "support/Wine.h"
 
 #include <algorithm>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -19,15 +21,10 @@ class Waiters {
 public:
     Waiters(HANDLE object, int count) {
         for (int i = 0; i < count; ++i) {
-            m_threads.emplace_back([this, object] {
-                ++m_started;
+            m_threads.push_back(std::make_unique<Blocked>([this, object] {
                 m_released += WaitForSingleObject(object, kLongMs) == WAIT_OBJECT_0 ? 1 : 0;
-            });
+            }));
         }
-        while (m_started < count) {
-            Sleep(1);
-        }
-        Sleep(kSettleMs);
     }
     /// True when this many came out, and nobody else soon after.
     bool ExactlyComeOut(int count) {
@@ -39,9 +36,8 @@ public:
     }
 
 private:
-    std::atomic<int> m_started{0};
     std::atomic<int> m_released{0};
-    std::vector<std::jthread> m_threads;
+    std::vector<std::unique_ptr<Blocked>> m_threads;
 };
 
 TEST(Handles, WrongOnesAreRefusedByEveryCall) {
@@ -248,28 +244,18 @@ TEST(CriticalSections, BelongToOneThreadAsOftenAsItEntered) {
     EXPECT_EQ(section.RecursionCount, 2);
     LeaveCriticalSection(&section);
     std::thread([&] { EXPECT_FALSE(TryEnterCriticalSection(&section)); }).join();
-    Blocked waiter([&] {
-        EnterCriticalSection(&section);
-        EXPECT_EQ(owner(), GetCurrentThreadId());
-        LeaveCriticalSection(&section);
-    });
-    EXPECT_FALSE(waiter.HasEnded());
     LeaveCriticalSection(&section);
-    EXPECT_TRUE(waiter.EndsSoon());
     EXPECT_EQ(owner(), 0U);
 
     int counter = 0; // no atomic: the lock has to guard it
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int j = 0; j < 5000; ++j) {
-                EnterCriticalSection(&section);
-                ++counter;
-                LeaveCriticalSection(&section);
-            }
-        });
-    }
-    threads.clear();
+    RunInThreads(4, [&](int) {
+        for (int i = 0; i < 5000; ++i) {
+            EnterCriticalSection(&section);
+            EXPECT_EQ(owner(), GetCurrentThreadId());
+            ++counter;
+            LeaveCriticalSection(&section);
+        }
+    });
     EXPECT_EQ(counter, 20000);
     DeleteCriticalSection(&section);
 }

@@ -4,6 +4,7 @@
 #include "krtpal/sync.h"
 #include "krtpal/user.h"
 #include "support/Expect.h"
+#include "support/VersionModules.h"
 #include "support/Wine.h"
 
 #include <algorithm>
@@ -12,13 +13,6 @@
 namespace {
 
 constexpr DWORD kRights = PROCESS_QUERY_INFORMATION | PROCESS_VM_READ;
-
-HMODULE ModuleOf(const void* address) {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       static_cast<LPCWSTR>(address), &module);
-    return module;
-}
 
 std::wstring PathOf(HANDLE process, HMODULE module) {
     wchar_t path[1000] = {};

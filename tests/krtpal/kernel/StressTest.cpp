@@ -2,12 +2,13 @@
 
 #include "Support.h"
 
+#include "support/Threads.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <random>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -132,13 +133,9 @@ TEST(Stress, ObjectsGiveWhatWasPutInAndNothingIsLost) {
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     World world;
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&world, i, steps, seed] {
-            Actor(world, i + 1, seed + static_cast<unsigned>(i)).Run(steps / kThreads);
-        });
-    }
-    threads.clear();
+    RunInThreads(kThreads, [&](int number) {
+        Actor(world, number + 1, seed + static_cast<unsigned>(number)).Run(steps / kThreads);
+    });
     EXPECT_EQ(world.inside, 0);
     EXPECT_EQ(Poll(world.objects[Lock]), WAIT_OBJECT_0);
     EXPECT_TRUE(ReleaseMutex(world.objects[Lock]));

@@ -1,23 +1,16 @@
 #include "krtpal/module.h"
 #include "krtpal/error.h"
 #include "support/Expect.h"
+#include "support/VersionModules.h"
 #include "support/Wine.h"
-
-#include <filesystem>
 
 namespace {
 
 constexpr DWORD kByAddress =
     GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
 
-HMODULE ModuleOf(const void* address) {
-    HMODULE module = nullptr;
-    EXPECT_TRUE(GetModuleHandleExW(kByAddress, static_cast<LPCWSTR>(address), &module));
-    return module;
-}
-
 HMODULE Program() {
-    return ModuleOf(reinterpret_cast<const void*>(&ModuleOf));
+    return ModuleOf(reinterpret_cast<const void*>(&Program));
 }
 
 /// An object of the library

@@ -2,6 +2,8 @@
 #include "krtpal/error.h"
 #include "krtpal/text.h"
 #include "support/Expect.h"
+#include "support/Hex.h"
+#include "support/Rows.h"
 #include "support/Wine.h"
 
 #include <vector>
@@ -47,10 +49,6 @@ TEST(Utf16, AnySequenceOfUnitsComesBack) {
         all.push_back(unit);
     }
     EXPECT_EQ(UnitsOf(FromUnits(all)), all);
-}
-
-TEST(Utf16, CharactersBeyondTheFirstPlaneCountTwice) {
-    EXPECT_EQ(krtpal::Utf16Length(L"a\U0001F600b"), 4U);
     EXPECT_EQ(UnitsOf(L"\U0010FFFF"), (std::vector<int>{0xDBFF, 0xDFFF}));
     if constexpr (sizeof(wchar_t) == 4) {
         const std::wstring beyond(1, static_cast<wchar_t>(0x110000));
@@ -89,27 +87,9 @@ TEST(Utf8, CountsIncludeTheNulOnlyForLengthMinusOne) {
 }
 
 TEST(Utf8, MalformedTextIsReplacedByPiecesOrRefused) {
-    const struct {
-        const char* bytes;
-        const wchar_t* text;
-    } rows[] = {
-        {"\xFF", L"\uFFFD"},
-        {"a\x80z", L"a\uFFFDz"},
-        {"a\xC3", L"a\uFFFD"},         // cut short
-        {"\xC0\x80", L"\uFFFD\uFFFD"}, // overlong
-        {"\xE2\x82z", L"\uFFFDz"},
-        {"\xF0\x9F\x98z", L"\uFFFDz"},
-        {"\xED\xA0\x80", L"\uFFFD\uFFFD"}, // a surrogate
-        {"\xE0\x80\x80", L"\uFFFD\uFFFD"},
-        {"\xF0\x80\x80\x80", L"\uFFFD\uFFFD\uFFFD"},
-        {"\xE2\x82", L"\uFFFD"},
-        {"\xF0\x9F\x98", L"\uFFFD"},
-        {"\xF5\x80", L"\uFFFD\uFFFD"},
-        {"\xF4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD"}, // above U+10FFFF
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Widen(row.bytes, 0), row.text) << row.bytes;
-        EXPECT_EQ(Widen(row.bytes, MB_ERR_INVALID_CHARS), L"error 1113") << row.bytes;
+    for (const auto& row : ReadRows("krtpal/malformed_utf8.tsv")) {
+        EXPECT_EQ(Widen(FromHex(row[0]), 0), krtpal::WideFromUtf8(row[1])) << row[0];
+        EXPECT_EQ(Widen(FromHex(row[0]), MB_ERR_INVALID_CHARS), L"error 1113") << row[0];
     }
 }
 
