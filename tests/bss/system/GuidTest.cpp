@@ -106,7 +106,7 @@ TEST(IDDispenser, GivesEachNumberOnce) {
     EXPECT_EQ(copy.GetCurrentID(), -4);
 
     bss::WIDDispenser shared(0);
-    constexpr int each = 20'000;
+    constexpr int each = 500'000; // long enough that threads meet on a busy machine
     std::vector<std::atomic<int>> taken(4 * each + 1);
     RunInThreads(4, [&](int) {
         for (int i = 0; i < each; ++i) {
