@@ -10,14 +10,15 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 2;
-constexpr double kLn2 = 0.6931471805599453;
-constexpr double kTwoLn2 = 1.3862943611198906;
-constexpr double kSqrt2 = 1.4142135623730951;
-constexpr double kSqrtPi = 1.772453850905516;
+using detail::kLn2;
+using detail::kSqrt2;
+using detail::kSqrtPi;
 
-std::array<double, kCoefficients> NonZeroCoefficients(const std::vector<double>& coefficients) {
-    const detail::Coefficients<kCoefficients> c(coefficients);
+constexpr std::size_t kBroadeningCoefficients = 2;
+constexpr double kTwoLn2 = 1.3862943611198906;
+
+std::array<double, kBroadeningCoefficients> NonZeroCoefficients(const std::vector<double>& coefficients) {
+    const detail::Coefficients<kBroadeningCoefficients> c(coefficients);
     if (c[0] == 0.0 || c[1] == 0.0) {
         throw WNEDivideByZero();
     }
@@ -40,7 +41,7 @@ Shape ShapeAt(double x, double a, double b) {
 } // namespace
 
 WBroadeningFunction::WBroadeningFunction() {
-    m_Coefficients.assign(kCoefficients, 0.0);
+    m_Coefficients.assign(kBroadeningCoefficients, 0.0);
     WBroadeningFunction::SetFunctionType();
 }
 WBroadeningFunction::WBroadeningFunction(const WBroadeningFunction& other) = default;
@@ -48,7 +49,7 @@ WBroadeningFunction& WBroadeningFunction::operator=(const WBroadeningFunction& o
 WBroadeningFunction::~WBroadeningFunction() = default;
 
 void WBroadeningFunction::SetCoefficients(const std::vector<double>& coefficients) {
-    if (coefficients.size() == kCoefficients) {
+    if (coefficients.size() == kBroadeningCoefficients) {
         WFunction::SetCoefficients(coefficients);
     }
 }

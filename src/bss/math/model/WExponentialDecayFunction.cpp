@@ -8,8 +8,9 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 4;
-constexpr double kTiny = 1e-100;
+using detail::kTiny;
+
+constexpr std::size_t kExponentialDecayCoefficients = 4;
 
 } // namespace
 
@@ -22,7 +23,7 @@ WExponentialDecayFunction::operator=(const WExponentialDecayFunction& other) = d
 WExponentialDecayFunction::~WExponentialDecayFunction() = default;
 
 double WExponentialDecayFunction::Evaluate(double x) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kExponentialDecayCoefficients> c(m_Coefficients);
     const double timeConstant = c[3] == 0.0 ? kTiny : c[3];
     const double z = (x - c[2]) / timeConstant;
     return std::exp(-z) * c[1] + c[0];
@@ -33,13 +34,13 @@ WFunction* WExponentialDecayFunction::clone() const {
 }
 
 void WExponentialDecayFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kExponentialDecayCoefficients> c(m_Coefficients);
     const double timeConstant = c[3] == 0.0 ? kTiny : c[3];
     const double z = (x - c[2]) / timeConstant;
     const double e = std::exp(-z);
     const double slope = c[1] / timeConstant;
-    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
-                                            {1.0, e, e * slope, slope * z * e});
+    detail::StoreDerivatives<kExponentialDecayCoefficients>(derivatives, m_Coefficients.size(),
+                                                            {1.0, e, e * slope, slope * z * e});
 }
 
 void WExponentialDecayFunction::SetFunctionType() {

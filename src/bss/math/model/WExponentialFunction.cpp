@@ -3,21 +3,21 @@
 #include "bss/math/private/FunctionSupport.h"
 
 #include <cmath>
-#include <numbers>
 
 namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 4;
-constexpr double kLn2 = std::numbers::ln2;
-constexpr double kPi = 3.141592653589793;
+using detail::kLn2;
+using detail::kPi;
+
+constexpr std::size_t kExponentialCoefficients = 4;
 
 } // namespace
 
 WExponentialFunction::WExponentialFunction() {
-    m_Coefficients.assign(kCoefficients, 0.0);
-    m_Covariance.assign(kCoefficients, m_Coefficients);
+    m_Coefficients.assign(kExponentialCoefficients, 0.0);
+    m_Covariance.assign(kExponentialCoefficients, m_Coefficients);
     WExponentialFunction::SetFunctionType();
 }
 WExponentialFunction::WExponentialFunction(const WExponentialFunction& other) = default;
@@ -25,7 +25,7 @@ WExponentialFunction& WExponentialFunction::operator=(const WExponentialFunction
 WExponentialFunction::~WExponentialFunction() = default;
 
 double WExponentialFunction::Evaluate(double x) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kExponentialCoefficients> c(m_Coefficients);
     if (c[2] == 0.0) {
         return 0.0;
     }
@@ -42,7 +42,7 @@ std::wstring WExponentialFunction::GetCoefficientName(long index) const {
 }
 
 void WExponentialFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kExponentialCoefficients> c(m_Coefficients);
     if (c[2] == 0.0) {
         derivatives.assign(m_Coefficients.size(), 0.0);
         return;
@@ -54,8 +54,8 @@ void WExponentialFunction::ComputeDerivatives(double x, std::vector<double>& der
     const double byCenter = byArea * c[0] * kLn2 * 4.0 * t / c[2];
     const double byWidth = (byArea * c[0] * 8.0 * (t * t) * kLn2) / (c[2] * c[2] * c[2]) -
                            std::exp(t * t * -2.0 * kLn2 / c[2]) * ((c[0] + c[0]) * s / (c[2] * c[2]));
-    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
-                                            {byArea, byCenter, byWidth, 0.0});
+    detail::StoreDerivatives<kExponentialCoefficients>(derivatives, m_Coefficients.size(),
+                                                       {byArea, byCenter, byWidth, 0.0});
 }
 
 void WExponentialFunction::SetFunctionType() {

@@ -8,13 +8,14 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 3;
-constexpr double kTiny = 1e-100;
+using detail::kTiny;
+
+constexpr std::size_t kFermiDiracCoefficients = 3;
 
 } // namespace
 
 WFermiDiracFunction::WFermiDiracFunction() {
-    m_Coefficients.assign(kCoefficients, 0.0);
+    m_Coefficients.assign(kFermiDiracCoefficients, 0.0);
     WFermiDiracFunction::SetFunctionType();
 }
 WFermiDiracFunction::WFermiDiracFunction(const WFermiDiracFunction& other) = default;
@@ -22,7 +23,7 @@ WFermiDiracFunction& WFermiDiracFunction::operator=(const WFermiDiracFunction& o
 WFermiDiracFunction::~WFermiDiracFunction() = default;
 
 double WFermiDiracFunction::Evaluate(double x) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kFermiDiracCoefficients> c(m_Coefficients);
     const double width = c[2] == 0.0 ? kTiny : c[2];
     const double z = (x - c[1]) / width;
     return (1.0 - 1.0 / (std::exp(z) + 1.0)) * c[0];
@@ -37,14 +38,14 @@ std::wstring WFermiDiracFunction::GetCoefficientName(long index) const {
 }
 
 void WFermiDiracFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kFermiDiracCoefficients> c(m_Coefficients);
     const double width = c[2] == 0.0 ? kTiny : c[2];
     const double z = (x - c[1]) / width;
     const double p = std::exp(z);
     const double q = std::exp(p) + 1.0;
     const double byCenter = (c[0] / width) * -1.0 * p / (q * q);
-    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
-                                            {1.0 - 1.0 / q, byCenter, byCenter * z});
+    detail::StoreDerivatives<kFermiDiracCoefficients>(derivatives, m_Coefficients.size(),
+                                                      {1.0 - 1.0 / q, byCenter, byCenter * z});
 }
 
 void WFermiDiracFunction::SetFunctionType() {

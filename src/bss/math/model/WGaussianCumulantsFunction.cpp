@@ -9,12 +9,13 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 4;
-constexpr double kPi = 3.141592653589793;
-constexpr double kPiSquared = 9.869604401089358;
-constexpr double kSqrtPi = 1.772453850905516;
+using detail::kPi;
+using detail::kPiSquared;
+using detail::kSqrt2;
+using detail::kSqrtPi;
+
+constexpr std::size_t kGaussianCumulantsCoefficients = 4;
 constexpr double kPiToThreeHalves = 5.568327996831708;
-constexpr double kSqrt2 = 1.4142135623730951;
 constexpr double kTwoSqrt2 = 2.8284271247461903;
 constexpr double kSqrtTwoOverPi = 0.7978845608028654;
 constexpr double kTwoOverPi = 0.6366197723675814;
@@ -47,8 +48,8 @@ double GuardedWidth(double S) {
 } // namespace
 
 WGaussianCumulantsFunction::WGaussianCumulantsFunction() {
-    m_Coefficients.assign(kCoefficients, 0.0);
-    m_Covariance.assign(kCoefficients, m_Coefficients);
+    m_Coefficients.assign(kGaussianCumulantsCoefficients, 0.0);
+    m_Covariance.assign(kGaussianCumulantsCoefficients, m_Coefficients);
     WGaussianCumulantsFunction::SetFunctionType();
 }
 WGaussianCumulantsFunction::WGaussianCumulantsFunction(const WGaussianCumulantsFunction& other) = default;
@@ -57,7 +58,7 @@ WGaussianCumulantsFunction::operator=(const WGaussianCumulantsFunction& other) =
 WGaussianCumulantsFunction::~WGaussianCumulantsFunction() = default;
 
 double WGaussianCumulantsFunction::Evaluate(double x) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kGaussianCumulantsCoefficients> c(m_Coefficients);
     const double L = c[2] * c[2];
     const double S = GuardedWidth(c[3] * c[3]);
     const double e0 = detail::Erfc(-L / (S * kSqrt2));
@@ -74,7 +75,7 @@ std::wstring WGaussianCumulantsFunction::GetCoefficientName(long index) const {
 }
 
 void WGaussianCumulantsFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kGaussianCumulantsCoefficients> c(m_Coefficients);
     const double L = c[2] * c[2];
     const double S = GuardedWidth(c[3] * c[3]);
     const double e0 = detail::Erfc(-L / (S * kSqrt2));
@@ -84,9 +85,10 @@ void WGaussianCumulantsFunction::ComputeDerivatives(double x, std::vector<double
     const double g = i * P;
     const double w = 1.0 - g;
     const double V = P * (i * i) * c[1];
-    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
-                                            {1.0, g * g, (w * G / S - P * x) * (4.0 * c[2] * V),
-                                             (x * x * S * P - (w * L / (S * S) + x) * G) * (4.0 * c[3] * V)});
+    detail::StoreDerivatives<kGaussianCumulantsCoefficients>(
+        derivatives, m_Coefficients.size(),
+        {1.0, g * g, (w * G / S - P * x) * (4.0 * c[2] * V),
+         (x * x * S * P - (w * L / (S * S) + x) * G) * (4.0 * c[3] * V)});
 }
 
 double WGaussianCumulantsFunction::ExpTimesErfc(double t, double L, double S) const {

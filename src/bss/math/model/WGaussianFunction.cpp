@@ -8,9 +8,10 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 5;
+using detail::kTiny;
+
+constexpr std::size_t kGaussianCoefficients = 5;
 constexpr double kHalfWidthPerFullWidth = 0.60056120439;
-constexpr double kTiny = 1e-100;
 constexpr double kCut = 25.0;
 
 void MendZeroWidth(std::vector<double>& coefficients) {
@@ -20,7 +21,7 @@ void MendZeroWidth(std::vector<double>& coefficients) {
 }
 
 // Returns kTiny for a zero or missing width: MendZeroWidth does not add a missing one.
-double WidthOf(const detail::Coefficients<kCoefficients>& c) {
+double WidthOf(const detail::Coefficients<kGaussianCoefficients>& c) {
     return c[2] == 0.0 ? kTiny : c[2];
 }
 
@@ -31,7 +32,7 @@ double Peak(double u) {
 } // namespace
 
 WGaussianFunction::WGaussianFunction() {
-    m_Coefficients.assign(kCoefficients, 0.0);
+    m_Coefficients.assign(kGaussianCoefficients, 0.0);
     WGaussianFunction::SetFunctionType();
 }
 WGaussianFunction::WGaussianFunction(const WGaussianFunction& other) = default;
@@ -40,7 +41,7 @@ WGaussianFunction::~WGaussianFunction() = default;
 
 double WGaussianFunction::Evaluate(double x) {
     MendZeroWidth(m_Coefficients);
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kGaussianCoefficients> c(m_Coefficients);
     const double width = WidthOf(c);
     const double u = (x - c[1]) / (width * kHalfWidthPerFullWidth);
     return c[0] * Peak(u) + c[3] + c[4] * x;
@@ -69,14 +70,14 @@ std::wstring WGaussianFunction::GetCoefficientName(long index) const {
 
 void WGaussianFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
     MendZeroWidth(m_Coefficients);
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kGaussianCoefficients> c(m_Coefficients);
     const double width = WidthOf(c);
     const double halfWidth = width * kHalfWidthPerFullWidth;
     const double u = (x - c[1]) / halfWidth;
     const double g = Peak(u);
     const double w = 2.0 * c[0] * g * u;
-    detail::StoreDerivatives<kCoefficients>(derivatives, kCoefficients,
-                                            {g, w / halfWidth, (w * u) / width, 1.0, x});
+    detail::StoreDerivatives<kGaussianCoefficients>(derivatives, kGaussianCoefficients,
+                                                    {g, w / halfWidth, (w * u) / width, 1.0, x});
 }
 
 void WGaussianFunction::SetFunctionType() {

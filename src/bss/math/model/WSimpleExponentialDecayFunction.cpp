@@ -8,13 +8,13 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 3;
+constexpr std::size_t kSimpleExponentialDecayCoefficients = 3;
 
 } // namespace
 
 WSimpleExponentialDecayFunction::WSimpleExponentialDecayFunction() {
-    m_Coefficients.assign(kCoefficients, 0.0);
-    m_Covariance.assign(kCoefficients, m_Coefficients);
+    m_Coefficients.assign(kSimpleExponentialDecayCoefficients, 0.0);
+    m_Covariance.assign(kSimpleExponentialDecayCoefficients, m_Coefficients);
     WSimpleExponentialDecayFunction::SetFunctionType();
 }
 WSimpleExponentialDecayFunction::WSimpleExponentialDecayFunction(
@@ -24,7 +24,7 @@ WSimpleExponentialDecayFunction::operator=(const WSimpleExponentialDecayFunction
 WSimpleExponentialDecayFunction::~WSimpleExponentialDecayFunction() = default;
 
 double WSimpleExponentialDecayFunction::Evaluate(double x) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kSimpleExponentialDecayCoefficients> c(m_Coefficients);
     return std::exp(-(x / c[2])) * c[1] + c[0];
 }
 
@@ -37,10 +37,10 @@ std::wstring WSimpleExponentialDecayFunction::GetCoefficientName(long index) con
 }
 
 void WSimpleExponentialDecayFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kSimpleExponentialDecayCoefficients> c(m_Coefficients);
     const double e = std::exp(-(x / c[2]));
-    detail::StoreDerivatives<kCoefficients>(derivatives, m_Coefficients.size(),
-                                            {1.0, e, c[1] * x * e / (c[2] * c[2])});
+    detail::StoreDerivatives<kSimpleExponentialDecayCoefficients>(derivatives, m_Coefficients.size(),
+                                                                  {1.0, e, c[1] * x * e / (c[2] * c[2])});
 }
 
 void WSimpleExponentialDecayFunction::SetFunctionType() {

@@ -8,12 +8,12 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 4;
+constexpr std::size_t kSineCoefficients = 4;
 
 } // namespace
 
 WSineFunction::WSineFunction() {
-    m_Coefficients.assign(kCoefficients, 0.0);
+    m_Coefficients.assign(kSineCoefficients, 0.0);
     WSineFunction::SetFunctionType();
 }
 WSineFunction::WSineFunction(const WSineFunction& other) = default;
@@ -21,7 +21,7 @@ WSineFunction& WSineFunction::operator=(const WSineFunction& other) = default;
 WSineFunction::~WSineFunction() = default;
 
 double WSineFunction::Evaluate(double x) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kSineCoefficients> c(m_Coefficients);
     const double a = c[2] * c[2] * x + c[3];
     return std::sin(a) * (c[1] * c[1]) + c[0];
 }
@@ -46,11 +46,11 @@ std::wstring WSineFunction::GetCoefficientName(long index) const {
 }
 
 void WSineFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kSineCoefficients> c(m_Coefficients);
     const double a = c[2] * c[2] * x + c[3];
     const double v = std::cos(a) * (c[1] * c[1]);
-    detail::StoreDerivatives<kCoefficients>(derivatives, kCoefficients,
-                                            {1.0, std::sin(a) * 2.0, (v + v) * c[2] * x, v});
+    detail::StoreDerivatives<kSineCoefficients>(derivatives, kSineCoefficients,
+                                                {1.0, std::sin(a) * 2.0, (v + v) * c[2] * x, v});
 }
 
 void WSineFunction::SetFunctionType() {

@@ -10,8 +10,9 @@ namespace bss {
 
 namespace {
 
-constexpr std::size_t kCoefficients = 3;
-constexpr double kPiSquared = 9.869604401089358;
+using detail::kPiSquared;
+
+constexpr std::size_t kTriangleDitherFitCoefficients = 3;
 
 // 2 pi k and 2 pi k^5 of the harmonic k. The order of summation, 3, 1, 5, ..., is kept for agreement with
 // stored results.
@@ -53,14 +54,14 @@ constexpr double kInverseLn2 = 1.0 / 0.6931471805599453;
 
 WTriangleDitherFitFunction::WTriangleDitherFitFunction(double baseInterval, double stageLength)
     : m_dStageLength(stageLength), m_dBaseInterval(baseInterval) {
-    m_Coefficients.assign(kCoefficients, 0.0);
+    m_Coefficients.assign(kTriangleDitherFitCoefficients, 0.0);
     WTriangleDitherFitFunction::SetFunctionType();
 }
 WTriangleDitherFitFunction::WTriangleDitherFitFunction(const WTriangleDitherFitFunction& other) = default;
 WTriangleDitherFitFunction::~WTriangleDitherFitFunction() = default;
 
 double WTriangleDitherFitFunction::Evaluate(double x) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kTriangleDitherFitCoefficients> c(m_Coefficients);
     const double W = stageWidth(whatStage(x));
     const double h = W * 0.5;
     const double A = c[1] * c[1];
@@ -94,7 +95,7 @@ std::wstring WTriangleDitherFitFunction::GetCoefficientName(long index) const {
 }
 
 void WTriangleDitherFitFunction::ComputeDerivatives(double x, std::vector<double>& derivatives) {
-    const detail::Coefficients<kCoefficients> c(m_Coefficients);
+    const detail::Coefficients<kTriangleDitherFitCoefficients> c(m_Coefficients);
     const double W = stageWidth(whatStage(x));
     const double h = W * 0.5;
     const double A = c[1] * c[1];

@@ -15,6 +15,15 @@
 
 namespace bss::detail {
 
+/// Constants that several functions have.
+constexpr double kPi = 3.141592653589793;
+constexpr double kPiSquared = 9.869604401089358;
+constexpr double kSqrtPi = 1.772453850905516;
+constexpr double kSqrt2 = 1.4142135623730951;
+constexpr double kLn2 = 0.6931471805599453;
+/// Widths and temperatures below it count as this.
+constexpr double kTiny = 1e-100;
+
 /// The first N coefficients of a vector, read in place. SetCoefficients accepts a vector of any length: a
 /// missing coefficient is 0.0, as for WFunction::GetCoefficient. REQUIRES: the vector outlives the object,
 /// unchanged.
