@@ -18,7 +18,7 @@ using tools::QuoteStart;
 
 namespace {
 
-struct Table {
+struct Columns {
     std::vector<double> first;
     std::vector<double> second;
     std::vector<std::size_t> line;
@@ -106,7 +106,7 @@ double ParseCell(const std::string& file, std::size_t line, const char* column, 
 }
 
 void AppendRow(const std::string& file, std::size_t line, const char* column, std::string_view text,
-               Table& table) {
+               Columns& table) {
     const std::vector<std::string> cells = SplitCells(text);
     if (cells.size() != 2) {
         throw Failure(At(file, line) + "there " + (cells.size() == 1 ? "is" : "are") + " " +
@@ -132,13 +132,13 @@ void AppendRow(const std::string& file, std::size_t line, const char* column, st
     table.line.push_back(line);
 }
 
-Table ReadTable(const std::string& file, const char* column) {
+Columns ReadTable(const std::string& file, const char* column) {
     const std::string bytes = ReadBytes(file);
     std::string_view rest = bytes;
     if (rest.starts_with("\xEF\xBB\xBF")) {
         rest.remove_prefix(3);
     }
-    Table table;
+    Columns table;
     std::size_t line = 0;
     while (!rest.empty()) {
         ++line;
@@ -162,12 +162,12 @@ Table ReadTable(const std::string& file, const char* column) {
 } // namespace
 
 Curve ReadCurve(const std::string& file) {
-    Table table = ReadTable(file, "g2 - 1");
+    Columns table = ReadTable(file, "g2 - 1");
     return {file, std::move(table.first), std::move(table.second), {}, std::move(table.line)};
 }
 
 void ReadSigma(const std::string& file, Curve& curve) {
-    Table table = ReadTable(file, "standard deviation");
+    Columns table = ReadTable(file, "standard deviation");
     for (std::size_t i = 0; i < table.first.size(); ++i) {
         if (i == curve.lag.size()) {
             throw Failure(At(file, table.line[i]) + "there are more points than the " +
