@@ -48,7 +48,7 @@ double PartnerSum(double from, double to, double f) {
     return sum;
 }
 
-constexpr double kInverseLn2 = 1.0 / 0.6931471805599453;
+constexpr double kInverseLn2 = 1.0 / detail::kLn2;
 
 } // namespace
 

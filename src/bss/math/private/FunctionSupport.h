@@ -21,7 +21,7 @@ constexpr double kPiSquared = 9.869604401089358;
 constexpr double kSqrtPi = 1.772453850905516;
 constexpr double kSqrt2 = 1.4142135623730951;
 constexpr double kLn2 = 0.6931471805599453;
-/// Widths and temperatures below it count as this.
+/// Stands for a width or a time constant of 0, by which functions divide.
 constexpr double kTiny = 1e-100;
 
 /// The first N coefficients of a vector, read in place. SetCoefficients accepts a vector of any length: a
